@@ -1,0 +1,91 @@
+# Build helpers shared by every folder of the project.
+
+set(QX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wno-missing-field-initializers)
+if(QX_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+find_package(PkgConfig REQUIRED)
+find_package(GTest REQUIRED)
+find_package(Threads REQUIRED)
+
+# qx_add_layer(NAME SOURCES ... [DEPS ...])
+# A static library of one layer or domain folder, with the repository root as include root.
+# Every layer goes whole into libqxdynamiceffects.so.
+function(qx_add_layer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_compile_options(${name} PRIVATE ${QX_WARNINGS})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPS})
+  set_property(GLOBAL APPEND PROPERTY QX_LAYERS ${name})
+endfunction()
+
+# The product library: all layers, whole, behind one shared object.
+function(qx_add_shared_library)
+  get_property(layers GLOBAL PROPERTY QX_LAYERS)
+  if(NOT layers)
+    return()
+  endif()
+  add_library(qxdynamiceffects SHARED ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
+  target_link_libraries(qxdynamiceffects PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${layers}>")
+  set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
+  install(TARGETS qxdynamiceffects LIBRARY DESTINATION lib)
+endfunction()
+
+# qx_add_gtest(NAME SOURCES ... DEPS ...): one GoogleTest binary, registered with CTest.
+function(qx_add_gtest name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_compile_options(${name} PRIVATE ${QX_WARNINGS})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main GTest::gmock)
+  target_compile_definitions(${name} PRIVATE QX_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data"
+                                             QX_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
+
+# qx_add_benchmark(NAME SOURCES ... DEPS ...): one Google Benchmark binary (not a test),
+# with the memcpy yardstick of bench/common in the same run.
+function(qx_add_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  find_package(benchmark REQUIRED)
+  add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/bench/common/Yardstick.cpp)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_compile_options(${name} PRIVATE ${QX_WARNINGS})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} benchmark::benchmark benchmark::benchmark_main)
+endfunction()
+
+# qx_add_fuzzer(NAME SOURCES ... DEPS ... [CORPUS dir])
+# A libFuzzer target. Without libFuzzer it links a small driver that runs the target over
+# each file of its corpus, and the corpus run becomes a test, so regressions show in the
+# ordinary (and sanitizer) test runs.
+function(qx_add_fuzzer name)
+  cmake_parse_arguments(ARG "" "CORPUS" "SOURCES;DEPS" ${ARGN})
+  if(QX_LIBFUZZER)
+    add_executable(${name} ${ARG_SOURCES})
+    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  else()
+    add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/fuzz/CorpusDriver.cpp)
+  endif()
+  target_compile_options(${name} PRIVATE ${QX_WARNINGS})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS})
+  if(ARG_CORPUS AND NOT QX_LIBFUZZER)
+    add_test(NAME ${name}.corpus COMMAND ${name} ${ARG_CORPUS})
+    set_tests_properties(${name}.corpus PROPERTIES TIMEOUT 300)
+  endif()
+endfunction()
+
+# Adds every direct child folder of `dir` that has a CMakeLists.txt.
+function(qx_add_child_dirs dir)
+  file(GLOB children LIST_DIRECTORIES true ${PROJECT_SOURCE_DIR}/${dir}/*)
+  list(SORT children)
+  foreach(child IN LISTS children)
+    if(IS_DIRECTORY ${child} AND EXISTS ${child}/CMakeLists.txt)
+      add_subdirectory(${child})
+    endif()
+  endforeach()
+endfunction()
+
+include(GoogleTest)
