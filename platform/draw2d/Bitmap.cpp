@@ -1,0 +1,74 @@
+#include "platform/draw2d/Bitmap.h"
+
+#include "platform/pixel/Alpha.h"
+
+#include <algorithm>
+#include <new>
+
+namespace qx::draw2d {
+
+Bitmap::Bitmap(int width, int height, int stride, uint32_t* scan0)
+{
+    if (width <= 0 || height <= 0 || !scan0 || stride % 4 != 0 || stride / 4 < width) return;
+    scan0_ = scan0;
+    width_ = width;
+    height_ = height;
+    pitch_ = stride / 4;
+    status_ = Status::Ok;
+}
+
+Bitmap::Bitmap(int width, int height) : Bitmap(width, height, Uninitialised{})
+{
+    if (status_ == Status::Ok) std::fill_n(scan0_, size_t(width) * size_t(height), 0u);
+}
+
+Bitmap::Bitmap(int width, int height, Uninitialised)
+{
+    if (width <= 0 || height <= 0) return;
+    try {
+        storage_ = std::make_unique_for_overwrite<uint32_t[]>(size_t(width) * size_t(height));
+    } catch (const std::bad_alloc&) {
+        status_ = Status::OutOfMemory;
+        return;
+    }
+    scan0_ = storage_.get();
+    width_ = width;
+    height_ = height;
+    pitch_ = width;
+    status_ = Status::Ok;
+}
+
+std::unique_ptr<Bitmap> Bitmap::clone() const
+{
+    if (status_ != Status::Ok) return nullptr;
+    std::unique_ptr<Bitmap> copy(new Bitmap(width_, height_, Uninitialised{}));
+    if (copy->status() != Status::Ok) return nullptr;
+    for (int y = 0; y < height_; ++y) std::ranges::copy(row(y), copy->row(y).begin());
+    return copy;
+}
+
+Status Bitmap::lockBits(BitmapData& data)
+{
+    if (status_ != Status::Ok) return Status::InvalidParameter;
+    if (locked_) return Status::WrongState;
+    locked_ = true;
+    data = {width_, height_, pitch_ * 4, scan0_};
+    return Status::Ok;
+}
+
+Status Bitmap::unlockBits()
+{
+    if (!locked_) return Status::WrongState;
+    locked_ = false;
+    return Status::Ok;
+}
+
+bool Bitmap::opaque() const
+{
+    for (int y = 0; y < height_; ++y) {
+        if (!pixel::allOpaque(row(y))) return false;
+    }
+    return true;
+}
+
+}  // namespace qx::draw2d

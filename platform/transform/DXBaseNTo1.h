@@ -1,0 +1,96 @@
+#pragma once
+// The base of transforms with N inputs and one output. It keeps the surfaces, the
+// progress and duration of IDXEffect, and turns Setup and Execute into the two calls a
+// transform writes: OnSetup, and WorkProc once for the whole frame (one band, on the
+// caller's thread).
+#include "platform/transform/Transform.h"
+
+#include <mutex>
+#include <vector>
+
+namespace qx::transform {
+
+/// What one WorkProc call renders: `DoBnds` of the inputs into `OutputBnds` of the output.
+struct CDXTWorkInfoNTo1 {
+    Bounds DoBnds;
+    Bounds OutputBnds;
+};
+
+/// State and behaviour of the base, independent of the interfaces a transform exposes.
+class DXTransformCore {
+public:
+    /// The default lock time-out of the base, in milliseconds.
+    static constexpr ULONG kDefaultLockTimeOut = 10000;
+
+    HRESULT setup(std::span<const std::shared_ptr<DXSurface>> inputs, const std::shared_ptr<DXSurface>& output,
+                  DWORD flags);
+    HRESULT execute(const Bounds* clipBounds, const Point* placement);
+
+    HRESULT getCapabilities(LONG* pVal) const;
+    HRESULT getProgress(float* pVal);
+    HRESULT putProgress(float newVal);
+    HRESULT getStepResolution(float* pVal) const;
+    HRESULT getDuration(float* pVal);
+    HRESULT putDuration(float newVal);
+
+    /// Raised by every change that makes the next Execute count as changed.
+    DWORD generationId();
+
+protected:
+    DXTransformCore(ULONG requiredInputs, ULONG maxInputs, LONG capabilities);
+    virtual ~DXTransformCore() = default;
+
+    virtual HRESULT OnSetup(DWORD flags) = 0;
+    virtual HRESULT WorkProc(const CDXTWorkInfoNTo1& workInfo, bool* continueProcessing) = 0;
+
+    DXSurface* InputSurface(ULONG index = 0) const { return index < inputs_.size() ? inputs_[index].get() : nullptr; }
+    DXSurface* OutputSurface() const { return output_.get(); }
+    /// The progress as Execute should read it, taken under the object lock.
+    float progress();
+
+    ULONG m_ulLockTimeOut = kDefaultLockTimeOut;
+
+private:
+    const ULONG requiredInputs_;
+    const ULONG maxInputs_;
+    const LONG capabilities_;
+    std::vector<std::shared_ptr<DXSurface>> inputs_;
+    std::shared_ptr<DXSurface> output_;
+    std::mutex objectLock_;
+    float progress_ = 0.0f;
+    float duration_ = 1.0f;
+    float stepResolution_ = 0.0f;
+    DWORD generationId_ = 0;
+};
+
+/// The base class proper: implements IUnknown, IDXTransform and the IDXEffect members for
+/// a transform whose own interfaces are `Interfaces`. An interface that repeats the
+/// IDXEffect members gets them implemented here.
+template <typename... Interfaces>
+class CDXBaseNTo1 : public com::ComObject<IDXTransform, Interfaces...>, public DXTransformCore {
+public:
+    HRESULT Setup(std::span<const std::shared_ptr<DXSurface>> inputs, const std::shared_ptr<DXSurface>& output,
+                  DWORD flags) override
+    {
+        return setup(inputs, output, flags);
+    }
+    HRESULT Execute(const GUID*, const Bounds* clipBounds, const Point* placement) override
+    {
+        return execute(clipBounds, placement);
+    }
+
+    HRESULT get_Capabilities(LONG* pVal) { return getCapabilities(pVal); }
+    HRESULT get_Progress(float* pVal) { return getProgress(pVal); }
+    HRESULT put_Progress(float newVal) { return putProgress(newVal); }
+    HRESULT get_StepResolution(float* pVal) { return getStepResolution(pVal); }
+    HRESULT get_Duration(float* pVal) { return getDuration(pVal); }
+    HRESULT put_Duration(float newVal) { return putDuration(newVal); }
+
+protected:
+    CDXBaseNTo1(ULONG requiredInputs, ULONG maxInputs, LONG capabilities)
+        : DXTransformCore(requiredInputs, maxInputs, capabilities)
+    {
+    }
+};
+
+}  // namespace qx::transform

@@ -1,0 +1,41 @@
+#pragma once
+// The interfaces of a transform with inputs and one output: IDXTransform to set up and
+// execute it, IDXEffect for its progress and duration.
+#include "platform/com/Unknown.h"
+#include "platform/transform/Surface.h"
+
+#include <memory>
+#include <span>
+
+namespace qx::transform {
+
+/// The transform kind a morphing effect reports in `Capabilities`.
+inline constexpr LONG DXTET_MORPH = 2;
+
+struct Point {
+    LONG x = 0;
+    LONG y = 0;
+};
+
+struct IDXTransform : IUnknown {
+    static constexpr IID iid = guid("{30A5FB78-E11F-11D1-9064-00C04FC2D0EC}");
+    /// Gives the transform its input surfaces and output surface and prepares it. No
+    /// inputs and no output together undo the set-up.
+    virtual HRESULT Setup(std::span<const std::shared_ptr<DXSurface>> inputs,
+                          const std::shared_ptr<DXSurface>& output, DWORD flags) = 0;
+    /// Renders the output: the part `clipBounds` of it (all when null), placed at
+    /// `placement` in the output surface (its origin when null).
+    virtual HRESULT Execute(const GUID* requestId, const Bounds* clipBounds, const Point* placement) = 0;
+};
+
+struct IDXEffect : IUnknown {
+    static constexpr IID iid = guid("{E31FB81B-1335-11D1-8189-0000F87557DB}");
+    virtual HRESULT get_Capabilities(LONG* pVal) = 0;
+    virtual HRESULT get_Progress(float* pVal) = 0;
+    virtual HRESULT put_Progress(float newVal) = 0;
+    virtual HRESULT get_StepResolution(float* pVal) = 0;
+    virtual HRESULT get_Duration(float* pVal) = 0;
+    virtual HRESULT put_Duration(float newVal) = 0;
+};
+
+}  // namespace qx::transform
