@@ -6,10 +6,10 @@
 #include "platform/com/ClassRegistry.h"
 #include "platform/draw2d/Bitmap.h"
 #include "platform/os/CRuntime.h"
+#include "platform/pixel/FrameMemory.h"
 #include "wrap3d/SceneBridge.h"
 
 #include <ctime>
-#include <new>
 
 namespace qx {
 
@@ -18,17 +18,10 @@ namespace {
 using transform::DXPACKEDRECTDESC;
 using transform::SurfaceLock;
 
-using FrameBuffer = std::unique_ptr<uint32_t[]>;
+using FrameBuffer = pixel::FrameMemory;
 
 // A frame buffer for one Execute, left uninitialised since it is filled at once.
-FrameBuffer allocateFrame(LONG width, LONG height)
-{
-    try {
-        return std::make_unique_for_overwrite<uint32_t[]>(size_t(width) * size_t(height));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
+FrameBuffer allocateFrame(LONG width, LONG height) { return pixel::allocateFrameMemory(size_t(width) * size_t(height)); }
 
 DXPACKEDRECTDESC packedRect(const uint32_t* samples, LONG width, LONG height)
 {

@@ -3,7 +3,6 @@
 #include "platform/pixel/Alpha.h"
 
 #include <algorithm>
-#include <new>
 
 namespace qx::draw2d {
 
@@ -25,9 +24,8 @@ Bitmap::Bitmap(int width, int height) : Bitmap(width, height, Uninitialised{})
 Bitmap::Bitmap(int width, int height, Uninitialised)
 {
     if (width <= 0 || height <= 0) return;
-    try {
-        storage_ = std::make_unique_for_overwrite<uint32_t[]>(size_t(width) * size_t(height));
-    } catch (const std::bad_alloc&) {
+    storage_ = pixel::allocateFrameMemory(size_t(width) * size_t(height));
+    if (!storage_) {
         status_ = Status::OutOfMemory;
         return;
     }
@@ -65,10 +63,11 @@ Status Bitmap::unlockBits()
 
 bool Bitmap::opaque() const
 {
-    for (int y = 0; y < height_; ++y) {
-        if (!pixel::allOpaque(row(y))) return false;
+    if (!opaque_) {
+        opaque_ = true;
+        for (int y = 0; y < height_ && *opaque_; ++y) opaque_ = pixel::allOpaque(row(y));
     }
-    return true;
+    return *opaque_;
 }
 
 }  // namespace qx::draw2d

@@ -2,9 +2,11 @@
 // A 32-bit ARGB bitmap (straight alpha, B, G, R, A bytes, top-down) either over caller
 // memory, as the frame routines draw on the frame buffer in place, or owning its pixels.
 #include "platform/draw2d/Types.h"
+#include "platform/pixel/FrameMemory.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace qx::draw2d {
@@ -33,9 +35,17 @@ public:
     int height() const { return height_; }
     /// Samples between the starts of two rows.
     int pitch() const { return pitch_; }
-    uint32_t* data() { return scan0_; }
+    uint32_t* data()
+    {
+        opaque_.reset();
+        return scan0_;
+    }
     const uint32_t* data() const { return scan0_; }
-    std::span<uint32_t> row(int y) { return {scan0_ + size_t(y) * size_t(pitch_), size_t(width_)}; }
+    std::span<uint32_t> row(int y)
+    {
+        opaque_.reset();
+        return {scan0_ + size_t(y) * size_t(pitch_), size_t(width_)};
+    }
     std::span<const uint32_t> row(int y) const { return {scan0_ + size_t(y) * size_t(pitch_), size_t(width_)}; }
 
     /// A copy of the whole bitmap that owns its pixels; null when this bitmap is unusable
@@ -47,19 +57,20 @@ public:
     Status unlockBits();
 
     /// True when every sample has alpha 255; the drawing code uses it to skip alpha
-    /// conversions.
+    /// conversions. The answer is kept until the pixels are next reached for writing.
     bool opaque() const;
 
 private:
     struct Uninitialised {};
     Bitmap(int width, int height, Uninitialised);
 
-    std::unique_ptr<uint32_t[]> storage_;
+    pixel::FrameMemory storage_;
     uint32_t* scan0_ = nullptr;
     int width_ = 0;
     int height_ = 0;
     int pitch_ = 0;
     bool locked_ = false;
+    mutable std::optional<bool> opaque_;
     Status status_ = Status::InvalidParameter;
 };
 

@@ -1,9 +1,13 @@
 #pragma once
-// A drawing context on a Bitmap, on Cairo. Defaults are those of a new context of the
-// system's drawing library: source-over compositing, bilinear image resampling, no
-// transform. Cairo works premultiplied, so while a Graphics is open its bitmap holds
-// premultiplied samples; they return to straight alpha when the Graphics is destroyed.
-// Opaque samples are the same in both forms and cost no conversion.
+// A drawing context on a Bitmap. Defaults are those of a new context of the system's
+// drawing library: source-over compositing, bilinear image resampling, no transform.
+//
+// The bitmap is straight alpha at rest. Blending needs premultiplied samples, so the
+// context converts the bitmap when a drawing first needs its old contents, and converts
+// it back when the context is destroyed. The common frame effect (clear, then an opaque
+// picture over the whole bitmap) needs neither conversion: a clear is only recorded, and
+// a draw that covers every pixel with opaque samples replaces the contents outright.
+// Shapes are drawn by Cairo on the premultiplied samples.
 #include "platform/draw2d/Bitmap.h"
 #include "platform/draw2d/CairoHandles.h"
 
@@ -21,13 +25,30 @@ public:
     /// Fills the whole bitmap with `color`, replacing what was there (alpha included).
     Status clear(Color color);
     /// Draws `source` of `image` (in pixels) into `destination`, resampled bilinearly.
-    /// The edge samples of `source` extend outward, so a drawn picture has no faded rim.
+    /// The edge samples of `source` extend outward, so a drawn picture has no faded rim;
+    /// pixels that the destination covers in part are blended by their coverage.
     Status drawImage(const Bitmap& image, const RectF& destination, const RectF& source);
     /// Draws the whole of `image` into `destination`.
     Status drawImage(const Bitmap& image, const RectF& destination);
 
 private:
+    // What the bitmap's samples hold now.
+    enum class Content {
+        Straight,       // as the caller left them
+        Premultiplied,  // converted for blending
+        Cleared,        // to be filled with clearColor_ (nothing written yet)
+        Opaque,         // all alpha 255: both forms at once
+    };
+
+    void premultiplyContent();
+    /// The Cairo context over the premultiplied samples, made on first use.
+    cairo_t* cairo();
+    /// Ends Cairo's hold on the samples before they are written directly.
+    void flushCairo();
+
     Bitmap& target_;
+    Content content_ = Content::Straight;
+    Color clearColor_;
     CairoSurface surface_;
     CairoContext context_;
     Status status_ = Status::InvalidParameter;
