@@ -1,0 +1,21 @@
+#pragma once
+// The catalogue as the effect host reports it, gathered for display.
+#include <string>
+#include <vector>
+
+namespace qx::qxfx {
+
+struct CatalogueEntry {
+    int index = 0;
+    int id = 0;
+    std::string name;  // UTF-8, empty for effects without a display name
+    int category = 0;
+    std::string categoryName;
+    bool hasDialog = false;
+    std::string defaults;  // the parameter text of the defaults
+};
+
+/// Every row of the effect table, the external filter included, asked of a new host.
+std::vector<CatalogueEntry> readCatalogue();
+
+}  // namespace qx::qxfx
