@@ -4,6 +4,7 @@
 #include "effects/FrameSize.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace qx {
@@ -39,6 +40,57 @@ void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, 
     }
 }
 
+struct BlockVectors {
+    const int8_t* __restrict dx;       ///< the block's own cells
+    const int8_t* __restrict dy;
+    const int8_t* __restrict belowDy;  ///< the cells of the row below
+};
+
+struct BlockSources {
+    int32_t* __restrict upperLeft;
+    int32_t* __restrict upperRight;
+    int32_t* __restrict lowerLeft;
+    int32_t* __restrict lowerRight;
+};
+
+/// Where each 2 by 2 block of the frame row pair starting at `y` takes its four samples:
+/// the block's vector moves the upper-left sample; the others are moved by the mean of
+/// it and the next block's vector, one sample on. Every position is held in the frame.
+void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
+{
+    const LONG lastColumn = width - 1;
+    const LONG lastRow = height - 1;
+    for (LONG column = 0; column < blockCount; ++column) {
+        const LONG x = column * 2;
+        const LONG dx = vectors.dx[column];
+        const LONG dy = vectors.dy[column];
+        const LONG ax = std::clamp(x + dx, 0, lastColumn);
+        const LONG ay = std::clamp(y + dy, 0, lastRow);
+        // Signed halves, rounding toward zero.
+        const LONG bx = std::clamp(x + (dx + vectors.dx[column + 1]) / 2 + 1, 0, lastColumn);
+        const LONG by = std::clamp(y + (dy + vectors.belowDy[column]) / 2 + 1, 0, lastRow);
+        out.upperLeft[column] = ay * width + ax;
+        out.upperRight[column] = ay * width + bx;
+        out.lowerLeft[column] = by * width + ax;
+        out.lowerRight[column] = by * width + bx;
+    }
+}
+
+/// Fills one frame row from its blocks' left and right sources. The two samples of a
+/// block go out as one 64-bit store (the frame is little-endian, left sample first),
+/// which halves the stores of this, the effect's busiest loop.
+void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
+               uint32_t* __restrict out, LONG width)
+{
+    const LONG fullBlocks = width / 2;
+    for (LONG column = 0; column < fullBlocks; ++column) {
+        const uint64_t pair = uint64_t(src[left[column]]) | uint64_t(src[right[column]]) << 32;
+        std::memcpy(out + 2 * column, &pair, sizeof pair);
+    }
+    if (width % 2 != 0)
+        out[width - 1] = src[left[fullBlocks]];
+}
+
 }  // namespace
 
 CVideoRipple::CVideoRipple(LONG frameWidth, LONG frameHeight)
@@ -53,10 +105,14 @@ LONG CVideoRipple::Start()
     const size_t cellCount = size_t(mapHeight) * size_t(mapWidth);
     try {
         cells.assign(cellCount * 3, 0);
-        vectorMap.assign(cellCount, Vector{0, 0});
+        vectorMap.dx.assign(cellCount + 1, 0);
+        vectorMap.dy.assign(cellCount + 1, 0);
+        blocksPerRow = (width + 1) / 2;
+        blockSources.assign(size_t(blocksPerRow) * 4, 0);
     } catch (const std::bad_alloc&) {
         cells.clear();
-        vectorMap.clear();
+        vectorMap = {};
+        blockSources.clear();
         return -1;
     }
     map1 = cells.data();
@@ -132,41 +188,42 @@ void CVideoRipple::computeVectors()
     };
     for (LONG y = 0; y < mapHeight - 1; ++y) {
         const int32_t* row = map1 + y * w;
-        Vector* out = vectorMap.data() + y * w;
-        for (LONG x = 0; x < w - 1; ++x)
-            out[x] = Vector{bend(row[x], row[x + 1]), bend(row[x], row[x + w])};
+        int8_t* outX = vectorMap.dx.data() + y * w;
+        int8_t* outY = vectorMap.dy.data() + y * w;
+        for (LONG x = 0; x < w - 1; ++x) {
+            outX[x] = bend(row[x], row[x + 1]);
+            outY[x] = bend(row[x], row[x + w]);
+        }
     }
 }
 
-void CVideoRipple::refract(const uint32_t* src, uint32_t* dst) const
+void CVideoRipple::findBlockSources(LONG blockRow)
+{
+    // The last block of an odd width reads the cell after it in the map (one cell of
+    // padding keeps that inside), and of an odd height the row below is held on the
+    // map: those only place samples past the frame's edge, which are never written.
+    const LONG below = std::min(blockRow + 1, mapHeight - 1);
+    int32_t* upperLeft = blockSources.data();
+    placeBlocks({vectorMap.dx.data() + blockRow * mapWidth, vectorMap.dy.data() + blockRow * mapWidth,
+                 vectorMap.dy.data() + below * mapWidth},
+                {upperLeft, upperLeft + blocksPerRow, upperLeft + 2 * blocksPerRow, upperLeft + 3 * blocksPerRow},
+                blocksPerRow, blockRow * 2, width, height);
+}
+
+void CVideoRipple::copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y) const
+{
+    const int32_t* upperLeft = blockSources.data();
+    uint32_t* upper = dst + int64_t(y) * width;
+    gatherRow(src, upperLeft, upperLeft + blocksPerRow, upper, width);
+    if (y + 1 < height)
+        gatherRow(src, upperLeft + 2 * blocksPerRow, upperLeft + 3 * blocksPerRow, upper + width, width);
+}
+
+void CVideoRipple::refract(const uint32_t* src, uint32_t* dst)
 {
     for (LONG y = 0; y < height; y += 2) {
-        const LONG cellRow = y / 2;
-        const LONG rowBelow = std::min(cellRow + 1, mapHeight - 1);
-        const bool secondRow = y + 1 < height;
-        for (LONG x = 0; x < width; x += 2) {
-            const LONG cellColumn = x / 2;
-            // Odd sizes: the last block's right or lower neighbour is held on the map.
-            const Vector here = vectorMap[size_t(cellRow * mapWidth + cellColumn)];
-            const Vector right = vectorMap[size_t(cellRow * mapWidth + std::min(cellColumn + 1, mapWidth - 1))];
-            const Vector below = vectorMap[size_t(rowBelow * mapWidth + cellColumn)];
-            const LONG ax = std::clamp(x + here.dx, 0, width - 1);
-            const LONG ay = std::clamp(y + here.dy, 0, height - 1);
-            const LONG bx = std::clamp(x + (here.dx + right.dx) / 2 + 1, 0, width - 1);
-            const LONG by = std::clamp(y + (here.dy + below.dy) / 2 + 1, 0, height - 1);
-            uint32_t* out = dst + int64_t(y) * width + x;
-            const uint32_t* upper = src + int64_t(ay) * width;
-            const uint32_t* lower = src + int64_t(by) * width;
-            const bool secondColumn = x + 1 < width;
-            out[0] = upper[ax];
-            if (secondColumn)
-                out[1] = upper[bx];
-            if (secondRow) {
-                out[width] = lower[ax];
-                if (secondColumn)
-                    out[width + 1] = lower[bx];
-            }
-        }
+        findBlockSources(y / 2);
+        copyBlockRow(src, dst, y);
     }
 }
 

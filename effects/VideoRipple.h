@@ -24,10 +24,11 @@ public:
     LONG ProcessFrame(const uint32_t* src, uint32_t* dst, float progress) override;
 
 protected:
-    /// One refraction vector per cell, in samples.
-    struct Vector {
-        int8_t dx;
-        int8_t dy;
+    /// One refraction vector (dx, dy) per cell, in samples, kept as two planes so
+    /// that the rendering reads each as a plain run.
+    struct VectorPlanes {
+        std::vector<int8_t> dx;
+        std::vector<int8_t> dy;
     };
 
     /// Height of a drop for a draw of the generator, scaled to the frame's area.
@@ -36,7 +37,7 @@ protected:
     void Drop(LONG dropHeight);
 
     LONG running = 0;
-    std::vector<Vector> vectorMap;
+    VectorPlanes vectorMap;
     std::vector<int32_t> cells;
     int32_t* map1 = nullptr;
     int32_t* map2 = nullptr;
@@ -53,7 +54,15 @@ private:
     void fillSquareTable();
     void stepWater();
     void computeVectors();
-    void refract(const uint32_t* src, uint32_t* dst) const;
+    void findBlockSources(LONG blockRow);
+    void copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y) const;
+    void refract(const uint32_t* src, uint32_t* dst);
+
+    /// Where the four samples of each 2 by 2 block of one block row come from, as
+    /// indexes into the input: upper left, upper right, lower left, lower right, each a
+    /// run of `blocksPerRow`. Kept between frames so that a frame allocates nothing.
+    std::vector<int32_t> blockSources;
+    LONG blocksPerRow = 0;
 };
 
 }  // namespace qx
