@@ -13,7 +13,9 @@ inline float hexconeDrop(float sextantOffset, float hue)
 {
     float k = sextantOffset + hue;
     k = k >= 6.0f ? k - 6.0f : k;
-    return std::clamp(std::min(k, 4.0f - k), 0.0f, 1.0f);
+    const float nearest = std::min(k, 4.0f - k);
+    const float low = nearest < 0.0f ? 0.0f : nearest;
+    return low > 1.0f ? 1.0f : low;
 }
 
 /// One sample with its hue moved by `shift` sextants (0..6). Value (the largest channel)
@@ -25,7 +27,9 @@ inline uint32_t rotateHue(uint32_t sample, float shift)
     const float blue = float(blueOf(sample));
     const float value = std::max(red, std::max(green, blue));
     const float chroma = value - std::min(red, std::min(green, blue));
-    const float inverse = chroma > 0.0f ? 1.0f / chroma : 0.0f;
+    // Chroma is a whole number; when it is 0 every difference below is 0 too, so
+    // dividing by 1 instead keeps the loop free of branches.
+    const float inverse = 1.0f / std::max(chroma, 1.0f);
     float hue = value == red     ? (green - blue) * inverse
                 : value == green ? (blue - red) * inverse + 2.0f
                                  : (red - green) * inverse + 4.0f;

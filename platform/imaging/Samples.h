@@ -13,10 +13,13 @@ inline uint32_t alphaBitsOf(uint32_t sample) { return sample & 0xFF000000u; }
 
 inline int32_t clampChannel(int32_t value) { return std::clamp(value, 0, 255); }
 
-/// Rounds a float channel to the nearest integer and clamps it to 0..255.
+/// Rounds a float channel to the nearest integer and clamps it to 0..255. Written with
+/// plain comparisons, which compile to min and max instructions inside vector loops.
 inline int32_t roundChannel(float value)
 {
-    return int32_t(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+    const float low = value < 0.0f ? 0.0f : value;
+    const float clamped = low > 255.0f ? 255.0f : low;
+    return int32_t(clamped + 0.5f);
 }
 
 /// Packs clamped channels with the alpha byte of `original`.
