@@ -179,10 +179,13 @@ HRESULT CQXDynamicEffect::runImageRoutine(const EffectDescriptor& effect, FrameB
     if (handle.loadDib(imaging::frameDibHeader(width, height), {bits, bytes}) != 1) return E_FAIL;
     frame.reset();  // the handle has its own copy
     effect.imageRoutine(&handle, double(progress()), params.data(), paramCount, routineState(effect.id));
-    const std::vector<uint8_t> dib = handle.toDib();
-    if (dib.size() < imaging::kDibHeaderSize + bytes) return E_FAIL;
-    // The pixels follow the 40-byte header; the lock copies them bytewise.
-    output.PackRect(packedRect(reinterpret_cast<const uint32_t*>(dib.data() + imaging::kDibHeaderSize), width, height));
+    // The DIB block's rows, in its memory order, are the frame's rows: they are packed
+    // straight from the handle, without making the block.
+    if (handle.width() != width || handle.height() != height) return E_FAIL;
+    for (LONG y = 0; y < height; ++y) {
+        const auto row = handle.dibRow(y);
+        output.PackRect({const_cast<uint32_t*>(row.data()), false, {0, y, width, y + 1}, 0});
+    }
     return S_OK;
 }
 

@@ -35,13 +35,17 @@ int32_t BitmapHandle::loadDib(const DibHeader& header, std::span<const uint8_t> 
     if (bits.size() < rowBytes * size_t(height))
         return 0;
 
-    auto pixels = std::make_shared<std::vector<uint32_t>>(size_t(width) * size_t(height));
+    // Frame-sized blocks come from the reusable frame memory: a handle is made per frame.
+    const size_t samples = size_t(width) * size_t(height);
+    pixel::FrameMemory block = pixel::allocateFrameMemory(samples);
+    if (!block)
+        return 0;
     const bool bottomUp = header.height > 0;
     for (int32_t y = 0; y < height; ++y) {
         const size_t from = size_t(storageRowOf(y, height, bottomUp)) * rowBytes;
-        std::memcpy(pixels->data() + size_t(y) * size_t(width), bits.data() + from, rowBytes);
+        std::memcpy(block.get() + size_t(y) * size_t(width), bits.data() + from, rowBytes);
     }
-    storage = std::move(pixels);
+    storage = std::shared_ptr<uint32_t[]>(block.release(), pixel::FrameMemoryRelease{samples});
     columns = width;
     rows = height;
     storedBottomUp = bottomUp;
@@ -75,12 +79,20 @@ void BitmapHandle::free()
 
 std::span<uint32_t> BitmapHandle::pixels()
 {
-    return storage ? std::span<uint32_t>(*storage) : std::span<uint32_t>();
+    return storage ? std::span<uint32_t>(storage.get(), size_t(columns) * size_t(rows)) : std::span<uint32_t>();
 }
 
 std::span<const uint32_t> BitmapHandle::pixels() const
 {
-    return storage ? std::span<const uint32_t>(*storage) : std::span<const uint32_t>();
+    return storage ? std::span<const uint32_t>(storage.get(), size_t(columns) * size_t(rows))
+                   : std::span<const uint32_t>();
+}
+
+std::span<const uint32_t> BitmapHandle::dibRow(int32_t storageRow) const
+{
+    if (isNull() || storageRow < 0 || storageRow >= rows)
+        return {};
+    return row(storageRowOf(storageRow, rows, storedBottomUp));
 }
 
 std::span<uint32_t> BitmapHandle::row(int32_t y)
@@ -97,7 +109,7 @@ size_t BitmapHandle::readRow(int32_t storageRow, std::span<uint8_t> out) const
 {
     if (isNull() || storageRow < 0 || storageRow >= rows)
         return 0;
-    const auto source = row(storageRowOf(storageRow, rows, storedBottomUp));
+    const auto source = dibRow(storageRow);
     const size_t count = std::min(out.size(), stride());
     std::memcpy(out.data(), source.data(), count);
     return count;

@@ -9,6 +9,7 @@
 // bottom-up again. The effect host declares its top-down frame that way, which is why an
 // image routine sees the frame upside down.
 #include "platform/imaging/DibHeader.h"
+#include "platform/pixel/FrameMemory.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -50,13 +51,17 @@ public:
     std::span<uint32_t> row(int32_t y);
     std::span<const uint32_t> row(int32_t y) const;
 
+    /// The row at `storageRow` in the memory order of the DIB the handle came from, as the
+    /// handle holds it; empty for a row outside the picture or a null handle.
+    std::span<const uint32_t> dibRow(int32_t storageRow) const;
+
     /// Copies the row at `storageRow` in the memory order of the DIB the handle came
     /// from, as many bytes as fit in `out`. Returns the bytes copied, 0 for a row outside
     /// the picture or a null handle.
     size_t readRow(int32_t storageRow, std::span<uint8_t> out) const;
 
 private:
-    std::shared_ptr<std::vector<uint32_t>> storage;
+    std::shared_ptr<uint32_t[]> storage;
     int32_t columns = 0;
     int32_t rows = 0;
     bool storedBottomUp = true;
