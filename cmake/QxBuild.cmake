@@ -6,6 +6,11 @@ if(QX_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(QX_LIBFUZZER)
+  # Coverage for the fuzzer in every layer, not only in the targets' own files.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 find_package(PkgConfig REQUIRED)
 find_package(GTest REQUIRED)
 find_package(Threads REQUIRED)

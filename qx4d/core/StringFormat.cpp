@@ -62,20 +62,20 @@ Length readLength(const char16_t*& p)
     return Length::Default;
 }
 
-void pad(std::u16string& out, const Conversion& spec, std::u16string_view text)
+void pad(std::u16string& out, const Conversion& conversion, std::u16string_view text)
 {
-    const size_t width = spec.width > 0 ? size_t(spec.width) : 0;
+    const size_t width = conversion.width > 0 ? size_t(conversion.width) : 0;
     const size_t fill = width > text.size() ? width - text.size() : 0;
-    const bool left = spec.flags.find('-') != std::string::npos;
+    const bool left = conversion.flags.find('-') != std::string::npos;
     if (!left) out.append(fill, u' ');
     out.append(text);
     if (left) out.append(fill, u' ');
 }
 
 // Wide text for %s, %ls, %ws; narrow (ANSI) text for %S and %hs.
-void appendString(std::u16string& out, const Conversion& spec, va_list& args)
+void appendString(std::u16string& out, const Conversion& conversion, va_list& args)
 {
-    const bool narrow = spec.length == Length::Short || (spec.type == u'S' && spec.length != Length::Long);
+    const bool narrow = conversion.length == Length::Short || (conversion.type == u'S' && conversion.length != Length::Long);
     std::u16string text;
     if (narrow) {
         const char* value = va_arg(args, const char*);
@@ -84,26 +84,26 @@ void appendString(std::u16string& out, const Conversion& spec, va_list& args)
         const char16_t* value = va_arg(args, const char16_t*);
         text = value ? value : u"(null)";
     }
-    if (spec.precision >= 0 && text.size() > size_t(spec.precision)) text.resize(size_t(spec.precision));
-    pad(out, spec, text);
+    if (conversion.precision >= 0 && text.size() > size_t(conversion.precision)) text.resize(size_t(conversion.precision));
+    pad(out, conversion, text);
 }
 
-void appendChar(std::u16string& out, const Conversion& spec, va_list& args)
+void appendChar(std::u16string& out, const Conversion& conversion, va_list& args)
 {
     const int value = va_arg(args, int);
-    const bool narrow = spec.length == Length::Short || (spec.type == u'C' && spec.length != Length::Long);
+    const bool narrow = conversion.length == Length::Short || (conversion.type == u'C' && conversion.length != Length::Long);
     const char16_t c = narrow ? qx::os::toWide(qx::os::CodePage::Ansi, static_cast<unsigned char>(value))
                               : static_cast<char16_t>(value);
-    pad(out, spec, std::u16string_view(&c, 1));
+    pad(out, conversion, std::u16string_view(&c, 1));
 }
 
 // Builds the narrow conversion for snprintf, with width and precision already resolved.
-std::string narrowSpec(const Conversion& spec, const char* length)
+std::string narrowFormat(const Conversion& conversion, const char* length)
 {
-    std::string text = "%" + spec.flags;
-    if (spec.width >= 0) text += std::to_string(spec.width);
-    if (spec.precision >= 0) text += "." + std::to_string(spec.precision);
-    return text + length + char(spec.type);
+    std::string text = "%" + conversion.flags;
+    if (conversion.width >= 0) text += std::to_string(conversion.width);
+    if (conversion.precision >= 0) text += "." + std::to_string(conversion.precision);
+    return text + length + char(conversion.type);
 }
 
 template <typename... Value>
@@ -116,39 +116,39 @@ void appendPrinted(std::u16string& out, const std::string& format, Value... valu
 }
 
 // Integers: Windows `long` is 32-bit, so %ld reads an int-sized argument.
-void appendInteger(std::u16string& out, const Conversion& spec, va_list& args)
+void appendInteger(std::u16string& out, const Conversion& conversion, va_list& args)
 {
-    const bool isSigned = spec.type == u'd' || spec.type == u'i';
-    switch (spec.length) {
+    const bool isSigned = conversion.type == u'd' || conversion.type == u'i';
+    switch (conversion.length) {
     case Length::LongLong:
-        if (isSigned) appendPrinted(out, narrowSpec(spec, "ll"), va_arg(args, long long));
-        else appendPrinted(out, narrowSpec(spec, "ll"), va_arg(args, unsigned long long));
+        if (isSigned) appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, long long));
+        else appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, unsigned long long));
         return;
     case Length::Size:
-        appendPrinted(out, narrowSpec(spec, "z"), va_arg(args, size_t));
+        appendPrinted(out, narrowFormat(conversion, "z"), va_arg(args, size_t));
         return;
     case Length::Short:
-        appendPrinted(out, narrowSpec(spec, "h"), va_arg(args, int));
+        appendPrinted(out, narrowFormat(conversion, "h"), va_arg(args, int));
         return;
     case Length::Char:
-        appendPrinted(out, narrowSpec(spec, "hh"), va_arg(args, int));
+        appendPrinted(out, narrowFormat(conversion, "hh"), va_arg(args, int));
         return;
     default:
-        if (isSigned) appendPrinted(out, narrowSpec(spec, ""), va_arg(args, int));
-        else appendPrinted(out, narrowSpec(spec, ""), va_arg(args, unsigned int));
+        if (isSigned) appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, int));
+        else appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, unsigned int));
     }
 }
 
-void appendConversion(std::u16string& out, const Conversion& spec, va_list& args)
+void appendConversion(std::u16string& out, const Conversion& conversion, va_list& args)
 {
-    switch (spec.type) {
-    case u's': case u'S': appendString(out, spec, args); return;
-    case u'c': case u'C': appendChar(out, spec, args); return;
-    case u'd': case u'i': case u'u': case u'o': case u'x': case u'X': appendInteger(out, spec, args); return;
+    switch (conversion.type) {
+    case u's': case u'S': appendString(out, conversion, args); return;
+    case u'c': case u'C': appendChar(out, conversion, args); return;
+    case u'd': case u'i': case u'u': case u'o': case u'x': case u'X': appendInteger(out, conversion, args); return;
     case u'f': case u'F': case u'e': case u'E': case u'g': case u'G': case u'a': case u'A':
-        appendPrinted(out, narrowSpec(spec, ""), va_arg(args, double));
+        appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, double));
         return;
-    case u'p': appendPrinted(out, narrowSpec(spec, ""), va_arg(args, void*)); return;
+    case u'p': appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, void*)); return;
     default: return;  // %n and unknown conversions write nothing and take no argument.
     }
 }
@@ -171,14 +171,14 @@ void String::Format(const char16_t* format, ...)
             push_back(*p++);
             continue;
         }
-        Conversion spec;
-        while (isFlag(*p)) spec.flags += char(*p++);
-        spec.width = readCount(p, args, -1);
-        if (*p == u'.') spec.precision = readCount(++p, args, 0);
-        spec.length = readLength(p);
+        Conversion conversion;
+        while (isFlag(*p)) conversion.flags += char(*p++);
+        conversion.width = readCount(p, args, -1);
+        if (*p == u'.') conversion.precision = readCount(++p, args, 0);
+        conversion.length = readLength(p);
         if (!*p) break;
-        spec.type = *p++;
-        appendConversion(*this, spec, args);
+        conversion.type = *p++;
+        appendConversion(*this, conversion, args);
     }
     va_end(args);
 }

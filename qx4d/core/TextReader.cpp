@@ -14,9 +14,10 @@ namespace {
 bool isBlankUnit(char16_t c) { return c == u' ' || c == u'\t'; }
 bool isLineEndUnit(char16_t c) { return c == u'\r' || c == u'\n'; }
 
-// Comment handling still to do after a token, innermost last. The routine this replaces
-// recursed once per comment; an explicit stack keeps its exact order of reads while a
-// file of thousands of comment lines or nested blocks can't exhaust the call stack.
+// Comment handling still to do after a token, innermost last. Comments are defined
+// recursively (a comment's reads may meet further comments); this explicit stack keeps
+// that exact order of reads, while a file of thousands of comment lines or nested
+// blocks can't exhaust the call stack.
 struct PendingStep {
     enum Kind {
         SkipLine,        // read tokens of the line into the reader's own token until none is left

@@ -183,6 +183,8 @@ bool ZipFileSystem::Open(std::u16string_view path)
     file = OpenForReading(archive);
     if (!file) return false;
     innerFolder.ReplaceChar(u'\\', u'/');
+    rootDir = VFSDir();
+    fileCount = 0;
     indexArchive(file.get(), IndexTarget{innerFolder, rootDir, fileCount});
     return true;
 }
