@@ -55,14 +55,14 @@ float Chunk::ReadF32()
     return value;
 }
 
-std::u16string Chunk::ReadString()
+String Chunk::ReadString()
 {
     const uint8_t* terminator = std::find(cursor, end, uint8_t(0));
     const size_t length = size_t(terminator - cursor);
     const std::string_view bytes(reinterpret_cast<const char*>(cursor),
                                  std::min(length, kStringBufferChars - 1));
     cursor = terminator == end ? end : terminator + 1;
-    return qx::os::toWide(qx::os::CodePage::Ansi, bytes);
+    return String(qx::os::toWide(qx::os::CodePage::Ansi, bytes));
 }
 
 bool Chunk::NextChunk(Chunk& out)

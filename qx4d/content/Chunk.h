@@ -3,9 +3,10 @@
 // their envelopes): a 4-byte id, a 4-byte little-endian body size, the body, no padding.
 // Every read is bounded by the body: what lies beyond it reads as zero bytes, and a
 // sub-chunk whose stated size runs past its parent is cut at the parent's end.
+#include "qx4d/core/String.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 namespace qx4d {
 
@@ -36,7 +37,7 @@ public:
     /// A zero-terminated string in the system's 8-bit code page; the cursor ends behind the
     /// zero (or at the end of the body when there is none). Names are converted through a
     /// buffer of 256 wide characters, so only their first 255 characters are kept.
-    std::u16string ReadString();
+    String ReadString();
 
     /// Fills `out` with the next sub-chunk and moves past it; false when fewer than 8 bytes
     /// are left.

@@ -6,11 +6,11 @@
 // curve, odd places included, so that the same key data always gives the same curve.
 #include "qx4d/content/Controller.h"
 #include "qx4d/content/Key.h"
+#include "qx4d/core/String.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace qx4d {
@@ -59,7 +59,7 @@ public:
     int32_t GetPostBehavior() const { return postBehavior; }
     void SetPreBehavior(int32_t behavior) { preBehavior = behavior; }
     void SetPostBehavior(int32_t behavior) { postBehavior = behavior; }
-    const std::u16string& GetName() const { return name; }
+    const String& GetName() const { return name; }
 
     /// The token stream of the scene notation, from the "{" of the block on. Never fails.
     bool Load(TextReader& reader) override;
@@ -90,7 +90,7 @@ private:
     float Bezier(size_t a, size_t b, float t) const;
 
     float storage = 0.0f;
-    std::u16string name;
+    String name;
     int32_t currentKey = 0;
     std::vector<qx4d::Key> keys;
     int32_t preBehavior = BehaviorConstant;
