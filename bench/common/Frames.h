@@ -1,6 +1,7 @@
 #pragma once
 // Frames for benchmarks: the size every figure is quoted at, and an opaque test picture
 // with detail in every channel, so that no effect meets a trivially uniform input.
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -1,11 +1,16 @@
 #include "qx4d/core/RadixSort.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <numeric>
+#include <type_traits>
 #include <utility>
 
 namespace qx4d {
+
+// Keys are read both as numbers and as bytes in memory order, lowest byte first.
+static_assert(std::endian::native == std::endian::little);
 
 namespace {
 
@@ -86,20 +91,32 @@ template <typename Key>
 bool RadixSort::CountAndCheckOrder(const Key* keys)
 {
     histograms.fill(0);
-    const auto* bytes = reinterpret_cast<const uint8_t*>(keys);
+    uint32_t i = 0;
     bool ordered = true;
     Key previous = LoadKey<Key>(keys, ranks[0]);
-    for (uint32_t i = 0; i < count; ++i) {
-        for (uint32_t b = 0; b < sizeof(Key); ++b) {
-            ++histograms[256 * b + KeyByte(bytes, sizeof(Key), i, b)];
+    for (; i < count; ++i) {
+        const Key current = LoadKey<Key>(keys, ranks[i]);
+        if (current < previous) {
+            ordered = false;
+            break;
         }
-        if (ordered) {
-            const Key current = LoadKey<Key>(keys, ranks[i]);
-            ordered = !(current < previous);
-            previous = current;
-        }
+        previous = current;
+        CountKeyBytes(keys, i);
+    }
+    for (; i < count; ++i) {
+        CountKeyBytes(keys, i);
     }
     return ordered;
+}
+
+template <typename Key>
+void RadixSort::CountKeyBytes(const Key* keys, uint32_t index)
+{
+    using Bits = std::conditional_t<sizeof(Key) == 8, uint64_t, uint32_t>;
+    const Bits bits = LoadKey<Bits>(keys, index);
+    for (uint32_t b = 0; b < sizeof(Key); ++b) {
+        ++histograms[256 * b + uint32_t(bits >> (8 * b) & 0xFF)];
+    }
 }
 
 void RadixSort::RunPasses(const uint8_t* keyBytes, uint32_t negatives)

@@ -50,6 +50,8 @@ private:
     template <typename Key>
     bool CountAndCheckOrder(const Key* keys);
     bool CountAndCheckOrder(const void* keys);
+    template <typename Key>
+    void CountKeyBytes(const Key* keys, uint32_t index);
     void RunPasses(const uint8_t* keyBytes, uint32_t negatives);
     void ScatterPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram);
     void ScatterByOffsets(const uint8_t* keyBytes, uint32_t byteIndex);
