@@ -16,6 +16,13 @@ constexpr uint64_t kInflateSlack = 1024;
 
 std::unique_ptr<uint8_t[]> allocate(size_t size) { return std::unique_ptr<uint8_t[]>(new (std::nothrow) uint8_t[size]()); }
 
+uint64_t archiveLength(std::FILE* archive)
+{
+    if (std::fseek(archive, 0, SEEK_END) != 0) return 0;
+    const long length = std::ftell(archive);
+    return length < 0 ? 0 : uint64_t(length);
+}
+
 bool readAt(std::FILE* archive, uint32_t offset, uint8_t* out, size_t count)
 {
     if (std::fseek(archive, long(offset), SEEK_SET) != 0) return false;
@@ -65,6 +72,9 @@ std::unique_ptr<uint8_t[]> VFSFile::Load(std::FILE* archive, size_t& size) const
 {
     if (!archive) return nullptr;
     const bool stored = compressedSize == uncompressedSize;
+    // Sizes come from the archive: the data must lie inside it before anything is
+    // allocated for it.
+    if (uint64_t(offset) + compressedSize > archiveLength(archive)) return nullptr;
     if (!stored && uncompressedSize > uint64_t(compressedSize) * kMaxInflateRatio + kInflateSlack) return nullptr;
     std::unique_ptr<uint8_t[]> data = allocate(uncompressedSize);
     if (!data) return nullptr;

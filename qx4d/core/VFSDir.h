@@ -13,8 +13,6 @@ namespace qx4d {
 
 /// One indexed archive entry.
 struct VFSFile {
-    virtual ~VFSFile() = default;
-
     /// Reads the entry from the open archive: stored when its two sizes are equal,
     /// else raw deflate. Null when the data can't be read or inflated.
     std::unique_ptr<uint8_t[]> Load(std::FILE* archive, size_t& size) const;
@@ -28,8 +26,6 @@ struct VFSFile {
 };
 
 struct VFSDir {
-    virtual ~VFSDir() = default;
-
     /// Files `file` under its slash-separated name, making the folders on the way; names
     /// of folders compare with case here.
     void AddFile(VFSFile file);
