@@ -14,18 +14,18 @@
 namespace qx4d {
 namespace {
 
-struct KeySpec {
+struct KeyData {
     float value;
     float time;
     uint32_t shape;
     std::array<float, 6> params;
 };
 
-void AddKeys(Envelope& envelope, const std::vector<KeySpec>& specs)
+void AddKeys(Envelope& envelope, const std::vector<KeyData>& keyData)
 {
-    for (const KeySpec& spec : specs) {
-        Key& key = envelope.AddKey(spec.value, spec.time, spec.shape);
-        std::copy(spec.params.begin(), spec.params.end(), key.params);
+    for (const KeyData& data : keyData) {
+        Key& key = envelope.AddKey(data.value, data.time, data.shape);
+        std::copy(data.params.begin(), data.params.end(), key.params);
     }
 }
 
