@@ -84,29 +84,31 @@ bool RadixSort::CountAndCheckOrder(const void* keys)
     }
 }
 
-// One pass over the keys fills the histograms of all bytes; beside it runs a walk in the
-// present rank order that stops at the first key smaller than its predecessor. If that
-// walk gets through, the order stands and no pass is needed.
+// First a walk in the present rank order, up to the first key smaller than the one before
+// it. If the walk gets through, the order stands and nothing else is done: a sorter that
+// lives over frames then pays one read per key. Otherwise one pass over the keys in memory
+// order fills the histograms of all bytes. (Counting during the walk, as a single loop,
+// gives the same histograms; apart, a hit costs no counting at all.)
 template <typename Key>
 bool RadixSort::CountAndCheckOrder(const Key* keys)
 {
-    histograms.fill(0);
-    uint32_t i = 0;
-    bool ordered = true;
     Key previous = LoadKey<Key>(keys, ranks[0]);
+    uint32_t i = 1;
     for (; i < count; ++i) {
         const Key current = LoadKey<Key>(keys, ranks[i]);
         if (current < previous) {
-            ordered = false;
             break;
         }
         previous = current;
-        CountKeyBytes(keys, i);
     }
-    for (; i < count; ++i) {
-        CountKeyBytes(keys, i);
+    if (i == count) {
+        return true;
     }
-    return ordered;
+    histograms.fill(0);
+    for (uint32_t k = 0; k < count; ++k) {
+        CountKeyBytes(keys, k);
+    }
+    return false;
 }
 
 template <typename Key>
