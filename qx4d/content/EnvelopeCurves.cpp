@@ -28,15 +28,22 @@ float HandleTangent(double span, float handleTime, float handleValue)
     return float(span * handleValue / handleTime);
 }
 
-// The cubic over four control points in power form, at `u`.
-float Cubic(float p0, float p1, float p2, float p3, float u)
-{
-    const float c = float(3.0 * (double(p1) - p0));
-    const float b = float(3.0 * (double(p2) - p1) - c);
-    const float a = float(double(p3) - p0 - c - b);
-    const double uu = double(u) * u;
-    return float(a * uu * u + b * uu + c * double(u) + p0);
-}
+// The cubic over four control points in power form; the coefficients are worked out once
+// and the bisection evaluates it many times.
+struct Cubic {
+    Cubic(float p0, float p1, float p2, float p3)
+        : c(float(3.0 * (double(p1) - p0))), b(float(3.0 * (double(p2) - p1) - c)), a(float(double(p3) - p0 - c - b)),
+          d(p0)
+    {
+    }
+    float At(float u) const
+    {
+        const double uu = double(u) * u;
+        return float(a * uu * u + b * uu + c * double(u) + d);
+    }
+
+    float c, b, a, d;
+};
 
 }  // namespace
 
@@ -143,13 +150,14 @@ float Envelope::Bezier(size_t a, size_t b, float t) const
                                 : float(double(from.time) + (double(to.time) - from.time) / 3.0);
     const float x2 = float(double(to.time) + to.params[0]);
     const float x3 = to.time;
+    const Cubic times(x0, x1, x2, x3);
 
     float lo = 0.0f;
     float hi = 1.0f;
     float u = 0.0f;
     for (int round = 0; round < kMaxBezierRounds; ++round) {
         u = float(lo + (double(hi) - lo) * 0.5);
-        const float x = Cubic(x0, x1, x2, x3, u);
+        const float x = times.At(u);
         if (std::fabs(double(t) - x) <= kBezierTimeTolerance) {
             break;
         }
@@ -165,7 +173,7 @@ float Envelope::Bezier(size_t a, size_t b, float t) const
                                 : float(double(from.value) + from.params[1] / 3.0);
     const float y2 = float(double(to.value) + to.params[1]);
     const float y3 = to.value;
-    return Cubic(y0, y1, y2, y3, u);
+    return Cubic(y0, y1, y2, y3).At(u);
 }
 
 }  // namespace qx4d
