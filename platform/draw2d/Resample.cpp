@@ -115,8 +115,10 @@ void blendColumns(const uint32_t* row, const int32_t* left, const uint32_t* weig
 }  // namespace
 
 Resampler::Resampler(const SampleGrid& source, AxisMap mapX, AxisMap mapY, const PixelSpan& span)
-    : source_(source), mapY_(mapY), span_(span)
+    : source_(source), mapX_(mapX), mapY_(mapY), span_(span)
 {
+    shiftOnly_ = mapX.scale == 1.0 && mapY.scale == 1.0 && mapX.offset == std::floor(mapX.offset) &&
+                 mapY.offset == std::floor(mapY.offset);
     const int columns = std::max(0, span.x1 - span.x0);
     leftTap_.resize(size_t(columns));
     rightWeight_.resize(size_t(columns));
@@ -134,8 +136,21 @@ Resampler::Resampler(const SampleGrid& source, AxisMap mapX, AxisMap mapY, const
     blended_.resize(size_t(lastColumn - firstColumn_ + 2));
 }
 
+bool Resampler::copyRow(int y, std::span<uint32_t> out) const
+{
+    const double sourceY = y + mapY_.offset;
+    const double sourceX = span_.x0 + mapX_.offset;
+    if (sourceY < 0 || sourceY >= source_.height || sourceX < 0 || sourceX + (span_.x1 - span_.x0) > source_.width) {
+        return false;  // edge samples repeat there: the blend handles it
+    }
+    const uint32_t* from = source_.samples + size_t(sourceY) * size_t(source_.pitch) + size_t(sourceX);
+    std::copy_n(from, span_.x1 - span_.x0, out.begin());
+    return true;
+}
+
 void Resampler::row(int y, std::span<uint32_t> out)
 {
+    if (shiftOnly_ && copyRow(y, out)) return;
     int32_t top = 0;
     uint32_t weight = 0;
     tapAt(mapY_.scale * (y + 0.5) + mapY_.offset - 0.5, source_.height, top, weight);

@@ -77,13 +77,24 @@ bool allOpaque(std::span<const uint32_t> samples)
     return true;
 }
 
-void premultiply(std::span<uint32_t> samples) { convertInPlace<premultiplied>(samples); }
+// Opaque rows, the common case, are recognised by a vectorised scan and left alone.
+void premultiply(std::span<uint32_t> samples)
+{
+    if (!allOpaque(samples)) convertInPlace<premultiplied>(samples);
+}
 void premultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
 {
-    convert<premultiplied>(source, target);
+    if (allOpaque(source) && target.size() >= source.size()) {
+        std::memcpy(target.data(), source.data(), source.size_bytes());
+    } else {
+        convert<premultiplied>(source, target);
+    }
 }
 
-void unpremultiply(std::span<uint32_t> samples) { convertInPlace<straight>(samples); }
+void unpremultiply(std::span<uint32_t> samples)
+{
+    if (!allOpaque(samples)) convertInPlace<straight>(samples);
+}
 void unpremultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
 {
     convert<straight>(source, target);
