@@ -77,6 +77,18 @@ bool allOpaque(std::span<const uint32_t> samples)
     return true;
 }
 
+__attribute__((target_clones("avx2", "default"))) bool copyAndCheckOpaque(std::span<const uint32_t> source,
+                                                                            std::span<uint32_t> target)
+{
+    uint32_t all = kAlphaMask;
+    const size_t n = std::min(source.size(), target.size());
+    for (size_t i = 0; i < n; ++i) {
+        target[i] = source[i];
+        all &= source[i];
+    }
+    return (all & kAlphaMask) == kAlphaMask;
+}
+
 // Opaque rows, the common case, are recognised by a vectorised scan and left alone.
 void premultiply(std::span<uint32_t> samples)
 {
