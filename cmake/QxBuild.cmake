@@ -29,7 +29,9 @@ function(qx_add_shared_library)
     return()
   endif()
   add_library(qxdynamiceffects SHARED ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
-  target_link_libraries(qxdynamiceffects PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${layers}>")
+  # Whole archives, so that objects nothing inside the library calls (the catalogue's
+  # routines, class objects) are still exported; the layers' own dependencies follow.
+  target_link_libraries(qxdynamiceffects PRIVATE -Wl,--whole-archive ${layers} -Wl,--no-whole-archive)
   set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
   install(TARGETS qxdynamiceffects LIBRARY DESTINATION lib)
 endfunction()
