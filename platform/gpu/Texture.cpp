@@ -137,7 +137,10 @@ bool Texture::upload(UINT face, UINT level, const uint8_t* data, size_t rowPitch
         data = packed.data();
     }
     // Cube faces are the six layers of a cube map in the direct state access calls.
-    if (info.compressed)
+    if (info.compressed && !desc_.cube)
+        glCompressedTextureSubImage2D(name_.get(), GLint(level), 0, 0, GLsizei(width), GLsizei(height),
+                                      info.internalFormat, GLsizei(tight * rows), data);
+    else if (info.compressed)
         glCompressedTextureSubImage3D(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height),
                                       1, info.internalFormat, GLsizei(tight * rows), data);
     else if (desc_.cube)
