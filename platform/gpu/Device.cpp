@@ -107,7 +107,11 @@ HRESULT Device::Reset(const D3DPRESENT_PARAMETERS& parameters)
 {
     if (lostState_ == D3DERR_DEVICELOST)
         return D3DERR_DEVICELOST;
-    // As in Direct3D: every resource of the default pool must be released first.
+    // What the device itself holds does not count: bindings are dropped first. Every
+    // resource of the default pool the caller holds must be gone, as in Direct3D.
+    setDefaultStates();
+    target_ = backBuffer_;
+    depth_ = autoDepth_;
     if (*defaultPool_ > 0 || !context_->makeCurrent())
         return D3DERR_INVALIDCALL;
     parameters_ = parameters;

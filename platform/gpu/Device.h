@@ -79,6 +79,11 @@ public:
     HRESULT SetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD value);
     HRESULT GetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD* value) const;
     HRESULT SetTexture(DWORD stage, std::shared_ptr<Texture> texture);
+    /// The texture bound at a stage; null for none.
+    std::shared_ptr<Texture> GetTexture(DWORD stage) const
+    {
+        return stage < kSamplerCount ? textures_[stage] : nullptr;
+    }
     HRESULT SetViewport(const D3DVIEWPORT9& viewport);
     HRESULT GetViewport(D3DVIEWPORT9* viewport) const;
     /// Setting a target also sets the viewport to its whole size, as Direct3D does.
