@@ -1,6 +1,7 @@
 #pragma once
 // Frames for benchmarks: the size every figure is quoted at, and an opaque test picture
 // with detail in every channel, so that no effect meets a trivially uniform input.
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -11,13 +12,13 @@ inline constexpr int kFrameHeight = 1080;
 
 inline std::vector<uint32_t> makeTestFrame(int width, int height)
 {
-    std::vector<uint32_t> frame(size_t(width) * size_t(height));
+    std::vector<uint32_t> frame(std::size_t(width) * std::size_t(height));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const uint32_t b = uint32_t(x * 255 / (width - 1));
             const uint32_t g = uint32_t(y * 255 / (height - 1));
             const uint32_t r = uint32_t(((x / 64) ^ (y / 64)) & 1 ? 220 : 40);
-            frame[size_t(y) * size_t(width) + size_t(x)] = 0xFF000000u | (r << 16) | (g << 8) | b;
+            frame[std::size_t(y) * std::size_t(width) + std::size_t(x)] = 0xFF000000u | (r << 16) | (g << 8) | b;
         }
     }
     return frame;
