@@ -81,6 +81,20 @@ TEST(FxParser, TechniquesInsideBracesAreNotBlocks)
     EXPECT_TRUE(parsed.techniques.empty());
 }
 
+TEST(FxParser, TextureDeclarationsAndSamplerStatesAreCutOut)
+{
+    const std::string text = "texture g_Texture;\n"
+                             "sampler2D g_Sampler = sampler_state { Texture = <g_Texture>; MinFilter = Linear; };\n"
+                             "float4 ps_main(float2 uv : TEXCOORD0) : COLOR0 { return tex2D(g_Sampler, uv); }\n";
+    FxText parsed;
+    ASSERT_TRUE(parseEffectText(text, parsed));
+    EXPECT_EQ(parsed.hlsl.find("texture g_Texture"), std::string::npos);
+    EXPECT_EQ(parsed.hlsl.find("sampler_state"), std::string::npos);
+    EXPECT_NE(parsed.hlsl.find("sampler2D g_Sampler"), std::string::npos);
+    EXPECT_NE(parsed.hlsl.find(";\nfloat4 ps_main"), std::string::npos);  // the declaration keeps its end
+    EXPECT_NE(parsed.hlsl.find("tex2D(g_Sampler, uv)"), std::string::npos);
+}
+
 TEST(FxParser, UnfinishedBlocksAreRefused)
 {
     FxText parsed;
