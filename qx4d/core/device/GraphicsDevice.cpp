@@ -55,7 +55,9 @@ bool GraphicsDevice::BeginFrame()
     if (level == gpu::D3DERR_DEVICELOST)
         return false;
     if (level == gpu::D3DERR_DEVICENOTRESET) {
-        // The callbacks only post to the command thread; this frame still runs.
+        // The callbacks only post to the command thread; this frame still runs. That
+        // thread needs the context meanwhile.
+        ReleaseThread();
         if (flushQuery) {
             flushQuery.reset();
             if (onDeviceLost)

@@ -94,6 +94,7 @@ public:
 
 private:
     void EndRunningEffect();
+    void ReleaseContext();
     void UnbindVertexBuffer(const ResourceHandle& handle);
     void SetStreamAt(int index, const ResourceHandle& handle, uint32_t stride);
     template <typename T>

@@ -161,6 +161,14 @@ void RestoreAll(ResourceList<T>& list, bool& ok)
 
 }  // namespace
 
+// Loss and restore run on the engine's worker while a frame's thread waits for them: the
+// context is handed back when they end.
+void Renderer::ReleaseContext()
+{
+    if (GraphicsDevice* graphics = GraphicsDevice::Current())
+        graphics->ReleaseThread();
+}
+
 void Renderer::OnDeviceLost()
 {
     LoseAll(declarations);
@@ -175,6 +183,7 @@ void Renderer::OnDeviceLost()
     // (The vertex and pixel shader lists are empty.)
     EndEffect();
     LoseAll(effects);
+    ReleaseContext();
 }
 
 bool Renderer::OnDeviceReset()
@@ -191,6 +200,7 @@ bool Renderer::OnDeviceReset()
     RestoreAll(indexBuffers, ok);
     RestoreAll(effects, ok);
     ResetState();
+    ReleaseContext();
     return ok;
 }
 

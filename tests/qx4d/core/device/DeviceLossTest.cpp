@@ -2,6 +2,8 @@
 // restore of every kind of resource.
 #include "tests/qx4d/core/device/DeviceFixture.h"
 
+#include <thread>
+
 namespace qx4d::testing {
 namespace {
 
@@ -12,21 +14,35 @@ technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }
 )";
 
 // What the command thread would do on the two posted commands, recorded for the test.
+// With `onWorker`, each runs on a thread of its own while the frame's thread waits, as
+// the engine's worker does.
 struct Commands {
+    static inline bool onWorker = false;
     static inline int lost = 0;
     static inline int reset = 0;
     static inline bool resetOk = false;
     static inline bool restoredOk = false;
+    static void Run(void (*command)())
+    {
+        if (onWorker)
+            std::thread(command).join();
+        else
+            command();
+    }
     static void OnLost()
     {
-        ++lost;
-        Renderer::Instance()->OnDeviceLost();
-        resetOk = GraphicsDevice::Current()->Reset();
+        Run([] {
+            ++lost;
+            Renderer::Instance()->OnDeviceLost();
+            resetOk = GraphicsDevice::Current()->Reset();
+        });
     }
     static void OnReset()
     {
-        ++reset;
-        restoredOk = Renderer::Instance()->OnDeviceReset();
+        Run([] {
+            ++reset;
+            restoredOk = Renderer::Instance()->OnDeviceReset();
+        });
     }
 };
 
@@ -36,7 +52,7 @@ protected:
     {
         EngineTest::SetUp();
         Commands::lost = Commands::reset = 0;
-        Commands::resetOk = Commands::restoredOk = false;
+        Commands::resetOk = Commands::restoredOk = Commands::onWorker = false;
         graphics->SetDeviceLostCallback(&Commands::OnLost);
         graphics->SetDeviceResetCallback(&Commands::OnReset);
     }
@@ -117,6 +133,26 @@ TEST_F(DeviceLossTest, LostThenResetRestoresEveryKind)
     // The next frame is an ordinary one.
     EXPECT_TRUE(graphics->BeginFrame());
     EXPECT_EQ(Commands::lost, 1);
+}
+
+TEST_F(DeviceLossTest, TheWorkerThreadReleasesAndRestoresWhileTheFrameWaits)
+{
+    const ResourceHandle target = renderer->CreateRenderTarget(4, 4);
+    const ResourceHandle video = renderer->CreateTexture(2, 2, gpu::D3DFMT_A8R8G8B8, gpu::D3DUSAGE_DYNAMIC);
+    Commands::onWorker = true;
+    Device().SimulateDeviceLoss(true);
+    ASSERT_TRUE(graphics->BeginFrame());
+    EXPECT_TRUE(Commands::resetOk);
+    EXPECT_TRUE(Commands::restoredOk);
+    // The frame's thread goes on drawing.
+    RenderTarget* surface = renderer->GetRenderTarget(target);
+    ASSERT_NE(surface->surface, nullptr);
+    EXPECT_EQ(Device().SetRenderTarget(0, surface->surface), qx::S_OK);
+    EXPECT_EQ(Device().Clear(gpu::D3DCLEAR_TARGET, 0xFF123456u, 1.0f, 0), qx::S_OK);
+    std::vector<uint8_t> pixels;
+    ASSERT_TRUE(surface->surface->texture()->download(0, 0, pixels));
+    EXPECT_EQ(pixels[0], 0x56);
+    EXPECT_TRUE(renderer->GetTexture(video)->Upload(std::vector<uint8_t>(16, 1).data(), 8));
 }
 
 TEST_F(DeviceLossTest, ResetFailsWhileTheRendererStillHoldsDefaultPoolResources)
