@@ -166,15 +166,21 @@ void CVideoRipple::Drop(LONG dropHeight)
 
 void CVideoRipple::stepWater()
 {
+    // The smoothing of a row needs the new surface of the rows around it, so it trails
+    // the wave equation by one row; both run in one sweep while those rows are in the
+    // cache. The smoothing overwrites rows of map2 that the wave equation has read.
     const LONG w = mapWidth;
+    auto smooth = [&](LONG y) {
+        const int32_t* here = map3 + y * w;
+        smoothRow(here - w, here, here + w, map2 + y * w, w - 1);
+    };
     for (LONG y = 1; y < mapHeight - 1; ++y) {
         const int32_t* here = map1 + y * w;
         waveRow(here - w, here, here + w, map2 + y * w, map3 + y * w, w - 1, decay);
+        if (y >= 2)
+            smooth(y - 1);
     }
-    for (LONG y = 1; y < mapHeight - 1; ++y) {
-        const int32_t* here = map3 + y * w;
-        smoothRow(here - w, here, here + w, map2 + y * w, w - 1);
-    }
+    smooth(mapHeight - 2);
     std::swap(map1, map2);
 }
 
