@@ -4,15 +4,16 @@
 #include "effects/FrameSize.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
 
 namespace qx {
 namespace {
 
-// The water works in 32-bit integers that wrap on overflow, as the machine arithmetic
-// the effect was tuned on does; sums go through uint32_t so that a wrap is defined, and
-// shifts of the signed results are arithmetic.
+// The water works in 32-bit integers that wrap on overflow, as 32-bit machine arithmetic
+// does; sums go through uint32_t so that a wrap is defined, and shifts of the signed
+// results are arithmetic.
 
 /// One row of the wave equation: acceleration from the eight neighbours, velocity from
 /// the previous surface, damped by `decay`.
@@ -82,6 +83,7 @@ void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y
 void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
                uint32_t* __restrict out, LONG width)
 {
+    static_assert(std::endian::native == std::endian::little, "a block's pair is stored left sample first");
     const LONG fullBlocks = width / 2;
     for (LONG column = 0; column < fullBlocks; ++column) {
         const uint64_t pair = uint64_t(src[left[column]]) | uint64_t(src[right[column]]) << 32;
