@@ -8,6 +8,13 @@
 #include <cstring>
 #include <new>
 
+// Hot loops are built twice, for AVX2 and for the baseline, and the loader picks one.
+#if defined(__x86_64__) && defined(__GNUC__)
+#define QX_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define QX_VECTOR_CLONES
+#endif
+
 namespace qx {
 namespace {
 
@@ -17,7 +24,7 @@ namespace {
 
 /// One row of the wave equation: acceleration from the eight neighbours, velocity from
 /// the previous surface, damped by `decay`.
-void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, const int32_t* previous,
+QX_VECTOR_CLONES void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, const int32_t* previous,
              int32_t* next, LONG lastColumn, LONG decay)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
@@ -32,7 +39,7 @@ void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, co
 }
 
 /// One row of the smoothing: the cell weighs 60 of 64 against its four side neighbours.
-void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out, LONG lastColumn)
+QX_VECTOR_CLONES void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out, LONG lastColumn)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
         const uint32_t sum = uint32_t(above[x]) + uint32_t(here[x - 1]) + uint32_t(here[x + 1]) +
@@ -57,7 +64,7 @@ struct BlockSources {
 /// Where each 2 by 2 block of the frame row pair starting at `y` takes its four samples:
 /// the block's vector moves the upper-left sample; the others are moved by the mean of
 /// it and the next block's vector, one sample on. Every position is held in the frame.
-void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
+QX_VECTOR_CLONES void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
 {
     const LONG lastColumn = width - 1;
     const LONG lastRow = height - 1;
@@ -80,7 +87,7 @@ void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y
 /// Fills one frame row from its blocks' left and right sources. The two samples of a
 /// block go out as one 64-bit store (the frame is little-endian, left sample first),
 /// which halves the stores of this, the effect's busiest loop.
-void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
+QX_VECTOR_CLONES void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
                uint32_t* __restrict out, LONG width)
 {
     static_assert(std::endian::native == std::endian::little, "a block's pair is stored left sample first");
