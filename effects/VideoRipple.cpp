@@ -4,19 +4,27 @@
 #include "effects/FrameSize.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
+
+// Hot loops are built twice, for AVX2 and for the baseline, and the loader picks one.
+#if defined(__x86_64__) && defined(__GNUC__)
+#define QX_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define QX_VECTOR_CLONES
+#endif
 
 namespace qx {
 namespace {
 
-// The water works in 32-bit integers that wrap on overflow, as the machine arithmetic
-// the effect was tuned on does; sums go through uint32_t so that a wrap is defined, and
-// shifts of the signed results are arithmetic.
+// The water works in 32-bit integers that wrap on overflow, as 32-bit machine arithmetic
+// does; sums go through uint32_t so that a wrap is defined, and shifts of the signed
+// results are arithmetic.
 
 /// One row of the wave equation: acceleration from the eight neighbours, velocity from
 /// the previous surface, damped by `decay`.
-void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, const int32_t* previous,
+QX_VECTOR_CLONES void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, const int32_t* previous,
              int32_t* next, LONG lastColumn, LONG decay)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
@@ -31,7 +39,7 @@ void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, co
 }
 
 /// One row of the smoothing: the cell weighs 60 of 64 against its four side neighbours.
-void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out, LONG lastColumn)
+QX_VECTOR_CLONES void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out, LONG lastColumn)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
         const uint32_t sum = uint32_t(above[x]) + uint32_t(here[x - 1]) + uint32_t(here[x + 1]) +
@@ -56,7 +64,7 @@ struct BlockSources {
 /// Where each 2 by 2 block of the frame row pair starting at `y` takes its four samples:
 /// the block's vector moves the upper-left sample; the others are moved by the mean of
 /// it and the next block's vector, one sample on. Every position is held in the frame.
-void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
+QX_VECTOR_CLONES void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
 {
     const LONG lastColumn = width - 1;
     const LONG lastRow = height - 1;
@@ -79,9 +87,10 @@ void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y
 /// Fills one frame row from its blocks' left and right sources. The two samples of a
 /// block go out as one 64-bit store (the frame is little-endian, left sample first),
 /// which halves the stores of this, the effect's busiest loop.
-void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
+QX_VECTOR_CLONES void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
                uint32_t* __restrict out, LONG width)
 {
+    static_assert(std::endian::native == std::endian::little, "a block's pair is stored left sample first");
     const LONG fullBlocks = width / 2;
     for (LONG column = 0; column < fullBlocks; ++column) {
         const uint64_t pair = uint64_t(src[left[column]]) | uint64_t(src[right[column]]) << 32;
@@ -166,15 +175,21 @@ void CVideoRipple::Drop(LONG dropHeight)
 
 void CVideoRipple::stepWater()
 {
+    // The smoothing of a row needs the new surface of the rows around it, so it trails
+    // the wave equation by one row; both run in one sweep while those rows are in the
+    // cache. The smoothing overwrites rows of map2 that the wave equation has read.
     const LONG w = mapWidth;
+    auto smooth = [&](LONG y) {
+        const int32_t* here = map3 + y * w;
+        smoothRow(here - w, here, here + w, map2 + y * w, w - 1);
+    };
     for (LONG y = 1; y < mapHeight - 1; ++y) {
         const int32_t* here = map1 + y * w;
         waveRow(here - w, here, here + w, map2 + y * w, map3 + y * w, w - 1, decay);
+        if (y >= 2)
+            smooth(y - 1);
     }
-    for (LONG y = 1; y < mapHeight - 1; ++y) {
-        const int32_t* here = map3 + y * w;
-        smoothRow(here - w, here, here + w, map2 + y * w, w - 1);
-    }
+    smooth(mapHeight - 2);
     std::swap(map1, map2);
 }
 

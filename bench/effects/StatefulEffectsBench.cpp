@@ -41,6 +41,6 @@ void BM_VideoRipple(benchmark::State& state)
     effect.SetParams(params);
     runFrames(state, effect);
 }
-BENCHMARK(BM_VideoRipple)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_VideoRipple)->Arg(0)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
 
 }  // namespace

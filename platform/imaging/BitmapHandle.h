@@ -48,6 +48,7 @@ public:
     /// All samples, `width * height`, rows top-down, bytes blue, green, red, alpha.
     std::span<uint32_t> pixels();
     std::span<const uint32_t> pixels() const;
+    /// Row `y` of the image, top-down; `y` must lie in 0..height() - 1.
     std::span<uint32_t> row(int32_t y);
     std::span<const uint32_t> row(int32_t y) const;
 
