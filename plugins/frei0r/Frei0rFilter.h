@@ -1,0 +1,50 @@
+#pragma once
+// One instance of the frei0r filter: its parameter values and its own effect host. The
+// host is set up on the first frame after the effect, its parameters, source, data path
+// or span changed, so that hosts that put every parameter before every frame (MLT) do
+// not restart stateful effects. Frames are copied into and out of the host's frames,
+// since a frei0r host hands new buffers each time.
+#include "apps/qxfx/EffectSession.h"
+#include "plugins/frei0r/Frei0rParams.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace qx::frei0r {
+
+class Frei0rFilter {
+public:
+    Frei0rFilter(int width, int height) : width_(width), height_(height) {}
+
+    void setDouble(int index, double value);
+    void setString(int index, const char* text);
+    /// Writes the value of parameter `index` where `param` points, as frei0r defines it
+    /// (a double, or a pointer to text that stays valid until the next set).
+    void getValue(int index, void* param);
+
+    /// Renders `in` into `out`, both of this instance's size. A frame the effect cannot
+    /// render passes through unchanged: frei0r has no way to report a failure.
+    void update(double time, const uint32_t* in, uint32_t* out);
+
+private:
+    std::string* stringParam(int index);
+    double* doubleParam(int index);
+    void setUp();
+
+    // Hosts may call from several threads at once (MLT's slices): one frame at a time.
+    std::mutex lock_;
+    int width_;
+    int height_;
+    std::string effect_ = "0";
+    std::string params_;
+    std::string source_;
+    std::string dataPath_;
+    double progress_ = 0.0;
+    double duration_ = 0.0;
+    double milliseconds_ = 0.0;
+    std::unique_ptr<qxfx::EffectSession> session_;
+    bool changed_ = true;
+};
+
+}  // namespace qx::frei0r
