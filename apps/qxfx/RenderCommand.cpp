@@ -32,6 +32,7 @@ constexpr const char* kUsage =
     "  -o, --output PATH    video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
     "                       number pattern (frames/f-%04d.png)\n"
     "      --discard        render and drop the frames (for timing)\n"
+    "      --lossless       a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
     "      --size WxH       size of the test pattern (default 640x360)\n"
     "      --frames N       frames to render (default: all of a video; 50 otherwise);\n"
     "                       a shorter input holds its last frame\n"
@@ -49,6 +50,7 @@ struct RenderOptions {
     std::string input;
     std::string output;
     bool discard = false;
+    bool lossless = false;
     int width = 640;
     int height = 360;
     std::optional<long> frames;
@@ -67,6 +69,7 @@ void readOption(ArgReader& args, std::string_view option, RenderOptions& o)
     else if (option == "-i" || option == "--input") o.input = args.value(option);
     else if (option == "-o" || option == "--output") o.output = args.value(option);
     else if (option == "--discard") o.discard = true;
+    else if (option == "--lossless") o.lossless = true;
     else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
     else if (option == "--frames") o.frames = args.integer(option, 1, kMaxFrames);
     else if (option == "--fps") o.fps = args.number(option, 0.001, 1000.0);
@@ -116,7 +119,8 @@ int render(RenderOptions& o)
 
     EffectSession session(o.effect, width, height);
     std::unique_ptr<VideoWriter> writer;
-    if (!o.discard) writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads);
+    if (!o.discard) writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads,
+                                                           o.lossless);
     ProgressBar bar("render", frames);
     bool inputEnded = false;
     for (long i = 0; i < frames; ++i) {

@@ -1,7 +1,7 @@
 #include "apps/qxfx/VideoReader.h"
 
 extern "C" {
-#include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
 }
 
 namespace qx::qxfx {
@@ -127,6 +127,11 @@ void VideoReader::convert(Frame& frame)
     uint8_t* planes[4] = {reinterpret_cast<uint8_t*>(frame.samples.data()), nullptr, nullptr, nullptr};
     const int strides[4] = {width_ * 4, 0, 0, 0};
     sws_scale(scaler_.get(), in.data, in.linesize, 0, in.height, planes, strides);
+    // A picture without alpha is opaque; the conversion leaves its alpha bytes at 0.
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    if (!format || !(format->flags & AV_PIX_FMT_FLAG_ALPHA)) {
+        for (auto& sample : frame.samples) sample |= 0xFF000000u;
+    }
     av_frame_unref(decoded_.get());
 }
 

@@ -20,9 +20,9 @@ struct CodecChoice {
 };
 
 // PNG files keep the alpha channel. Video takes H.264 (4:2:0, or 4:4:4 when a side is
-// odd, which 4:2:0 cannot hold), else FFV1 or PNG, both lossless, whichever the
-// container accepts first.
-CodecChoice chooseCodec(const AVOutputFormat& format, int width, int height)
+// odd, which 4:2:0 cannot hold) unless asked for lossless, else FFV1 or PNG, both
+// lossless with alpha, whichever the container accepts first.
+CodecChoice chooseCodec(const AVOutputFormat& format, int width, int height, bool lossless)
 {
     if (isImageSequence(format)) return {avcodec_find_encoder(AV_CODEC_ID_PNG), AV_PIX_FMT_RGBA};
     const bool even = width % 2 == 0 && height % 2 == 0;
@@ -32,6 +32,7 @@ CodecChoice chooseCodec(const AVOutputFormat& format, int width, int height)
         {avcodec_find_encoder(AV_CODEC_ID_PNG), AV_PIX_FMT_RGBA},
     }};
     for (const auto& candidate : candidates) {
+        if (lossless && candidate.codec && candidate.codec->id == AV_CODEC_ID_H264) continue;
         if (candidate.codec && avformat_query_codec(&format, candidate.codec->id, FF_COMPLIANCE_NORMAL) == 1) {
             return candidate;
         }
@@ -41,7 +42,8 @@ CodecChoice chooseCodec(const AVOutputFormat& format, int width, int height)
 
 }  // namespace
 
-VideoWriter::VideoWriter(const std::string& path, int width, int height, AVRational frameRate, int threads)
+VideoWriter::VideoWriter(const std::string& path, int width, int height, AVRational frameRate, int threads,
+                         bool lossless)
     : path_(path), width_(width), height_(height), picture_(av_frame_alloc()), packet_(av_packet_alloc())
 {
     if (!picture_ || !packet_) throw CommandError("out of memory");
@@ -54,7 +56,7 @@ VideoWriter::VideoWriter(const std::string& path, int width, int height, AVRatio
     if (sequence && path.find('%') == std::string::npos) {
         throw writeError(path, "PNG frames need a numbered name such as frame-%04d.png");
     }
-    const CodecChoice choice = chooseCodec(*output_->oformat, width, height);
+    const CodecChoice choice = chooseCodec(*output_->oformat, width, height, lossless);
     if (!choice.codec) throw writeError(path, "no encoder for this container");
     openEncoder(*choice.codec, choice.format, frameRate, threads);
     if (!(output_->oformat->flags & AVFMT_NOFILE)) {

@@ -12,8 +12,10 @@ namespace qx::qxfx {
 class VideoWriter {
 public:
     /// Opens the output; CommandError naming the problem when the path cannot be written
-    /// or no encoder fits its container. `threads` 0 lets FFmpeg choose.
-    VideoWriter(const std::string& path, int width, int height, AVRational frameRate, int threads);
+    /// or no encoder fits its container. `threads` 0 lets FFmpeg choose; `lossless` passes
+    /// H.264 over for the lossless codecs.
+    VideoWriter(const std::string& path, int width, int height, AVRational frameRate, int threads,
+                bool lossless = false);
     VideoWriter(const VideoWriter&) = delete;
     VideoWriter& operator=(const VideoWriter&) = delete;
 
