@@ -16,7 +16,9 @@ public:
     static constexpr int kMaxParams = 16;
 
     CVideoEffect(LONG frameWidth, LONG frameHeight)
-        : pixelCount(frameWidth * frameHeight), height(frameHeight), width(frameWidth)
+        // The count saturates for sizes no frame has, which the effects then refuse.
+        : pixelCount(LONG(std::clamp<int64_t>(int64_t(frameWidth) * frameHeight, 0, INT32_MAX))), height(frameHeight),
+          width(frameWidth)
     {
     }
     virtual ~CVideoEffect() = default;

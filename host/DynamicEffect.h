@@ -4,11 +4,14 @@
 // routine or object to the output surface. Hosts drive it as a transform with one input
 // and one output: put Index (an effect id), Params and the other properties, Setup, then
 // Execute once per frame with Progress from 0 at the first frame to 1 at the last.
+#include "effects/OldFilm.h"
+#include "effects/Puzzle.h"
 #include "effects/VideoEffect.h"
 #include "host/EffectCatalog.h"
 #include "host/EffectParams.h"
 #include "host/ExternalFilter.h"
 #include "host/IQXDynamicEffect.h"
+#include "platform/pixel/FrameMemory.h"
 #include "platform/transform/DXBaseNTo1.h"
 #include "wrap3d/4DTransform.h"
 
@@ -77,9 +80,11 @@ private:
     HRESULT setupVideoEffect(LONG id, LONG width, LONG height);
     HRESULT setupSceneClient(LONG id, LONG width, LONG height);
     HRESULT setupFrameRoutine(LONG id);
-    HRESULT dispatchFrame(const EffectDescriptor& effect, uint32_t* frame, LONG width, LONG height,
+    HRESULT dispatchFrame(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
                           transform::SurfaceLock& output);
-    HRESULT runFrameRoutine(const EffectDescriptor& effect, uint32_t* frame, LONG width, LONG height,
+    HRESULT runFrameRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
+                            transform::SurfaceLock& output);
+    HRESULT runImageRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
                             transform::SurfaceLock& output);
     void* routineState(LONG id);
 
@@ -96,7 +101,8 @@ private:
     float fps = 25.0f;
     LONG quality = 0;
     int64_t duration = 0;  // units of 100 ns
-    std::unique_ptr<std::array<float, 4>> filmState;
+    PuzzleFrames puzzleFrames;
+    std::unique_ptr<FilmState> filmState;
     com::ComPtr<IUnknown> externalObject;
     com::ComPtr<IExternalFilter> externalFilter;
 };

@@ -1,6 +1,11 @@
 #include "host/EffectCatalog.h"
 
+#include "effects/ColorEffects.h"
+#include "effects/ColorKey.h"
+#include "effects/Fades.h"
+#include "effects/OldFilm.h"
 #include "effects/PanZoom.h"
+#include "effects/Puzzle.h"
 #include "host/ExternalFilter.h"
 
 namespace qx {
@@ -14,17 +19,17 @@ const std::array<EffectDescriptor, kEffectTableSize> EffectTable{{
     {4, 105, PanTopToBottomFrame, nullptr, 1, 0},
     {5, 106, PanBottomToTopFrame, nullptr, 1, 0},
     {6, 107, FreeMoveFrame, nullptr, 1, 0},
-    {7, 108, nullptr, nullptr, 1, 0},
-    {8, 109, nullptr, nullptr, 1, 0},
-    {9, 110, nullptr, nullptr, 1, 1},
+    {7, 108, FadeInFrame, nullptr, 1, 0},
+    {8, 109, FadeOutFrame, nullptr, 1, 0},
+    {9, 110, nullptr, OldFilmImage, 1, 1},
     {2000, 114, nullptr, nullptr, 0, 1},
-    {10, 111, nullptr, nullptr, 0, 1},
-    {11, 112, nullptr, nullptr, 0, 1},
-    {13, 125, nullptr, nullptr, 0, 1},
-    {14, 126, nullptr, nullptr, 0, 1},
-    {12, 113, nullptr, nullptr, 0, 1},
+    {10, 111, nullptr, SpectrumImage, 0, 1},
+    {11, 112, nullptr, ColorizeImage, 0, 1},
+    {13, 125, nullptr, SaturationUpImage, 0, 1},
+    {14, 126, nullptr, SaturationDownImage, 0, 1},
+    {12, 113, PuzzleFrame, nullptr, 0, 1},
     {2001, 118, nullptr, nullptr, 1, 1},
-    {15, 0, nullptr, nullptr, 0, 1},
+    {15, 0, ColorKeyFrame, nullptr, 0, 1},
     {5002, 115, nullptr, nullptr, 1, 1},
     {5000, 116, nullptr, nullptr, 1, 1},
     {5003, 0, nullptr, nullptr, 0, 2},

@@ -5,11 +5,13 @@
 #include "host/VideoEffectFactory.h"
 #include "platform/com/ClassRegistry.h"
 #include "platform/draw2d/Bitmap.h"
+#include "platform/imaging/BitmapHandle.h"
 #include "platform/os/CRuntime.h"
 #include "platform/pixel/FrameMemory.h"
 #include "wrap3d/SceneBridge.h"
 
 #include <ctime>
+#include <new>
 
 namespace qx {
 
@@ -88,14 +90,18 @@ HRESULT CQXDynamicEffect::setupFrameRoutine(LONG id)
 {
     // Every Setup of a pixel effect starts a new random sequence.
     os::srand(uint32_t(std::time(nullptr)));
-    if (id == effect_id::kOldFilm) {
-        filmState = std::make_unique<std::array<float, 4>>();
+    try {
+        if (id == effect_id::kPuzzle) puzzleFrames = BuildPuzzleFrames(params[0], params[1], params[2]);
+        if (id == effect_id::kOldFilm) filmState = std::make_unique<FilmState>();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
     }
     return S_OK;
 }
 
 void* CQXDynamicEffect::routineState(LONG id)
 {
+    if (id == effect_id::kPuzzle) return &puzzleFrames;
     if (id == effect_id::kOldFilm) return filmState.get();
     if (id == effect_id::kExternalFilter) return this;
     return nullptr;
@@ -117,46 +123,69 @@ HRESULT CQXDynamicEffect::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, 
     input->UnpackRect(packedRect(frame.get(), width, height));
     const EffectDescriptor* effect = currentEffect();
     if (!effect) return S_OK;
-    return dispatchFrame(*effect, frame.get(), width, height, *output);
+    return dispatchFrame(*effect, std::move(frame), width, height, *output);
     // The output lock is released before the input lock, in reverse order of taking.
 }
 
-HRESULT CQXDynamicEffect::dispatchFrame(const EffectDescriptor& effect, uint32_t* frame, LONG width, LONG height,
+HRESULT CQXDynamicEffect::dispatchFrame(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
                                         SurfaceLock& output)
 {
     const float progress = this->progress();
     if (isVideoEffect(effect.id) && videoEffect) {
         FrameBuffer result = allocateFrame(width, height);
         if (!result) return E_FAIL;
-        videoEffect->ProcessFrame(frame, result.get(), progress);
+        videoEffect->ProcessFrame(frame.get(), result.get(), progress);
         output.PackRect(packedRect(result.get(), width, height));
         return S_OK;
     }
     if (isSceneEffect(effect.id) || effect.id == effect_id::kVectorAnimation) {
         if (sceneClient && isSceneEffect(effect.id)) {
-            sceneClient->frame = frame;
+            sceneClient->frame = frame.get();
             sceneClient->firstImage = nullptr;
             sceneClient->secondImage = nullptr;
             sceneClient->progress = progress;
             sceneClient->Process();
         }
-        output.PackRect(packedRect(frame, width, height));
+        output.PackRect(packedRect(frame.get(), width, height));
         return S_OK;
     }
-    if (effect.frameRoutine) return runFrameRoutine(effect, frame, width, height, output);
+    if (effect.frameRoutine) return runFrameRoutine(effect, std::move(frame), width, height, output);
+    if (effect.imageRoutine) return runImageRoutine(effect, std::move(frame), width, height, output);
     return S_OK;  // nothing computes this effect: the output is left unwritten
 }
 
-HRESULT CQXDynamicEffect::runFrameRoutine(const EffectDescriptor& effect, uint32_t* frame, LONG width, LONG height,
+HRESULT CQXDynamicEffect::runFrameRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
                                           SurfaceLock& output)
 {
-    draw2d::Bitmap bitmap(width, height, width * 4, frame);
+    draw2d::Bitmap bitmap(width, height, width * 4, frame.get());
     if (bitmap.status() != draw2d::Status::Ok) return S_OK;
     effect.frameRoutine(bitmap, progress(), params.data(), paramCount, routineState(effect.id));
     draw2d::BitmapData bits;
     if (bitmap.lockBits(bits) != draw2d::Status::Ok || !bits.scan0) return E_FAIL;
     output.PackRect(packedRect(bits.scan0, width, height));
     bitmap.unlockBits();
+    return S_OK;
+}
+
+// The frame goes to the routine as a bitmap handle built from a DIB header with a
+// positive height: the top-down frame is declared bottom-up, so the routine sees it
+// upside down, and the way back through the DIB block turns it over again.
+HRESULT CQXDynamicEffect::runImageRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
+                                          SurfaceLock& output)
+{
+    imaging::BitmapHandle handle;
+    const size_t bytes = size_t(width) * size_t(height) * sizeof(uint32_t);
+    const auto* bits = reinterpret_cast<const uint8_t*>(frame.get());
+    if (handle.loadDib(imaging::frameDibHeader(width, height), {bits, bytes}) != 1) return E_FAIL;
+    frame.reset();  // the handle has its own copy
+    effect.imageRoutine(&handle, double(progress()), params.data(), paramCount, routineState(effect.id));
+    // The DIB block's rows, in its memory order, are the frame's rows: they are packed
+    // straight from the handle, without making the block.
+    if (handle.width() != width || handle.height() != height) return E_FAIL;
+    for (LONG y = 0; y < height; ++y) {
+        const auto row = handle.dibRow(y);
+        output.PackRect({const_cast<uint32_t*>(row.data()), false, {0, y, width, y + 1}, 0});
+    }
     return S_OK;
 }
 

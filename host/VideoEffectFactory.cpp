@@ -1,11 +1,23 @@
 #include "host/VideoEffectFactory.h"
 
+#include "effects/VideoAgging.h"
+#include "effects/VideoRipple.h"
+#include "host/EffectCatalog.h"
+
 namespace qx {
 
-bool CreateVideoEffect(LONG, LONG, std::unique_ptr<CVideoEffect>&, LONG)
+bool CreateVideoEffect(LONG width, LONG height, std::unique_ptr<CVideoEffect>& slot, LONG id)
 {
-    // Old film 2 and the water drops join here when their classes are part of the build.
-    return false;
+    switch (id) {
+    case effect_id::kOldFilm2:
+        slot = std::make_unique<CVideoAgging>(width, height);
+        return true;
+    case effect_id::kWaterDrops:
+        slot = std::make_unique<CVideoRipple>(width, height);
+        return true;
+    default:
+        return false;
+    }
 }
 
 }  // namespace qx

@@ -64,5 +64,29 @@ BENCHMARK(BM_FreeMoveFrame)->Unit(benchmark::kMillisecond);
 void BM_PassThroughFrame(benchmark::State& state) { runEffect(state, 5000, u""); }
 BENCHMARK(BM_PassThroughFrame)->Unit(benchmark::kMillisecond);
 
+// Each catalogue effect computed on pixels, with its default parameters.
+void BM_FadeInFrame(benchmark::State& state) { runEffect(state, 7, u"255;"); }
+BENCHMARK(BM_FadeInFrame)->Unit(benchmark::kMillisecond);
+void BM_FadeOutFrame(benchmark::State& state) { runEffect(state, 8, u"0;"); }
+BENCHMARK(BM_FadeOutFrame)->Unit(benchmark::kMillisecond);
+void BM_ColorKeyFrame(benchmark::State& state) { runEffect(state, 15, u"3153936;16;"); }
+BENCHMARK(BM_ColorKeyFrame)->Unit(benchmark::kMillisecond);
+void BM_SpectrumImage(benchmark::State& state) { runEffect(state, 10, u""); }
+BENCHMARK(BM_SpectrumImage)->Unit(benchmark::kMillisecond);
+void BM_ColorizeImage(benchmark::State& state) { runEffect(state, 11, u""); }
+BENCHMARK(BM_ColorizeImage)->Unit(benchmark::kMillisecond);
+void BM_SaturationUpImage(benchmark::State& state) { runEffect(state, 13, u""); }
+BENCHMARK(BM_SaturationUpImage)->Unit(benchmark::kMillisecond);
+void BM_SaturationDownImage(benchmark::State& state) { runEffect(state, 14, u""); }
+BENCHMARK(BM_SaturationDownImage)->Unit(benchmark::kMillisecond);
+void BM_PuzzleFrame(benchmark::State& state) { runEffect(state, 12, u"4;3;12;0;"); }
+BENCHMARK(BM_PuzzleFrame)->Unit(benchmark::kMillisecond);
+void BM_OldFilmImage(benchmark::State& state) { runEffect(state, 9, u"20;5;10;30;30;50;20;0;2;"); }
+BENCHMARK(BM_OldFilmImage)->Unit(benchmark::kMillisecond);
+void BM_OldFilm2Frame(benchmark::State& state) { runEffect(state, 2000, u""); }
+BENCHMARK(BM_OldFilm2Frame)->Unit(benchmark::kMillisecond);
+void BM_WaterDropsFrame(benchmark::State& state) { runEffect(state, 2001, u"1;"); }
+BENCHMARK(BM_WaterDropsFrame)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 }  // namespace qx

@@ -1,9 +1,10 @@
 #include "platform/draw2d/Graphics.h"
 
-#include "platform/draw2d/Resample.h"
+#include "platform/draw2d/Blend.h"
 #include "platform/pixel/Alpha.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -28,54 +29,55 @@ void fill(Bitmap& bitmap, uint32_t sample)
     for (int y = 0; y < bitmap.height(); ++y) std::ranges::fill(bitmap.row(y), sample);
 }
 
-// x * a / 255 for the four channels of a sample at once, two per 32-bit lane pair.
-inline uint32_t scaleSample(uint32_t s, uint32_t a)
-{
-    const auto half = [a](uint32_t lanes) {
-        const uint32_t t = lanes * a + 0x00800080u;
-        return ((t + ((t >> 8) & 0x00FF00FFu)) >> 8) & 0x00FF00FFu;
-    };
-    return half(s & 0x00FF00FFu) | half((s >> 8) & 0x00FF00FFu) << 8;
-}
-
-// Source-over of a premultiplied sample with coverage `cover` (0..255).
-inline uint32_t over(uint32_t destination, uint32_t source, uint32_t cover)
-{
-    if (cover != 255) source = scaleSample(source, cover);
-    return source + scaleSample(destination, 255 - (source >> 24));
-}
-
-// Where an edge of the destination cuts pixels, the part of each pixel it covers.
+// Where the edges of a destination cut pixels along one axis: the pixels touched and the
+// part of each that is covered, 0..255.
 struct Coverage {
     int first = 0;
     int end = 0;  // one past the last pixel touched
     double from = 0.0;
     double to = 0.0;
 
-    Coverage(double a, double b, int limit)
-        : from(std::min(a, b)), to(std::max(a, b))
+    Coverage(double a, double b, int limit) : from(std::min(a, b)), to(std::max(a, b))
     {
         first = int(std::clamp(std::floor(from), 0.0, double(limit)));
         end = int(std::clamp(std::ceil(to), 0.0, double(limit)));
     }
+    bool empty() const { return first >= end; }
     bool coversAll(int limit) const { return from <= 0.0 && to >= limit; }
-    uint32_t at(int i) const
+    uint8_t at(int i) const
     {
         const double part = std::min<double>(i + 1, to) - std::max<double>(i, from);
-        return uint32_t(std::lround(std::clamp(part, 0.0, 1.0) * 255.0));
+        return uint8_t(std::lround(std::clamp(part, 0.0, 1.0) * 255.0));
     }
 };
 
-// The premultiplied samples of an image draw: an opaque image is used in place.
+bool keyed(uint32_t sample, const ImageAttributes& attributes)
+{
+    const Color c{sample};
+    const Color& lo = attributes.keyLow;
+    const Color& hi = attributes.keyHigh;
+    return c.red() >= lo.red() && c.red() <= hi.red() && c.green() >= lo.green() && c.green() <= hi.green() &&
+           c.blue() >= lo.blue() && c.blue() <= hi.blue();
+}
+
+// The premultiplied samples of an image draw, with the colour key applied. An opaque image
+// without a key is used in place.
 class PremultipliedSource {
 public:
-    explicit PremultipliedSource(const Bitmap& image)
+    PremultipliedSource(const Bitmap& image, const ImageAttributes* key)
         : grid_{image.data(), image.width(), image.height(), image.pitch()}
     {
-        if (image.opaque()) return;
+        if (!key && image.opaque()) return;
         copy_.resize(size_t(image.width()) * size_t(image.height()));
         for (int y = 0; y < image.height(); ++y) {
-            pixel::premultiply(image.row(y), std::span(copy_).subspan(size_t(y) * size_t(image.width())));
+            const auto in = image.row(y);
+            const auto out = std::span(copy_).subspan(size_t(y) * size_t(image.width()), in.size());
+            pixel::premultiply(in, out);
+            if (key) {
+                for (size_t x = 0; x < in.size(); ++x) {
+                    if (keyed(in[x], *key)) out[x] = 0;
+                }
+            }
         }
         grid_ = {copy_.data(), image.width(), image.height(), image.width()};
     }
@@ -85,6 +87,28 @@ private:
     std::vector<uint32_t> copy_;
     SampleGrid grid_;
 };
+
+// The 8 by 8 pattern of a hatch style, a row a byte, the top bit the left pixel. Dashed
+// upward diagonal: the rising diagonal of each cell, drawn over half its length.
+constexpr std::array<uint8_t, 8> kDashedUpwardDiagonal = {0x00, 0x00, 0x00, 0x00, 0x10, 0x20, 0x40, 0x80};
+
+CairoPattern hatchPattern(const HatchBrush& brush)
+{
+    CairoSurface cell(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 8, 8));
+    cairo_surface_flush(cell.get());
+    auto* data = reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(cell.get()));
+    const int pitch = cairo_image_surface_get_stride(cell.get()) / 4;
+    const uint32_t fore = premultipliedColor(brush.foreground);
+    const uint32_t back = premultipliedColor(brush.background);
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x) data[y * pitch + x] = (kDashedUpwardDiagonal[size_t(y)] >> (7 - x)) & 1 ? fore : back;
+    }
+    cairo_surface_mark_dirty(cell.get());
+    CairoPattern pattern(cairo_pattern_create_for_surface(cell.get()));
+    cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_REPEAT);
+    cairo_pattern_set_filter(pattern.get(), CAIRO_FILTER_NEAREST);
+    return pattern;
+}
 
 }  // namespace
 
@@ -146,6 +170,12 @@ void Graphics::flushCairo()
     surface_.reset();
 }
 
+Status Graphics::setCompositingMode(CompositingMode mode)
+{
+    mode_ = mode;
+    return status_;
+}
+
 Status Graphics::clear(Color color)
 {
     if (status_ != Status::Ok) return status_;
@@ -157,25 +187,35 @@ Status Graphics::clear(Color color)
 
 Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const RectF& source)
 {
+    return drawImage(image, destination, source, nullptr);
+}
+
+Status Graphics::drawImage(const Bitmap& image, const RectF& destination)
+{
+    return drawImage(image, destination, RectF{0.0f, 0.0f, float(image.width()), float(image.height())}, nullptr);
+}
+
+Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const RectF& source,
+                           const ImageAttributes* attributes)
+{
     if (status_ != Status::Ok) return status_;
     if (image.status() != Status::Ok || !finite(destination) || !finite(source)) return Status::InvalidParameter;
     if (destination.Width == 0.0f || destination.Height == 0.0f || source.Width == 0.0f || source.Height == 0.0f) {
         return Status::Ok;  // nothing to cover
     }
-    const int width = target_.width();
-    const int height = target_.height();
-    const Coverage across(destination.X, double(destination.X) + destination.Width, width);
-    const Coverage down(destination.Y, double(destination.Y) + destination.Height, height);
-    if (across.first >= across.end || down.first >= down.end) return Status::Ok;
-
     // The maps take destination pixels to source pixels; a negative size mirrors.
     const double scaleX = double(source.Width) / destination.Width;
     const double scaleY = double(source.Height) / destination.Height;
     const AxisMap mapX{scaleX, source.X - destination.X * scaleX};
     const AxisMap mapY{scaleY, source.Y - destination.Y * scaleY};
+    const int width = target_.width();
+    const int height = target_.height();
+    const bool coversAll = Coverage(destination.X, double(destination.X) + destination.Width, width).coversAll(width) &&
+                           Coverage(destination.Y, double(destination.Y) + destination.Height, height).coversAll(height);
+    const ImageAttributes* key = attributes && attributes->colorKeyEnabled ? attributes : nullptr;
     flushCairo();
 
-    if (image.opaque() && across.coversAll(width) && down.coversAll(height)) {
+    if (coversAll && !key && image.opaque()) {
         // Every pixel gets an opaque sample: the old contents, cleared or not, go.
         Resampler resampler({image.data(), image.width(), image.height(), image.pitch()}, mapX, mapY,
                             {0, width, 0, height});
@@ -183,27 +223,119 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
         content_ = Content::Opaque;
         return Status::Ok;
     }
-
+    const PremultipliedSource premultiplied(image, key);
+    const bool overNothing = content_ == Content::Cleared && clearColor_.alpha() == 0;
+    if (coversAll && (mode_ == CompositingMode::SourceCopy || overNothing)) {
+        // Every pixel takes the source sample as it stands.
+        Resampler resampler(premultiplied.grid(), mapX, mapY, {0, width, 0, height});
+        for (int y = 0; y < height; ++y) resampler.row(y, target_.row(y));
+        content_ = Content::Premultiplied;
+        return Status::Ok;
+    }
     premultiplyContent();
-    const PremultipliedSource premultiplied(image);
-    Resampler resampler(premultiplied.grid(), mapX, mapY, {across.first, across.end, down.first, down.end});
-    std::vector<uint32_t> samples(size_t(across.end - across.first));
+    compositeImage(premultiplied.grid(), mapX, mapY, destination);
+    return Status::Ok;
+}
+
+void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY,
+                              const RectF& destination)
+{
+    const Coverage across(destination.X, double(destination.X) + destination.Width, target_.width());
+    const Coverage down(destination.Y, double(destination.Y) + destination.Height, target_.height());
+    if (across.empty() || down.empty()) return;
+    const size_t columns = size_t(across.end - across.first);
+    std::vector<uint8_t> columnCover(columns);
+    for (size_t i = 0; i < columns; ++i) columnCover[i] = across.at(across.first + int(i));
+    std::vector<uint8_t> cover(columns);
+    std::vector<uint32_t> samples(columns);
+    Resampler resampler(source, mapX, mapY, {across.first, across.end, down.first, down.end});
     for (int y = down.first; y < down.end; ++y) {
         resampler.row(y, samples);
         const uint32_t rowCover = down.at(y);
-        auto targetRow = target_.row(y).subspan(size_t(across.first));
-        for (int x = across.first; x < across.end; ++x) {
-            const uint32_t cover = (rowCover * across.at(x) + 127) / 255;
-            uint32_t& pixel = targetRow[size_t(x - across.first)];
-            pixel = over(pixel, samples[size_t(x - across.first)], cover);
+        for (size_t i = 0; i < columns; ++i) cover[i] = uint8_t((rowCover * columnCover[i] + 127) / 255);
+        blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples, cover,
+                     mode_ == CompositingMode::SourceCopy);
+    }
+}
+
+Status Graphics::fillRectangle(Color color, int x, int y, int width, int height)
+{
+    if (status_ != Status::Ok) return status_;
+    const int x0 = std::clamp(x, 0, target_.width());
+    const int x1 = std::clamp(int(std::min<int64_t>(int64_t(x) + width, target_.width())), x0, target_.width());
+    const int y0 = std::clamp(y, 0, target_.height());
+    const int y1 = std::clamp(int(std::min<int64_t>(int64_t(y) + height, target_.height())), y0, target_.height());
+    if (x0 == x1 || y0 == y1) return Status::Ok;
+    flushCairo();
+    premultiplyContent();
+    const uint32_t sample = premultipliedColor(color);
+    for (int row = y0; row < y1; ++row) {
+        const auto span = target_.row(row).subspan(size_t(x0), size_t(x1 - x0));
+        if (mode_ == CompositingMode::SourceCopy) {
+            std::ranges::fill(span, sample);
+        } else {
+            blendColor(span, sample);
         }
     }
     return Status::Ok;
 }
 
-Status Graphics::drawImage(const Bitmap& image, const RectF& destination)
+Status Graphics::stroke(const Pen& pen)
 {
-    return drawImage(image, destination, RectF{0.0f, 0.0f, float(image.width()), float(image.height())});
+    cairo_t* cr = context_.get();
+    CairoPattern hatch;
+    if (pen.brush) {
+        hatch = hatchPattern(*pen.brush);
+        cairo_set_source(cr, hatch.get());
+    } else {
+        const Color c = pen.color;
+        cairo_set_source_rgba(cr, c.red() / 255.0, c.green() / 255.0, c.blue() / 255.0, c.alpha() / 255.0);
+    }
+    cairo_set_operator(cr, mode_ == CompositingMode::SourceCopy ? CAIRO_OPERATOR_SOURCE : CAIRO_OPERATOR_OVER);
+    cairo_set_line_width(cr, pen.width);
+    cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);  // a new context draws without smoothing
+    cairo_stroke(cr);
+    cairo_restore(cr);
+    return cairo_status(cr) == CAIRO_STATUS_SUCCESS ? Status::Ok : Status::GenericError;
+}
+
+Status Graphics::drawLine(const Pen& pen, PointF from, PointF to)
+{
+    if (status_ != Status::Ok) return status_;
+    if (!std::isfinite(from.X) || !std::isfinite(from.Y) || !std::isfinite(to.X) || !std::isfinite(to.Y)) {
+        return Status::InvalidParameter;
+    }
+    cairo_t* cr = cairo();
+    cairo_save(cr);
+    cairo_translate(cr, 0.5, 0.5);  // pixel centres
+    cairo_move_to(cr, from.X, from.Y);
+    cairo_line_to(cr, to.X, to.Y);
+    return stroke(pen);
+}
+
+Status Graphics::drawCurve(const Pen& pen, std::span<const PointF> points, float tension)
+{
+    if (status_ != Status::Ok) return status_;
+    if (points.size() < 2 || !std::isfinite(tension)) return Status::InvalidParameter;
+    for (const auto& p : points) {
+        if (!std::isfinite(p.X) || !std::isfinite(p.Y)) return Status::InvalidParameter;
+    }
+    cairo_t* cr = cairo();
+    cairo_save(cr);
+    cairo_translate(cr, 0.5, 0.5);
+    cairo_move_to(cr, points[0].X, points[0].Y);
+    const double k = tension / 3.0;
+    const size_t last = points.size() - 1;
+    for (size_t i = 0; i < last; ++i) {
+        // The ends use themselves as their missing neighbours.
+        const PointF& before = points[i == 0 ? 0 : i - 1];
+        const PointF& from = points[i];
+        const PointF& to = points[i + 1];
+        const PointF& after = points[std::min(i + 2, last)];
+        cairo_curve_to(cr, from.X + k * (to.X - before.X), from.Y + k * (to.Y - before.Y),
+                       to.X - k * (after.X - from.X), to.Y - k * (after.Y - from.Y), to.X, to.Y);
+    }
+    return stroke(pen);
 }
 
 }  // namespace qx::draw2d

@@ -10,6 +10,9 @@
 // Shapes are drawn by Cairo on the premultiplied samples.
 #include "platform/draw2d/Bitmap.h"
 #include "platform/draw2d/CairoHandles.h"
+#include "platform/draw2d/Resample.h"
+
+#include <span>
 
 namespace qx::draw2d {
 
@@ -30,6 +33,19 @@ public:
     Status drawImage(const Bitmap& image, const RectF& destination, const RectF& source);
     /// Draws the whole of `image` into `destination`.
     Status drawImage(const Bitmap& image, const RectF& destination);
+    /// The same with image attributes (a colour key), applied to the source samples.
+    Status drawImage(const Bitmap& image, const RectF& destination, const RectF& source,
+                     const ImageAttributes* attributes);
+
+    Status setCompositingMode(CompositingMode mode);
+    /// Fills whole pixels of the rectangle with `color`, blended by its alpha.
+    Status fillRectangle(Color color, int x, int y, int width, int height);
+    /// Strokes a line; coordinates name pixel centres, so a one-wide line at an integer
+    /// x covers exactly that column.
+    Status drawLine(const Pen& pen, PointF from, PointF to);
+    /// Strokes a cardinal spline through `points`: each segment is a Bezier curve whose
+    /// control points lie `tension` / 3 of the neighbouring chord away from its ends.
+    Status drawCurve(const Pen& pen, std::span<const PointF> points, float tension);
 
 private:
     // What the bitmap's samples hold now.
@@ -46,7 +62,11 @@ private:
     /// Ends Cairo's hold on the samples before they are written directly.
     void flushCairo();
 
+    Status stroke(const Pen& pen);
+    void compositeImage(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY, const RectF& destination);
+
     Bitmap& target_;
+    CompositingMode mode_ = CompositingMode::SourceOver;
     Content content_ = Content::Straight;
     Color clearColor_;
     CairoSurface surface_;

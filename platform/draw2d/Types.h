@@ -42,4 +42,42 @@ struct Color {
     constexpr uint32_t blue() const { return argb & 0xFF; }
 };
 
+
+/// How drawn samples meet the old ones: blended over them, or replacing them.
+enum class CompositingMode { SourceOver, SourceCopy };
+
+/// Hatch patterns by their numbers.
+enum class HatchStyle : int {
+    DashedUpwardDiagonal = 32,
+};
+
+/// A two-colour 8 by 8 pattern.
+struct HatchBrush {
+    HatchStyle style = HatchStyle::DashedUpwardDiagonal;
+    Color foreground;
+    Color background;
+};
+
+/// A pen draws with a solid colour or with a hatch brush.
+struct Pen {
+    Color color;
+    float width = 1.0f;
+    const HatchBrush* brush = nullptr;  // when set, the pen paints with it instead of `color`
+};
+
+/// Image attributes of a draw: an optional colour key. Source samples whose red, green and
+/// blue all lie within the inclusive ranges of `keyLow` to `keyHigh` become transparent.
+struct ImageAttributes {
+    bool colorKeyEnabled = false;
+    Color keyLow;
+    Color keyHigh;
+
+    void SetColorKey(Color low, Color high)
+    {
+        colorKeyEnabled = true;
+        keyLow = low;
+        keyHigh = high;
+    }
+};
+
 }  // namespace qx::draw2d

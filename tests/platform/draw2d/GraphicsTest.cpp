@@ -103,3 +103,125 @@ TEST(Graphics, NonFiniteOrEmptyRectanglesDrawNothing)
 
 }  // namespace
 }  // namespace qx::draw2d
+
+namespace qx::draw2d {
+namespace {
+
+void paint(Bitmap& bitmap, uint32_t sample)
+{
+    for (int y = 0; y < bitmap.height(); ++y) std::ranges::fill(bitmap.row(y), sample);
+}
+
+TEST(GraphicsFill, BlendsByAlphaAndClipsToTheBitmap)
+{
+    Bitmap target(4, 2);
+    paint(target, 0xFF000000u);
+    {
+        Graphics graphics(target);
+        EXPECT_EQ(graphics.fillRectangle(Color{0x80FFFFFFu}, -3, 1, 5, 100), Status::Ok);
+    }
+    EXPECT_EQ(target.row(0)[0], 0xFF000000u);
+    EXPECT_EQ(target.row(1)[1] >> 24, 255u);
+    EXPECT_NEAR(int(target.row(1)[1] & 0xFF), 128, 1);
+    EXPECT_EQ(target.row(1)[2], 0xFF000000u);  // past the rectangle's right edge
+}
+
+TEST(GraphicsFill, SourceCopyReplacesAlphaToo)
+{
+    Bitmap target(2, 1);
+    paint(target, 0xFFFFFFFFu);
+    {
+        Graphics graphics(target);
+        graphics.setCompositingMode(CompositingMode::SourceCopy);
+        graphics.fillRectangle(Color{0x40102030u}, 0, 0, 1, 1);
+    }
+    EXPECT_EQ(target.row(0)[0] >> 24, 0x40u);
+    EXPECT_NEAR(int((target.row(0)[0] >> 16) & 0xFF), 0x10, 2);
+    EXPECT_EQ(target.row(0)[1], 0xFFFFFFFFu);
+}
+
+TEST(GraphicsColorKey, KeyedSamplesBecomeTransparentWithInclusiveBounds)
+{
+    Bitmap image(4, 1);
+    const uint32_t samples[] = {0xFF0A1420u, 0xFF0B1420u, 0xFF0C1420u, 0xFF808080u};
+    std::ranges::copy(samples, image.row(0).begin());
+    Bitmap target(4, 1);
+    ImageAttributes attributes;
+    attributes.SetColorKey(Color{0xFF0A1420u}, Color{0xFF0B1420u});
+    {
+        Graphics graphics(target);
+        graphics.clear(Color{0});
+        graphics.drawImage(image, {0, 0, 4, 1}, {0, 0, 4, 1}, &attributes);
+    }
+    EXPECT_EQ(target.row(0)[0], 0u);
+    EXPECT_EQ(target.row(0)[1], 0u);
+    EXPECT_EQ(target.row(0)[2], 0xFF0C1420u);
+    EXPECT_EQ(target.row(0)[3], 0xFF808080u);
+}
+
+int paintedColumns(const Bitmap& bitmap, int y)
+{
+    int count = 0;
+    for (const uint32_t sample : bitmap.row(y)) count += sample != 0xFF000000u;
+    return count;
+}
+
+TEST(GraphicsStroke, AOneWideLineAtAnIntegerColumnCoversThatColumn)
+{
+    Bitmap target(8, 6);
+    paint(target, 0xFF000000u);
+    {
+        Graphics graphics(target);
+        graphics.drawLine(Pen{Color{0xFFFFFFFFu}, 1.0f, nullptr}, {3.0f, 0.0f}, {3.0f, 6.0f});
+    }
+    for (int y = 0; y < 6; ++y) {
+        EXPECT_EQ(target.row(y)[3], 0xFFFFFFFFu) << y;
+        EXPECT_EQ(paintedColumns(target, y), 1) << y;
+    }
+}
+
+TEST(GraphicsStroke, HatchPenPaintsBothColoursOfItsPattern)
+{
+    const HatchBrush brush{HatchStyle::DashedUpwardDiagonal, Color{0xFFFFFFFFu}, Color{0xFF0000FFu}};
+    Bitmap target(4, 16);
+    paint(target, 0xFF000000u);
+    {
+        Graphics graphics(target);
+        graphics.drawLine(Pen{Color{}, 1.0f, &brush}, {1.0f, 0.0f}, {1.0f, 16.0f});
+    }
+    int white = 0;
+    int blue = 0;
+    for (int y = 0; y < 16; ++y) {
+        white += target.row(y)[1] == 0xFFFFFFFFu;
+        blue += target.row(y)[1] == 0xFF0000FFu;
+    }
+    EXPECT_GT(white, 0);
+    EXPECT_GT(blue, 0);
+    EXPECT_EQ(white + blue, 16);
+}
+
+TEST(GraphicsStroke, CardinalCurvePassesThroughItsPoints)
+{
+    Bitmap target(40, 40);
+    paint(target, 0xFF000000u);
+    const PointF points[] = {{5, 5}, {20, 30}, {35, 8}};
+    {
+        Graphics graphics(target);
+        EXPECT_EQ(graphics.drawCurve(Pen{Color{0xFFFFFFFFu}, 1.0f, nullptr}, points, 0.5f), Status::Ok);
+        EXPECT_EQ(graphics.drawCurve(Pen{Color{0xFFFFFFFFu}, 1.0f, nullptr}, std::span(points, 1), 0.5f),
+                  Status::InvalidParameter);
+    }
+    // Through each point: the middle one exactly, the ends up to their caps.
+    EXPECT_NE(target.row(30)[20], 0xFF000000u);
+    for (const auto& p : {points[0], points[2]}) {
+        int painted = 0;
+        for (int dy = -1; dy <= 1; ++dy) {
+            for (int dx = -1; dx <= 1; ++dx) painted += target.row(int(p.Y) + dy)[size_t(p.X) + size_t(dx)] != 0xFF000000u;
+        }
+        EXPECT_GT(painted, 0) << p.X << "," << p.Y;
+    }
+    EXPECT_EQ(target.row(38)[2], 0xFF000000u);
+}
+
+}  // namespace
+}  // namespace qx::draw2d

@@ -1,0 +1,16 @@
+#pragma once
+// Per-row blending of premultiplied samples, the inner loops of fills and image draws.
+#include <cstdint>
+#include <span>
+
+namespace qx::draw2d {
+
+/// Source-over of one premultiplied colour on every sample of `row`.
+void blendColor(std::span<uint32_t> row, uint32_t color);
+
+/// Each sample of `samples` onto `row` with its coverage (0..255): source-over, or with
+/// `copy` a replacement weighted by coverage.
+void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
+                  bool copy);
+
+}  // namespace qx::draw2d

@@ -1,0 +1,123 @@
+#include "platform/imaging/ColorOps.h"
+
+#include "platform/imaging/Samples.h"
+
+#include <array>
+
+namespace qx::imaging {
+namespace {
+
+/// Share of the hexcone's range that channel `sextantOffset` (5 red, 3 green, 1 blue)
+/// loses at hue `hue` (in sextants, 0..6): the piecewise-linear HSV-to-RGB curve.
+inline float hexconeDrop(float sextantOffset, float hue)
+{
+    float k = sextantOffset + hue;
+    k = k >= 6.0f ? k - 6.0f : k;
+    const float nearest = std::min(k, 4.0f - k);
+    const float low = nearest < 0.0f ? 0.0f : nearest;
+    return low > 1.0f ? 1.0f : low;
+}
+
+/// One sample with its hue moved by `shift` sextants (0..6). Value (the largest channel)
+/// and chroma (largest minus smallest) stay, so greys are untouched.
+inline uint32_t rotateHue(uint32_t sample, float shift)
+{
+    const float red = float(redOf(sample));
+    const float green = float(greenOf(sample));
+    const float blue = float(blueOf(sample));
+    const float value = std::max(red, std::max(green, blue));
+    const float chroma = value - std::min(red, std::min(green, blue));
+    // Chroma is a whole number; when it is 0 every difference below is 0 too, so
+    // dividing by 1 instead keeps the loop free of branches.
+    const float inverse = 1.0f / std::max(chroma, 1.0f);
+    float hue = value == red     ? (green - blue) * inverse
+                : value == green ? (blue - red) * inverse + 2.0f
+                                 : (red - green) * inverse + 4.0f;
+    hue += shift;
+    hue = hue < 0.0f ? hue + 6.0f : hue;
+    hue = hue >= 6.0f ? hue - 6.0f : hue;
+    return withChannels(sample, roundChannel(value - chroma * hexconeDrop(5.0f, hue)),
+                        roundChannel(value - chroma * hexconeDrop(3.0f, hue)),
+                        roundChannel(value - chroma * hexconeDrop(1.0f, hue)));
+}
+
+/// Maps blue, green and red of every sample through one table.
+void mapChannels(BitmapHandle& bitmap, const std::array<uint8_t, 256>& table)
+{
+    for (uint32_t& sample : bitmap.pixels()) {
+        sample = withChannels(sample, table[size_t(redOf(sample))], table[size_t(greenOf(sample))],
+                              table[size_t(blueOf(sample))]);
+    }
+}
+
+}  // namespace
+
+bool changeHue(BitmapHandle& bitmap, int32_t degrees)
+{
+    if (bitmap.isNull())
+        return false;
+    const int32_t turn = (degrees % 360 + 360) % 360;
+    const float shift = float(turn) / 60.0f;
+    for (uint32_t& sample : bitmap.pixels())
+        sample = rotateHue(sample, shift);
+    return true;
+}
+
+bool changeSaturation(BitmapHandle& bitmap, int32_t change)
+{
+    if (bitmap.isNull())
+        return false;
+    // Distance from the grey scaled by (1000 + change) / 1000, in 16-bit fixed point:
+    // 65536 at 0 keeps every channel exactly, 0 at -1000 leaves only the luma.
+    const int32_t factor = (1000 + std::clamp(change, -1000, 1000)) * 65536 / 1000;
+    for (uint32_t& sample : bitmap.pixels()) {
+        const int32_t red = redOf(sample);
+        const int32_t green = greenOf(sample);
+        const int32_t blue = blueOf(sample);
+        const int32_t luma = lumaOf(red, green, blue);
+        auto scaled = [&](int32_t channel) {
+            return clampChannel(luma + (((channel - luma) * factor + 32768) >> 16));
+        };
+        sample = withChannels(sample, scaled(red), scaled(green), scaled(blue));
+    }
+    return true;
+}
+
+bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32_t tintShare,
+          int32_t red, int32_t green, int32_t blue)
+{
+    if (bitmap.isNull())
+        return false;
+    const float keep = float(std::clamp(originalShare, 0, 1000)) / 1000.0f;
+    const float filter = float(std::clamp(tintShare, 0, 1000)) / 1000.0f;
+    const float lift = float(std::clamp(brightness, -1000, 1000)) * 255.0f / 1000.0f;
+    const float redGain = filter * float(std::clamp(red, 0, 1000)) / 1000.0f;
+    const float greenGain = filter * float(std::clamp(green, 0, 1000)) / 1000.0f;
+    const float blueGain = filter * float(std::clamp(blue, 0, 1000)) / 1000.0f;
+    for (uint32_t& sample : bitmap.pixels()) {
+        const int32_t r = redOf(sample);
+        const int32_t g = greenOf(sample);
+        const int32_t b = blueOf(sample);
+        const float luma = float(lumaOf(r, g, b));
+        sample = withChannels(sample, roundChannel(float(r) * keep + luma * redGain + lift),
+                              roundChannel(float(g) * keep + luma * greenGain + lift),
+                              roundChannel(float(b) * keep + luma * blueGain + lift));
+    }
+    return true;
+}
+
+bool posterize(BitmapHandle& bitmap, int32_t levels)
+{
+    if (bitmap.isNull() || levels < 2 || levels > 256)
+        return false;
+    const int32_t steps = levels - 1;
+    std::array<uint8_t, 256> table{};
+    for (int32_t value = 0; value < 256; ++value) {
+        const int32_t level = (value * steps + 127) / 255;
+        table[size_t(value)] = uint8_t((level * 255 + steps / 2) / steps);
+    }
+    mapChannels(bitmap, table);
+    return true;
+}
+
+}  // namespace qx::imaging
