@@ -10,6 +10,7 @@
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoWriter.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -90,7 +91,7 @@ std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions
     return pictures;
 }
 
-int runDemo(const DemoOptions& o)
+int renderDemo(const DemoOptions& o)
 {
     std::error_code error;
     std::filesystem::create_directories(o.outDir, error);
@@ -128,7 +129,7 @@ int runDemo(std::span<const std::string_view> args)
             std::fputs(kUsage, stdout);
             return 0;
         }
-        return runDemo(options);
+        return renderDemo(options);
     } catch (const CommandError& error) {
         std::fprintf(stderr, "qxfx demo: %s\n", error.what());
         return 1;
