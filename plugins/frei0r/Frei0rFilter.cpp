@@ -1,58 +1,50 @@
 #include "plugins/frei0r/Frei0rFilter.h"
 
-#include <charconv>
 #include <cstring>
 
 namespace qx::frei0r {
 
-std::string* Frei0rFilter::stringParam(int index)
+Frei0rFilter::Frei0rFilter(const PluginKind& kind, int width, int height)
+    : kind_(kind), width_(width), height_(height)
 {
-    switch (index) {
-    case kEffect: return &effect_;
-    case kParams: return &params_;
-    case kSource: return &source_;
-    case kDataPath: return &dataPath_;
-    default: return nullptr;
+    for (const auto& param : kind.params) {
+        values_.texts.emplace_back(param.defaultText);
+        values_.numbers.push_back(param.defaultNumber);
     }
 }
 
-double* Frei0rFilter::doubleParam(int index)
+bool Frei0rFilter::isText(int index) const { return kind_.params[size_t(index)].type == F0R_PARAM_STRING; }
+
+// Progress and the time unit are read at every frame; everything else at Setup.
+bool Frei0rFilter::reachesSetup(int index) const
 {
-    switch (index) {
-    case kProgress: return &progress_;
-    case kDuration: return &duration_;
-    case kMilliseconds: return &milliseconds_;
-    default: return nullptr;
-    }
+    return index != kind_.progressIndex && index != kind_.millisecondsIndex;
 }
 
-void Frei0rFilter::setDouble(int index, double value)
+void Frei0rFilter::setNumber(int index, double value)
 {
     std::lock_guard guard(lock_);
-    double* field = doubleParam(index);
-    if (!field || *field == value) return;
-    *field = value;
-    // The span reaches the effect at Setup; progress and the time unit are read per frame.
-    if (index == kDuration) changed_ = true;
+    if (isText(index) || values_.numbers[size_t(index)] == value) return;
+    values_.numbers[size_t(index)] = value;
+    changed_ = changed_ || reachesSetup(index);
 }
 
-void Frei0rFilter::setString(int index, const char* text)
+void Frei0rFilter::setText(int index, const char* text)
 {
     std::lock_guard guard(lock_);
-    std::string* field = stringParam(index);
     const std::string value = text ? text : "";
-    if (!field || *field == value) return;
-    *field = value;
+    if (!isText(index) || values_.texts[size_t(index)] == value) return;
+    values_.texts[size_t(index)] = value;
     changed_ = true;
 }
 
 void Frei0rFilter::getValue(int index, void* param)
 {
     std::lock_guard guard(lock_);
-    if (const std::string* text = stringParam(index)) {
-        *static_cast<const char**>(param) = text->c_str();
-    } else if (const double* value = doubleParam(index)) {
-        *static_cast<double*>(param) = *value;
+    if (isText(index)) {
+        *static_cast<const char**>(param) = values_.texts[size_t(index)].c_str();
+    } else {
+        *static_cast<double*>(param) = values_.numbers[size_t(index)];
     }
 }
 
@@ -62,15 +54,10 @@ void Frei0rFilter::setUp()
 {
     changed_ = false;
     session_.reset();
-    qxfx::EffectSettings settings;
-    const auto [end, ec] = std::from_chars(effect_.data(), effect_.data() + effect_.size(), settings.effectId);
-    if (ec != std::errc() || end != effect_.data() + effect_.size()) return;
-    if (!params_.empty()) settings.params = params_;
-    settings.source = source_;
-    settings.dataPath = dataPath_;
-    settings.durationSeconds = std::clamp(duration_, 0.0, 1.0) * kDurationScale;
     try {
-        session_ = std::make_unique<qxfx::EffectSession>(settings, width_, height_);
+        if (const auto settings = kind_.settings(values_)) {
+            session_ = std::make_unique<qxfx::EffectSession>(*settings, width_, height_);
+        }
     } catch (const std::exception&) {
         session_.reset();
     }
@@ -84,7 +71,9 @@ void Frei0rFilter::update(double time, const uint32_t* in, uint32_t* out)
     if (session_) {
         std::memcpy(session_->input().samples.data(), in, bytes);
         try {
-            session_->process(progressAt(time, milliseconds_ >= 0.5, duration_, progress_));
+            const double* numbers = values_.numbers.data();
+            session_->process(progressAt(time, numbers[kind_.millisecondsIndex] >= 0.5, numbers[kind_.durationIndex],
+                                         numbers[kind_.progressIndex]));
             std::memcpy(out, session_->output().samples.data(), bytes);
             return;
         } catch (const std::exception&) {

@@ -54,15 +54,15 @@ std::vector<uint32_t> runHost(LONG id, std::u16string_view params, float progres
     return harness.output();
 }
 
-void setText(Frei0rFilter& filter, int index, const char* text) { filter.setString(index, text); }
+void setText(Frei0rFilter& filter, int index, const char* text) { filter.setText(index, text); }
 
 TEST(Frei0rFilterInstance, RendersAsTheHostDoes)
 {
     const auto in = test::gradientFrame(kWidth, kHeight);
-    Frei0rFilter filter(kWidth, kHeight);
+    Frei0rFilter filter(kGenericPlugin, kWidth, kHeight);
     setText(filter, kEffect, "2");
     setText(filter, kParams, "250;250;750;750;");
-    filter.setDouble(kProgress, 0.5);
+    filter.setNumber(kProgress, 0.5);
     const auto out = runFilter(filter, 0.0, in);
     EXPECT_NE(out, in);
     EXPECT_EQ(out, runHost(2, u"250;250;750;750;", 0.5f, in));
@@ -71,29 +71,29 @@ TEST(Frei0rFilterInstance, RendersAsTheHostDoes)
 TEST(Frei0rFilterInstance, EmptyParameterTextTakesTheDefaults)
 {
     const auto in = test::gradientFrame(kWidth, kHeight);
-    Frei0rFilter filter(kWidth, kHeight);
+    Frei0rFilter filter(kGenericPlugin, kWidth, kHeight);
     setText(filter, kEffect, "0");
-    filter.setDouble(kProgress, 0.0);
+    filter.setNumber(kProgress, 0.0);
     EXPECT_EQ(runFilter(filter, 0.0, in), runHost(0, u"100;100;900;900;", 0.0f, in));
 }
 
 TEST(Frei0rFilterInstance, SpanMakesProgressFollowTime)
 {
     const auto in = test::gradientFrame(kWidth, kHeight);
-    Frei0rFilter filter(kWidth, kHeight);
+    Frei0rFilter filter(kGenericPlugin, kWidth, kHeight);
     setText(filter, kEffect, "3");
-    filter.setDouble(kDuration, 0.002);  // 2 s
-    filter.setDouble(kProgress, 1.0);    // ignored while a span is set
+    filter.setNumber(kDuration, 0.002);  // 2 s
+    filter.setNumber(kProgress, 1.0);    // ignored while a span is set
     EXPECT_EQ(runFilter(filter, 0.5, in), runHost(3, u"250;250;750;750;", 0.25f, in));
-    filter.setDouble(kMilliseconds, 1.0);
+    filter.setNumber(kMilliseconds, 1.0);
     EXPECT_EQ(runFilter(filter, 1500.0, in), runHost(3, u"250;250;750;750;", 0.75f, in));
 }
 
 TEST(Frei0rFilterInstance, RefusedSettingsPassFramesThrough)
 {
     const auto in = test::gradientFrame(kWidth, kHeight);
-    Frei0rFilter filter(kWidth, kHeight);
-    filter.setDouble(kProgress, 0.5);
+    Frei0rFilter filter(kGenericPlugin, kWidth, kHeight);
+    filter.setNumber(kProgress, 0.5);
     for (const char* effect : {"16", "abc", "", "0x2", "99999999999"}) {
         setText(filter, kEffect, effect);
         EXPECT_EQ(runFilter(filter, 0.0, in), in) << "effect '" << effect << "'";
@@ -108,9 +108,9 @@ TEST(Frei0rFilterInstance, RefusedSettingsPassFramesThrough)
 
 TEST(Frei0rFilterInstance, GivesBackWhatWasSet)
 {
-    Frei0rFilter filter(kWidth, kHeight);
+    Frei0rFilter filter(kGenericPlugin, kWidth, kHeight);
     setText(filter, kSource, "scenes/a.afx");
-    filter.setDouble(kProgress, 0.25);
+    filter.setNumber(kProgress, 0.25);
     const char* text = nullptr;
     filter.getValue(kSource, &text);
     ASSERT_NE(text, nullptr);
@@ -120,6 +120,44 @@ TEST(Frei0rFilterInstance, GivesBackWhatWasSet)
     double value = -1.0;
     filter.getValue(kProgress, &value);
     EXPECT_EQ(value, 0.25);
+}
+
+TEST(Frei0rRectangleFilter, SidesBecomeTheParameterList)
+{
+    const auto in = test::gradientFrame(kWidth, kHeight);
+    Frei0rFilter filter(kRectanglePlugin, kWidth, kHeight);
+    setText(filter, kRectEffect, "2");
+    for (const int side : {kLeft, kTop}) filter.setNumber(side, 0.25);
+    for (const int side : {kRight, kBottom}) filter.setNumber(side, 0.75);
+    filter.setNumber(kRectProgress, 0.5);
+    EXPECT_EQ(runFilter(filter, 0.0, in), runHost(2, u"250;250;750;750;", 0.5f, in));
+    // Sides are held to the frame.
+    filter.setNumber(kLeft, -3.0);
+    filter.setNumber(kRight, 7.0);
+    EXPECT_EQ(runFilter(filter, 0.0, in), runHost(2, u"0;250;1000;750;", 0.5f, in));
+}
+
+TEST(Frei0rRectangleFilter, TwoRectanglesForTheEffectThatReadsTwo)
+{
+    const auto in = test::gradientFrame(kWidth, kHeight);
+    Frei0rFilter filter(kRectanglePlugin, kWidth, kHeight);
+    setText(filter, kRectEffect, "6");
+    const double sides[] = {0.0, 0.1, 0.4, 0.5, 0.6, 0.5, 1.0, 0.9};
+    for (int i = 0; i < 8; ++i) filter.setNumber(kLeft + i, sides[i]);
+    filter.setNumber(kRectProgress, 0.3);
+    EXPECT_EQ(runFilter(filter, 0.0, in), runHost(6, u"0;100;400;500;600;500;1000;900;", 0.3f, in));
+}
+
+TEST(Frei0rRectangleFilter, EffectsWithoutRectanglesPassThrough)
+{
+    const auto in = test::gradientFrame(kWidth, kHeight);
+    Frei0rFilter filter(kRectanglePlugin, kWidth, kHeight);
+    filter.setNumber(kRectProgress, 0.5);
+    // A fade holds a colour, the puzzle four counts in another category, 16 is no id.
+    for (const char* effect : {"7", "12", "16", "x"}) {
+        setText(filter, kRectEffect, effect);
+        EXPECT_EQ(runFilter(filter, 0.0, in), in) << "effect " << effect;
+    }
 }
 
 // The module as hosts see it: loaded by path, entry points found by name.

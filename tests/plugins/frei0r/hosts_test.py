@@ -76,6 +76,11 @@ def test_ffmpeg(qxfx, work, clip, expected, source):
          "-f", "rawvideo", "-pix_fmt", "bgra", out])
     compare("ffmpeg, explicit progress", open(out, "rb").read(), last)
 
+    # The rectangle filter with the sides of the zoom's defaults as doubles.
+    run(["ffmpeg", "-v", "error", "-y", "-i", clip, "-vf", f"frei0r=qxfx-rect:0|0.1|0.1|0.9|0.9|0.5|0.5|1|1|0|{SPAN}|y",
+         "-f", "rawvideo", "-pix_fmt", "bgra", out])
+    compare("ffmpeg, rectangle filter", open(out, "rb").read(), expected)
+
     # An id outside the catalogue cannot be set up: frames pass through unchanged.
     run(["ffmpeg", "-v", "error", "-y", "-i", clip, "-vf", "frei0r=qxfx:16", "-f", "rawvideo", "-pix_fmt", "bgra",
          out])
@@ -88,6 +93,11 @@ def test_gstreamer(work, clip_raw, expected):
          f"height={HEIGHT}", "format=bgra", f"framerate={RATE}/1", "!", "frei0r-filter-qxfx", "effect=0",
          f"params={ZOOM_PARAMS}", f"duration={SPAN}", "!", "filesink", f"location={out}"])
     compare("gstreamer, progress from time in s", open(out, "rb").read(), expected)
+    # The rectangle filter's defaults are the zoom's rectangle.
+    run(["gst-launch-1.0", "-q", "filesrc", f"location={clip_raw}", "!", "rawvideoparse", f"width={WIDTH}",
+         f"height={HEIGHT}", "format=bgra", f"framerate={RATE}/1", "!", "frei0r-filter-qxfx-rect", "effect=0",
+         f"duration={SPAN}", "!", "filesink", f"location={out}"])
+    compare("gstreamer, rectangle filter", open(out, "rb").read(), expected)
 
 
 def test_melt(work, clip, expected):
