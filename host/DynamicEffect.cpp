@@ -46,6 +46,14 @@ CQXDynamicEffect::CQXDynamicEffect() : CDXBaseNTo1(1, 1, transform::DXTET_MORPH)
 
 CQXDynamicEffect::~CQXDynamicEffect() = default;
 
+HRESULT CQXDynamicEffect::queryExtraInterface(const IID& riid, void** ppv)
+{
+    if (riid != transform::IDXEffect::iid) return E_NOINTERFACE;
+    *ppv = static_cast<transform::IDXEffect*>(static_cast<IQXDynamicEffect*>(this));
+    AddRef();
+    return S_OK;
+}
+
 const EffectDescriptor* CQXDynamicEffect::currentEffect() const
 {
     return isValidIndex(effectIndex, kEffectTableSize) ? &EffectTable[size_t(effectIndex)] : nullptr;

@@ -72,6 +72,7 @@ private:
     CQXDynamicEffect();
     ~CQXDynamicEffect() override;
 
+    HRESULT queryExtraInterface(const IID& riid, void** ppv) override;
     HRESULT OnSetup(DWORD flags) override;
     HRESULT WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, bool* continueProcessing) override;
 

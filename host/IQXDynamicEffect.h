@@ -1,21 +1,17 @@
 #pragma once
-// The effect host's dual interface. The IDXEffect members come first, as in the type
-// library; then the host's own members with the argument names of the type library.
+// The effect host's dual interface. It extends IDXEffect, whose members come first as in
+// the type library; then the host's own members with the argument names of the type
+// library.
 #include "platform/com/Bstr.h"
-#include "platform/com/Unknown.h"
+#include "platform/transform/Transform.h"
 
 namespace qx {
 
-struct IQXDynamicEffect : IUnknown {
+struct IQXDynamicEffect : transform::IDXEffect {
     static constexpr IID iid = guid("{9B7DB154-A434-461A-AD61-489D9001919B}");
 
-    // IDXEffect
-    virtual HRESULT get_Capabilities(LONG* pVal) = 0;
-    virtual HRESULT get_Progress(float* pVal) = 0;
-    virtual HRESULT put_Progress(float newVal) = 0;
-    virtual HRESULT get_StepResolution(float* pVal) = 0;
-    virtual HRESULT get_Duration(float* pVal) = 0;
-    virtual HRESULT put_Duration(float newVal) = 0;
+    using IDXEffect::get_Duration;
+    using IDXEffect::put_Duration;
 
     virtual HRESULT get_Index(LONG* pVal) = 0;
     virtual HRESULT put_Index(LONG newVal) = 0;

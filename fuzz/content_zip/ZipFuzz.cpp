@@ -21,10 +21,6 @@ const std::string& archivePath()
     return path;
 }
 
-struct RemoveAtExit {
-    ~RemoveAtExit() { std::remove(archivePath().c_str()); }
-} removeAtExit;
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -38,7 +34,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     qx4d::ZipFileSystem zip;
     // The inner folder of the first seed byte's choosing exercises the prefix cut.
     const char16_t* inner = (size > 0 && data[0] & 1) ? u"\\data\\" : u"";
-    if (!zip.Open(qx::os::fromUtf8(archivePath()) + inner)) return 0;
+    const bool opened = zip.Open(qx::os::fromUtf8(archivePath()) + inner);
+    // The source keeps the archive open, so its name can go now and no run leaves it behind.
+    std::remove(archivePath().c_str());
+    if (!opened) return 0;
     for (const char16_t* name : {u"a.txt", u"x\\y.txt", u"A\\B.TXT", u"deflated.txt", u"stored.bin", u"-"}) {
         size_t loaded = 0;
         zip.Load(name, loaded);

@@ -41,7 +41,9 @@ std::unique_ptr<Bitmap> Bitmap::clone() const
     if (status_ != Status::Ok) return nullptr;
     std::unique_ptr<Bitmap> copy(new Bitmap(width_, height_, Uninitialised{}));
     if (copy->status() != Status::Ok) return nullptr;
-    for (int y = 0; y < height_; ++y) std::ranges::copy(row(y), copy->row(y).begin());
+    bool opaque = true;
+    for (int y = 0; y < height_; ++y) opaque &= pixel::copyAndCheckOpaque(row(y), copy->row(y));
+    copy->opaque_ = opaque;  // learnt from the copy, which the drawing code asks next
     return copy;
 }
 

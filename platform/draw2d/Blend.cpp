@@ -16,20 +16,39 @@ inline uint32_t scaleSample(uint32_t s, uint32_t a)
 
 }  // namespace
 
-void blendColor(std::span<uint32_t> row, uint32_t color)
+// 32-bit lane multiplies vectorise from AVX2 on (the baseline has none); the loader
+// picks the clone the processor runs.
+__attribute__((target_clones("avx2", "default"))) void blendColor(std::span<uint32_t> row, uint32_t color)
 {
     const uint32_t keep = 255 - (color >> 24);
     for (uint32_t& d : row) d = color + scaleSample(d, keep);
 }
 
-void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
+__attribute__((target_clones("avx2", "default"))) void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
                   bool copy)
 {
+    // Branch-free, so that it vectorises: scaling by a full cover of 255 is exact.
+    const uint32_t copyMask = copy ? ~0u : 0u;
     for (size_t i = 0; i < row.size(); ++i) {
         const uint32_t c = cover[i];
-        const uint32_t s = c == 255 ? samples[i] : scaleSample(samples[i], c);
-        const uint32_t keep = copy ? 255 - c : 255 - (s >> 24);
+        const uint32_t s = scaleSample(samples[i], c);
+        const uint32_t keep = ((255 - c) & copyMask) | ((255 - (s >> 24)) & ~copyMask);
         row[i] = s + scaleSample(row[i], keep);
+    }
+}
+
+__attribute__((target_clones("avx2", "default"))) void clearKeyed(std::span<const uint32_t> source,
+                                                                   std::span<uint32_t> samples, uint32_t low,
+                                                                   uint32_t high)
+{
+    const auto inside = [](uint32_t s, uint32_t lo, uint32_t hi, int shift) {
+        const uint32_t c = (s >> shift) & 0xFF;
+        return uint32_t(c >= ((lo >> shift) & 0xFF)) & uint32_t(c <= ((hi >> shift) & 0xFF));
+    };
+    for (size_t i = 0; i < samples.size(); ++i) {
+        const uint32_t s = source[i];
+        const uint32_t keyed = inside(s, low, high, 0) & inside(s, low, high, 8) & inside(s, low, high, 16);
+        samples[i] &= keyed - 1;  // all ones when not keyed, zero when keyed
     }
 }
 

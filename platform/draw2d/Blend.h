@@ -13,4 +13,8 @@ void blendColor(std::span<uint32_t> row, uint32_t color);
 void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
                   bool copy);
 
+/// Zeroes each sample of `samples` whose counterpart in `source` has red, green and blue
+/// within the inclusive ranges of `low` to `high` (alpha is not compared).
+void clearKeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high);
+
 }  // namespace qx::draw2d

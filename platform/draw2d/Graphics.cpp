@@ -2,6 +2,7 @@
 
 #include "platform/draw2d/Blend.h"
 #include "platform/pixel/Alpha.h"
+#include "platform/pixel/FrameMemory.h"
 
 #include <algorithm>
 #include <array>
@@ -51,15 +52,6 @@ struct Coverage {
     }
 };
 
-bool keyed(uint32_t sample, const ImageAttributes& attributes)
-{
-    const Color c{sample};
-    const Color& lo = attributes.keyLow;
-    const Color& hi = attributes.keyHigh;
-    return c.red() >= lo.red() && c.red() <= hi.red() && c.green() >= lo.green() && c.green() <= hi.green() &&
-           c.blue() >= lo.blue() && c.blue() <= hi.blue();
-}
-
 // The premultiplied samples of an image draw, with the colour key applied. An opaque image
 // without a key is used in place.
 class PremultipliedSource {
@@ -68,23 +60,20 @@ public:
         : grid_{image.data(), image.width(), image.height(), image.pitch()}
     {
         if (!key && image.opaque()) return;
-        copy_.resize(size_t(image.width()) * size_t(image.height()));
+        copy_ = pixel::allocateFrameMemory(size_t(image.width()) * size_t(image.height()));
+        if (!copy_) return;  // out of memory: the image is drawn without its key
         for (int y = 0; y < image.height(); ++y) {
             const auto in = image.row(y);
-            const auto out = std::span(copy_).subspan(size_t(y) * size_t(image.width()), in.size());
+            const std::span<uint32_t> out(copy_.get() + size_t(y) * size_t(image.width()), in.size());
             pixel::premultiply(in, out);
-            if (key) {
-                for (size_t x = 0; x < in.size(); ++x) {
-                    if (keyed(in[x], *key)) out[x] = 0;
-                }
-            }
+            if (key) clearKeyed(in, out, key->keyLow.argb, key->keyHigh.argb);
         }
-        grid_ = {copy_.data(), image.width(), image.height(), image.width()};
+        grid_ = {copy_.get(), image.width(), image.height(), image.width()};
     }
     const SampleGrid& grid() const { return grid_; }
 
 private:
-    std::vector<uint32_t> copy_;
+    pixel::FrameMemory copy_;
     SampleGrid grid_;
 };
 
@@ -138,16 +127,27 @@ void Graphics::premultiplyContent()
 {
     switch (content_) {
     case Content::Straight:
+        if (target_.opaque()) {
+            content_ = Content::Opaque;
+            return;
+        }
         for (int y = 0; y < target_.height(); ++y) pixel::premultiply(target_.row(y));
-        break;
+        content_ = Content::Premultiplied;
+        return;
     case Content::Cleared:
         fill(target_, premultipliedColor(clearColor_));
-        break;
+        content_ = clearColor_.alpha() == 255 ? Content::Opaque : Content::Premultiplied;
+        return;
     case Content::Premultiplied:
     case Content::Opaque:
-        break;
+        return;
     }
-    content_ = Content::Premultiplied;
+}
+
+void Graphics::drewWith(bool keepsOpacity)
+{
+    // Source-over onto opaque samples leaves them opaque; replacing them may not.
+    if (content_ == Content::Opaque && !keepsOpacity) content_ = Content::Premultiplied;
 }
 
 cairo_t* Graphics::cairo()
@@ -223,8 +223,12 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
         content_ = Content::Opaque;
         return Status::Ok;
     }
-    const PremultipliedSource premultiplied(image, key);
     const bool overNothing = content_ == Content::Cleared && clearColor_.alpha() == 0;
+    if (coversAll && (mode_ == CompositingMode::SourceCopy || overNothing) && transferRows(image, mapX, mapY, key)) {
+        content_ = Content::Premultiplied;
+        return Status::Ok;
+    }
+    const PremultipliedSource premultiplied(image, key);
     if (coversAll && (mode_ == CompositingMode::SourceCopy || overNothing)) {
         // Every pixel takes the source sample as it stands.
         Resampler resampler(premultiplied.grid(), mapX, mapY, {0, width, 0, height});
@@ -234,7 +238,28 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
     }
     premultiplyContent();
     compositeImage(premultiplied.grid(), mapX, mapY, destination);
+    drewWith(mode_ == CompositingMode::SourceOver);
     return Status::Ok;
+}
+
+bool Graphics::transferRows(const Bitmap& image, const AxisMap& mapX, const AxisMap& mapY, const ImageAttributes* key)
+{
+    // A shift by whole samples at scale 1 that stays inside the image: each target row is
+    // its source row, premultiplied and keyed on the way, with no resampling.
+    const int width = target_.width();
+    const int height = target_.height();
+    if (mapX.scale != 1.0 || mapY.scale != 1.0 || mapX.offset != std::floor(mapX.offset) ||
+        mapY.offset != std::floor(mapY.offset) || mapX.offset < 0 || mapY.offset < 0 ||
+        mapX.offset + width > image.width() || mapY.offset + height > image.height()) {
+        return false;
+    }
+    for (int y = 0; y < height; ++y) {
+        const auto source = image.row(y + int(mapY.offset)).subspan(size_t(mapX.offset), size_t(width));
+        const auto target = target_.row(y);
+        pixel::premultiply(source, target);
+        if (key) clearKeyed(source, target, key->keyLow.argb, key->keyHigh.argb);
+    }
+    return true;
 }
 
 void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY,
@@ -252,9 +277,11 @@ void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, con
     for (int y = down.first; y < down.end; ++y) {
         resampler.row(y, samples);
         const uint32_t rowCover = down.at(y);
-        for (size_t i = 0; i < columns; ++i) cover[i] = uint8_t((rowCover * columnCover[i] + 127) / 255);
-        blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples, cover,
-                     mode_ == CompositingMode::SourceCopy);
+        if (rowCover != 255) {
+            for (size_t i = 0; i < columns; ++i) cover[i] = uint8_t((rowCover * columnCover[i] + 127) / 255);
+        }
+        blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples,
+                     rowCover == 255 ? columnCover : cover, mode_ == CompositingMode::SourceCopy);
     }
 }
 
@@ -268,6 +295,7 @@ Status Graphics::fillRectangle(Color color, int x, int y, int width, int height)
     if (x0 == x1 || y0 == y1) return Status::Ok;
     flushCairo();
     premultiplyContent();
+    drewWith(mode_ == CompositingMode::SourceOver || color.alpha() == 255);
     const uint32_t sample = premultipliedColor(color);
     for (int row = y0; row < y1; ++row) {
         const auto span = target_.row(row).subspan(size_t(x0), size_t(x1 - x0));
@@ -292,6 +320,7 @@ Status Graphics::stroke(const Pen& pen)
         cairo_set_source_rgba(cr, c.red() / 255.0, c.green() / 255.0, c.blue() / 255.0, c.alpha() / 255.0);
     }
     cairo_set_operator(cr, mode_ == CompositingMode::SourceCopy ? CAIRO_OPERATOR_SOURCE : CAIRO_OPERATOR_OVER);
+    drewWith(mode_ == CompositingMode::SourceOver);
     cairo_set_line_width(cr, pen.width);
     cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);  // a new context draws without smoothing
     cairo_stroke(cr);

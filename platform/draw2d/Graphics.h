@@ -53,16 +53,19 @@ private:
         Straight,       // as the caller left them
         Premultiplied,  // converted for blending
         Cleared,        // to be filled with clearColor_ (nothing written yet)
-        Opaque,         // all alpha 255: both forms at once
+        Opaque,         // all alpha 255: both forms at once, nothing to convert back
     };
 
+    /// Makes the samples fit for blending: premultiplied, or opaque (the same thing).
     void premultiplyContent();
+    void drewWith(bool keepsOpacity);
     /// The Cairo context over the premultiplied samples, made on first use.
     cairo_t* cairo();
     /// Ends Cairo's hold on the samples before they are written directly.
     void flushCairo();
 
     Status stroke(const Pen& pen);
+    bool transferRows(const Bitmap& image, const AxisMap& mapX, const AxisMap& mapY, const ImageAttributes* key);
     void compositeImage(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY, const RectF& destination);
 
     Bitmap& target_;

@@ -41,8 +41,13 @@ public:
     void row(int y, std::span<uint32_t> out);
 
 private:
+    /// Whole-sample shifts at scale 1 need no blending: rows are copied.
+    bool copyRow(int y, std::span<uint32_t> out) const;
+
     SampleGrid source_;
+    AxisMap mapX_;
     AxisMap mapY_;
+    bool shiftOnly_ = false;
     PixelSpan span_;
     int firstColumn_ = 0;                 // first source column the row buffer holds
     std::vector<int32_t> leftTap_;        // per destination column, relative to firstColumn_

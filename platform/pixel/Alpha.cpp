@@ -77,13 +77,36 @@ bool allOpaque(std::span<const uint32_t> samples)
     return true;
 }
 
-void premultiply(std::span<uint32_t> samples) { convertInPlace<premultiplied>(samples); }
-void premultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
+__attribute__((target_clones("avx2", "default"))) bool copyAndCheckOpaque(std::span<const uint32_t> source,
+                                                                            std::span<uint32_t> target)
 {
-    convert<premultiplied>(source, target);
+    uint32_t all = kAlphaMask;
+    const size_t n = std::min(source.size(), target.size());
+    for (size_t i = 0; i < n; ++i) {
+        target[i] = source[i];
+        all &= source[i];
+    }
+    return (all & kAlphaMask) == kAlphaMask;
 }
 
-void unpremultiply(std::span<uint32_t> samples) { convertInPlace<straight>(samples); }
+// Opaque rows, the common case, are recognised by a vectorised scan and left alone.
+void premultiply(std::span<uint32_t> samples)
+{
+    if (!allOpaque(samples)) convertInPlace<premultiplied>(samples);
+}
+void premultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
+{
+    if (allOpaque(source) && target.size() >= source.size()) {
+        std::memcpy(target.data(), source.data(), source.size_bytes());
+    } else {
+        convert<premultiplied>(source, target);
+    }
+}
+
+void unpremultiply(std::span<uint32_t> samples)
+{
+    if (!allOpaque(samples)) convertInPlace<straight>(samples);
+}
 void unpremultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
 {
     convert<straight>(source, target);

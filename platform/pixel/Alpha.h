@@ -13,6 +13,9 @@ constexpr uint32_t alphaOf(uint32_t sample) { return sample >> 24; }
 
 /// True when every sample has alpha 255.
 bool allOpaque(std::span<const uint32_t> samples);
+/// Copies `source` into `target` (at least as long) and tells, from the same pass,
+/// whether every sample has alpha 255.
+bool copyAndCheckOpaque(std::span<const uint32_t> source, std::span<uint32_t> target);
 
 /// Premultiplies each colour channel by alpha (rounded), in place or from `source`.
 void premultiply(std::span<uint32_t> samples);

@@ -177,6 +177,12 @@ TEST_F(Catalog, AnswersItsInterfaces)
     LONG count = 0;
     dual->GetEffectsCount(&count);
     EXPECT_EQ(count, 24);
+    com::ComPtr<transform::IDXEffect> effectInterface;
+    EXPECT_EQ(effect->QueryInterface(transform::IDXEffect::iid, reinterpret_cast<void**>(effectInterface.out())), S_OK);
+    EXPECT_EQ(effectInterface->put_Progress(0.75f), S_OK);
+    float progress = 0.0f;
+    dual->get_Progress(&progress);
+    EXPECT_EQ(progress, 0.75f);
 }
 
 }  // namespace
