@@ -4,6 +4,9 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
+#include <array>
+
 namespace qx::qxfx {
 
 namespace {
@@ -11,6 +14,10 @@ namespace {
 // Decoding errors past this many in a row end the read: a damaged file must not make
 // the loop endless.
 constexpr int kMaxConsecutiveErrors = 64;
+
+// Rows converted at a time: a multiple of every chroma subsampling, and 32 rows of a
+// 1920-wide frame (240 KiB) stay in the cache.
+constexpr int kBandRows = 32;
 
 CommandError readError(const std::string& path, const std::string& what) { return CommandError("'" + path + "': " + what); }
 
@@ -116,21 +123,44 @@ bool VideoReader::sendNextPacket()
     }
 }
 
+// The planes of `picture` from row `top` on: chroma planes count rows at their own
+// subsampled height.
+std::array<const uint8_t*, 4> planesFromRow(const AVFrame& picture, const AVPixFmtDescriptor& format, int top)
+{
+    std::array<const uint8_t*, 4> planes{};
+    for (int p = 0; p < 4 && picture.data[p]; ++p) {
+        const bool chroma = (p == 1 || p == 2) && format.log2_chroma_h > 0;
+        const int rows = chroma ? top >> format.log2_chroma_h : top;
+        planes[size_t(p)] = picture.data[p] + ptrdiff_t(rows) * picture.linesize[p];
+    }
+    return planes;
+}
+
 // Converts the decoded picture to BGRA at the size of the first frame; later frames of
-// another size (a stream may change) are scaled to it.
+// another size (a stream may change) are scaled to it. A picture without alpha is
+// opaque, but the conversion leaves its alpha bytes at 0: a picture of the same size is
+// converted in bands of rows whose alpha is set while the band is still in the cache,
+// rather than in a second pass over the whole frame.
 void VideoReader::convert(Frame& frame)
 {
     const AVFrame& in = *decoded_;
     scaler_.reset(sws_getCachedContext(scaler_.release(), in.width, in.height, AVPixelFormat(in.format), width_,
                                        height_, AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr));
-    if (!scaler_) throw readError(path_, "cannot convert its pixel format");
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    if (!scaler_ || !format) throw readError(path_, "cannot convert its pixel format");
+    // Source slices start at their first row; the destination is always the whole frame.
     uint8_t* planes[4] = {reinterpret_cast<uint8_t*>(frame.samples.data()), nullptr, nullptr, nullptr};
     const int strides[4] = {width_ * 4, 0, 0, 0};
-    sws_scale(scaler_.get(), in.data, in.linesize, 0, in.height, planes, strides);
-    // A picture without alpha is opaque; the conversion leaves its alpha bytes at 0.
-    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(in.format));
-    if (!format || !(format->flags & AV_PIX_FMT_FLAG_ALPHA)) {
-        for (auto& sample : frame.samples) sample |= 0xFF000000u;
+    const bool opaque = !(format->flags & AV_PIX_FMT_FLAG_ALPHA);
+    const bool banded = opaque && in.width == width_ && in.height == height_ && !(format->flags & AV_PIX_FMT_FLAG_PAL);
+    const int band = banded ? kBandRows : in.height;
+    for (int top = 0; top < in.height; top += band) {
+        const int rows = std::min(band, in.height - top);
+        sws_scale(scaler_.get(), planesFromRow(in, *format, top).data(), in.linesize, top, rows, planes, strides);
+        if (!opaque) continue;
+        uint32_t* out = frame.samples.data() + size_t(banded ? top : 0) * size_t(width_);
+        const size_t samples = size_t(banded ? rows : height_) * size_t(width_);
+        for (size_t i = 0; i < samples; ++i) out[i] |= 0xFF000000u;
     }
     av_frame_unref(decoded_.get());
 }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -95,6 +97,35 @@ TEST_F(MediaFiles, H264KeepsCountAndLooksAlike)
     }
     EXPECT_EQ(frames, 5);
     EXPECT_LT(error / double(frames * 320 * 180), 5.0);
+}
+
+TEST_F(MediaFiles, ConversionMatchesFfmpegsOwn)
+{
+    // 4:2:0 with a height that is no multiple of the reader's bands, converted by the
+    // ffmpeg program as the reference.
+    const std::string clip = path("clip.mp4");
+    const std::string reference = path("reference.bgra");
+    ASSERT_EQ(std::system(("ffmpeg -v error -y -f lavfi -i testsrc2=size=96x74:rate=25 -frames:v 3 -pix_fmt yuv420p " +
+                           clip + " && ffmpeg -v error -y -i " + clip +
+                           " -sws_flags bilinear -f rawvideo -pix_fmt bgra " + reference)
+                              .c_str()),
+              0);
+    std::ifstream in(reference, std::ios::binary);
+    const std::string expected((std::istreambuf_iterator<char>(in)), {});
+    VideoReader reader(clip, 1);
+    Frame frame = makeFrame(96, 74);
+    const size_t frameBytes = frame.samples.size() * 4;
+    ASSERT_EQ(expected.size(), 3 * frameBytes);
+    for (size_t index = 0; index < 3; ++index) {
+        ASSERT_TRUE(reader.read(frame));
+        for (size_t i = 0; i < frame.samples.size(); ++i) {
+            uint32_t sample = 0;
+            std::memcpy(&sample, expected.data() + index * frameBytes + i * 4, 4);
+            // ffmpeg's own alpha is whatever its converter leaves; ours is opaque.
+            ASSERT_EQ(frame.samples[i], sample | 0xFF000000u) << "frame " << index << " sample " << i;
+        }
+    }
+    EXPECT_FALSE(reader.read(frame));
 }
 
 TEST_F(MediaFiles, DamagedFilesAreRefusedOrEndEarly)
