@@ -76,7 +76,8 @@ int runList(std::span<const std::string_view> args)
             std::fputs(kUsage, stdout);
             return 0;
         } else {
-            std::fprintf(stderr, "qxfx list: unknown option '%.*s'\n%s", int(arg.size()), arg.data(), kUsage);
+            std::fprintf(stderr, "qxfx list: unknown option '%.*s' (see 'qxfx list --help')\n", int(arg.size()),
+                         arg.data());
             return 2;
         }
     }

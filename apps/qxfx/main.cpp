@@ -1,7 +1,14 @@
 // qxfx: the command-line host of the effect library.
+#include "apps/qxfx/DemoCommand.h"
 #include "apps/qxfx/ListCommand.h"
+#include "apps/qxfx/RenderCommand.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
 
 #include <cstdio>
+#include <exception>
 #include <string_view>
 #include <vector>
 
@@ -11,20 +18,35 @@ constexpr const char* kUsage =
     "usage: qxfx <command> [options]\n"
     "commands:\n"
     "  list     the catalogue of effects\n"
+    "  render   one effect over a video, an image or the test pattern\n"
+    "  demo     every effect over the test pattern, as a video and a contact sheet\n"
     "Run 'qxfx <command> --help' for the options of a command.\n";
+
+int dispatch(std::string_view command, const std::vector<std::string_view>& args)
+{
+    if (command == "list") return qx::qxfx::runList(args);
+    if (command == "render") return qx::qxfx::runRender(args);
+    if (command == "demo") return qx::qxfx::runDemo(args);
+    if (command == "--help" || command == "-h") {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (command.empty()) std::fputs(kUsage, stderr);
+    else std::fprintf(stderr, "qxfx: unknown command '%.*s' (see 'qxfx --help')\n", int(command.size()), command.data());
+    return 2;
+}
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
     const std::vector<std::string_view> args(argv + std::min(argc, 2), argv + argc);
-    const std::string_view command = argc > 1 ? argv[1] : "";
-    if (command == "list") return qx::qxfx::runList(args);
-    if (command == "--help" || command == "-h") {
-        std::fputs(kUsage, stdout);
-        return 0;
+    // Problems reach the user as one line of ours; FFmpeg's own log would add its lines.
+    av_log_set_level(AV_LOG_QUIET);
+    try {
+        return dispatch(argc > 1 ? argv[1] : "", args);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qxfx: %s\n", error.what());
+        return 1;
     }
-    std::fprintf(stderr, command.empty() ? "qxfx: no command\n%s" : "qxfx: unknown command '%s'\n%s",
-                 command.empty() ? kUsage : argv[1], kUsage);
-    return 2;
 }

@@ -1,0 +1,139 @@
+#include "apps/qxfx/DemoCommand.h"
+
+#include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/Catalogue.h"
+#include "apps/qxfx/ContactSheet.h"
+#include "apps/qxfx/DataPack.h"
+#include "apps/qxfx/EffectSession.h"
+#include "apps/qxfx/FrameCanvas.h"
+#include "apps/qxfx/ProgressBar.h"
+#include "apps/qxfx/TestPattern.h"
+#include "apps/qxfx/VideoWriter.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+namespace qx::qxfx {
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: qxfx demo [options]\n"
+    "Renders every effect of the catalogue over the test pattern with its default\n"
+    "parameters, into DIR/demo.mp4 and DIR/contact-sheet.png (each effect at progress\n"
+    "0, 0.5 and 1). Effects that cannot be set up or run are skipped with a note.\n"
+    "  --out DIR       output folder (default out)\n"
+    "  --size WxH      frame size (default 320x180)\n"
+    "  --frames N      frames per effect, odd so that the middle one is at 0.5 (default 25)\n"
+    "  --data PATH     data path of the content pack (default: the built or installed pack)\n"
+    "  --threads N     encoding threads (default 0: automatic)\n";
+
+constexpr float kFps = 25.0f;
+
+struct DemoOptions {
+    std::string outDir = "out";
+    int width = 320;
+    int height = 180;
+    long frames = 25;
+    std::string dataPath = defaultDataPath();
+    int threads = 0;
+    bool help = false;
+};
+
+DemoOptions parseOptions(std::span<const std::string_view> arguments)
+{
+    DemoOptions o;
+    ArgReader args(arguments);
+    while (!args.done()) {
+        const auto option = args.take();
+        if (option == "--out") o.outDir = args.value(option);
+        else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+        else if (option == "--frames") o.frames = args.integer(option, 3, 100001);
+        else if (option == "--data") o.dataPath = args.value(option);
+        else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
+        else if (option == "-h" || option == "--help") o.help = true;
+        else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx demo --help')");
+    }
+    if (o.frames % 2 == 0) throw CommandError("--frames must be odd, so that the middle frame is at progress 0.5");
+    return o;
+}
+
+std::string captionOf(const CatalogueEntry& entry)
+{
+    return std::to_string(entry.id) + "  " + (entry.name.empty() ? "(no name)" : entry.name);
+}
+
+// Renders one effect into the video and returns its pictures at progress 0, 0.5 and 1.
+// CommandError when the host refuses the effect; frames already written stay.
+std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions& o, VideoWriter& video)
+{
+    EffectSettings settings;
+    settings.effectId = entry.id;
+    settings.dataPath = o.dataPath;
+    settings.fps = kFps;
+    settings.durationSeconds = double(o.frames) / kFps;
+    EffectSession session(settings, o.width, o.height);
+    std::array<Frame, 3> pictures;
+    const long middle = (o.frames - 1) / 2;
+    for (long i = 0; i < o.frames; ++i) {
+        drawTestPattern(session.input(), int(i), int(o.frames));
+        session.process(float(double(i) / double(o.frames - 1)));
+        Frame shown = session.output();
+        if (i == 0 || i == middle || i == o.frames - 1) pictures[i == 0 ? 0 : i == middle ? 1 : 2] = shown;
+        makeOpaque(shown);
+        const auto surface = surfaceOver(shown);
+        const draw2d::CairoContext cr(cairo_create(surface.get()));
+        drawCaption(cr.get(), 4, 4, captionOf(entry), std::max(10.0, o.height / 16.0));
+        cairo_surface_flush(surface.get());
+        video.write(shown);
+    }
+    return pictures;
+}
+
+int renderDemo(const DemoOptions& o)
+{
+    std::error_code error;
+    std::filesystem::create_directories(o.outDir, error);
+    if (error) throw CommandError("'" + o.outDir + "': cannot create (" + error.message() + ")");
+    const auto entries = readCatalogue();
+    VideoWriter video(o.outDir + "/demo.mp4", o.width, o.height, av_d2q(kFps, 1000), o.threads);
+    ContactSheet sheet;
+    ProgressBar bar("demo", long(entries.size()));
+    int rendered = 0;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        try {
+            auto pictures = renderEffect(entries[i], o, video);
+            sheet.add(captionOf(entries[i]), pictures);
+            ++rendered;
+        } catch (const CommandError& skipped) {
+            std::fprintf(stderr, "qxfx demo: skipped effect %d: %s\n", entries[i].id, skipped.what());
+            sheet.addSkipped(captionOf(entries[i]), std::string("skipped: ") + skipped.what());
+        }
+        bar.update(long(i + 1));
+    }
+    video.finish();
+    sheet.write(o.outDir + "/contact-sheet.png");
+    std::fprintf(stderr, "qxfx demo: %d of %zu effects in %s/demo.mp4 and %s/contact-sheet.png\n", rendered,
+                 entries.size(), o.outDir.c_str(), o.outDir.c_str());
+    return 0;
+}
+
+}  // namespace
+
+int runDemo(std::span<const std::string_view> args)
+{
+    try {
+        const auto options = parseOptions(args);
+        if (options.help) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+        return renderDemo(options);
+    } catch (const CommandError& error) {
+        std::fprintf(stderr, "qxfx demo: %s\n", error.what());
+        return 1;
+    }
+}
+
+}  // namespace qx::qxfx

@@ -1,0 +1,90 @@
+#include "apps/qxfx/EffectSession.h"
+
+#include "host/DataPath.h"
+#include "platform/os/WideText.h"
+
+#include <algorithm>
+
+#include <cstdio>
+
+namespace qx::qxfx {
+
+namespace {
+
+std::string hresultText(HRESULT hr)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", unsigned(hr));
+    return text;
+}
+
+std::string effectName(LONG id) { return "effect " + std::to_string(id); }
+
+// The host keeps paths in fields of a fixed size, terminator included; a longer path is
+// refused here rather than cut there.
+std::u16string limitedText(const std::string& text, size_t fieldSize, const char* what)
+{
+    auto wide = os::fromUtf8(text);
+    if (wide.size() >= fieldSize) {
+        throw CommandError(std::string(what) + " longer than " + std::to_string(fieldSize - 1) + " characters");
+    }
+    return wide;
+}
+
+}  // namespace
+
+std::optional<std::string> defaultParamsText(LONG effectId)
+{
+    const auto host = CQXDynamicEffect::Create();
+    LONG index = -1;
+    if (host->GetIndexFromID(effectId, &index) != S_OK) return std::nullopt;
+    LONG values[kMaxParams] = {};
+    LONG count = 0;
+    host->GetEffectDefaults(index, values, &count);
+    return os::toUtf8(formatParams(std::span(values, size_t(std::clamp<LONG>(count, 0, kMaxParams)))));
+}
+
+EffectSession::EffectSession(const EffectSettings& settings, int width, int height)
+    : effectId_(settings.effectId), input_(makeFrame(width, height)), output_(makeFrame(width, height)),
+      inputSurface_(transform::DXSurface::wrap(input_.samples, width, height)),
+      outputSurface_(transform::DXSurface::wrap(output_.samples, width, height)), host_(CQXDynamicEffect::Create())
+{
+    if (!inputSurface_ || !outputSurface_) throw CommandError("out of memory");
+    select(settings);
+    const std::shared_ptr<transform::DXSurface> inputs[] = {inputSurface_};
+    if (const HRESULT hr = host_->Setup(inputs, outputSurface_, 0); FAILED(hr)) {
+        throw CommandError("Setup of " + effectName(effectId_) + " failed (" + hresultText(hr) + ")");
+    }
+}
+
+void EffectSession::select(const EffectSettings& settings)
+{
+    if (host_->put_Index(settings.effectId) != S_OK) {
+        throw CommandError("unknown effect id " + std::to_string(settings.effectId) + " (see 'qxfx list')");
+    }
+    const std::string params = settings.params ? *settings.params : defaultParamsText(settings.effectId).value_or("");
+    Bstr paramsText(os::fromUtf8(params));
+    if (const HRESULT hr = host_->put_Params(paramsText.get()); FAILED(hr)) {
+        throw CommandError("parameters '" + params + "' refused by " + effectName(effectId_) +
+                           " (at most 16 values, each followed by ';')");
+    }
+    Bstr source(limitedText(settings.source, CQXDynamicEffect::kMaxSource, "source path"));
+    host_->put_Source(source.get());
+    if (!settings.dataPath.empty()) {
+        Bstr dataPath(limitedText(settings.dataPath, kMaxDataPath, "data path"));
+        host_->SetGlobalDataPath(dataPath.get());
+    }
+    if (settings.durationSeconds > 0.0) host_->put_Duration(settings.durationSeconds);
+    host_->put_Fps(settings.fps);
+    host_->put_AspectRatio(settings.aspectRatio);
+}
+
+void EffectSession::process(float progress)
+{
+    host_->put_Progress(std::clamp(progress, 0.0f, 1.0f));
+    if (const HRESULT hr = host_->Execute(nullptr, nullptr, nullptr); FAILED(hr)) {
+        throw CommandError("Execute of " + effectName(effectId_) + " failed (" + hresultText(hr) + ")");
+    }
+}
+
+}  // namespace qx::qxfx
