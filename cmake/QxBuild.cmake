@@ -34,13 +34,9 @@ function(qx_add_shared_library)
     return()
   endif()
   add_library(qxdynamiceffects SHARED ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
-  # Every object of every layer goes in. The layers are linked as well, for the outside
-  # libraries they use; their own members are then already defined and not pulled twice,
-  # which whole-archive linking of layers that depend on each other would do.
-  foreach(layer IN LISTS layers)
-    target_sources(qxdynamiceffects PRIVATE $<TARGET_OBJECTS:${layer}>)
-  endforeach()
-  target_link_libraries(qxdynamiceffects PRIVATE ${layers})
+  # Whole archives, so that objects nothing inside the library calls (the catalogue's
+  # routines, class objects) are still exported; the layers' own dependencies follow.
+  target_link_libraries(qxdynamiceffects PRIVATE -Wl,--whole-archive ${layers} -Wl,--no-whole-archive)
   set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
   install(TARGETS qxdynamiceffects LIBRARY DESTINATION lib)
 endfunction()

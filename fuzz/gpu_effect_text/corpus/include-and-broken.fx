@@ -1,0 +1,3 @@
+#include "common.fxh"
+// technique in a comment { pass
+technique t { pass p { SrcBlend = ; DestBlend = INVSRCALPHA

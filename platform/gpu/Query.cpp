@@ -1,0 +1,74 @@
+#include "platform/gpu/Query.h"
+
+#include <cstring>
+
+namespace qx::gpu {
+
+std::shared_ptr<Query> Query::create(const std::shared_ptr<Context>& context, D3DQUERYTYPE type)
+{
+    if ((type != D3DQUERYTYPE_EVENT && type != D3DQUERYTYPE_OCCLUSION) || !context->makeCurrent())
+        return nullptr;
+    std::shared_ptr<Query> query(new Query(context, type));
+    if (type == D3DQUERYTYPE_OCCLUSION)
+        query->query_ = createGlName(context, GlKind::Query, GL_SAMPLES_PASSED);
+    return query;
+}
+
+Query::~Query() { dropFence(); }
+
+void Query::dropFence()
+{
+    if (fence_ && context_->makeCurrent())
+        glDeleteSync(fence_);
+    fence_ = nullptr;
+}
+
+HRESULT Query::Issue(DWORD flags)
+{
+    if (!context_->makeCurrent())
+        return D3DERR_INVALIDCALL;
+    if (type_ == D3DQUERYTYPE_EVENT) {
+        if (flags & D3DISSUE_END) {
+            dropFence();
+            fence_ = glFenceSync(GL_SYNC_GPU_COMMANDS_COMPLETE, 0);
+            issued_ = true;
+        }
+        return D3D_OK;
+    }
+    if (flags & D3DISSUE_BEGIN)
+        glBeginQuery(GL_SAMPLES_PASSED, query_.get());
+    else if (flags & D3DISSUE_END) {
+        glEndQuery(GL_SAMPLES_PASSED);
+        issued_ = true;
+    }
+    return D3D_OK;
+}
+
+HRESULT Query::GetData(void* data, DWORD size, DWORD flags)
+{
+    if (!issued_ || !context_->makeCurrent())
+        return D3DERR_INVALIDCALL;
+    if (type_ == D3DQUERYTYPE_EVENT) {
+        const GLenum state = glClientWaitSync(fence_, (flags & D3DGETDATA_FLUSH) ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, 0);
+        if (state == GL_TIMEOUT_EXPIRED)
+            return S_FALSE;
+        const int32_t done = 1;
+        if (data && size >= sizeof(done))
+            std::memcpy(data, &done, sizeof(done));
+        return S_OK;
+    }
+    if (flags & D3DGETDATA_FLUSH)
+        glFlush();
+    GLuint available = 0;
+    glGetQueryObjectuiv(query_.get(), GL_QUERY_RESULT_AVAILABLE, &available);
+    if (!available)
+        return S_FALSE;
+    GLuint count = 0;
+    glGetQueryObjectuiv(query_.get(), GL_QUERY_RESULT, &count);
+    const DWORD result = count;
+    if (data && size >= sizeof(result))
+        std::memcpy(data, &result, sizeof(result));
+    return S_OK;
+}
+
+}  // namespace qx::gpu
