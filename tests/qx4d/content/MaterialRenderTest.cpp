@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -135,11 +136,13 @@ protected:
         Device().GetRenderTarget(0, &target);
         return qx::gpu::testing::readPixels(Device(), target);
     }
-    /// The pixel over the world point (x, y) of the orthographic view.
+    /// The pixel that samples the world point (x, y) of the orthographic view, or the
+    /// nearest one. Direct3D samples pixel i at i / 32 - 1 in clip space, half a pixel off
+    /// the centre that OpenGL would take.
     static uint32_t At(const std::vector<uint32_t>& pixels, float x, float y)
     {
-        const int column = int((x / 1.2f + 1) / 2 * kSize), row = int((1 - y / 1.2f) / 2 * kSize);
-        return pixels[size_t(row) * kSize + size_t(column)];
+        const long column = std::lround((x / 1.2f + 1) * kSize / 2), row = std::lround((1 - y / 1.2f) * kSize / 2);
+        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize + size_t(std::clamp(column, 0L, long(kSize - 1)))];
     }
     static int Green(uint32_t pixel) { return int((pixel >> 8) & 0xFF); }
     static int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
@@ -169,6 +172,56 @@ TEST_F(MaterialRenderTest, DistantLightLightsTheSideFacingIt)
     EXPECT_EQ(At(pixels, -1.15f, 1.15f), 0xFF000000u);  // outside the sphere
 }
 
+// The same sphere turned a quarter about z: its normals turn with it through the
+// inverse transpose, so the lit side stays where the light is. Normals turned the wrong
+// way would light the right side instead.
+TEST_F(MaterialRenderTest, TurnedSphereKeepsItsLitSide)
+{
+    ShaderLight light;
+    light.direction = {1, 0, 0};
+    light.intensity = 1.0f;
+    scene.lights = {light};
+    const auto material = ColorMaterial();
+    Draw(*material, UnitSphere(), Matrix3x4{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0});
+    const std::vector<uint32_t> pixels = Finish();
+    EXPECT_NEAR(Green(At(pixels, -0.7f, 0)), 178, 16);
+    EXPECT_NEAR(Green(At(pixels, 0, 0.7f)), 0, 8);
+    EXPECT_LE(Green(At(pixels, 0.5f, 0)), 4);
+}
+
+// A spot one unit in front of each square's centre, shining at it: cone 0.5 rad, soft edge 0.2 rad,
+// range 2 so that distance plays no part. Full light inside 0.3 rad of the axis, none
+// beyond 0.5; between them the smooth step, times the cosine of the angle. At x on the
+// plane the angle's cosine is 1 / sqrt(1 + x^2).
+TEST_F(MaterialRenderTest, SpotLightConeWithSoftAndHardEdges)
+{
+    ShaderLight light;
+    light.type = kLightSpot;
+    light.position = {-0.6f, 0, -1};
+    light.direction = {0, 0, 1};
+    light.coneAngle = 0.5f;
+    light.edgeAngle = 0.2f;
+    light.intensity = 1.0f;
+    light.range = 2.0f;
+    scene.lights = {light};
+    const auto soft = ColorMaterial(kKeyPerPixel);
+    ASSERT_TRUE(soft->shaderKeys[0] & kKeySoftEdge);
+    Draw(*soft, Square(1.1f), Translation(-0.6f, 0, 0));
+    scene.lights[0].edgeAngle = 0.0f;  // a hard edge; the cosines stay those of the cone
+    scene.lights[0].position = {0.6f, 0, -1};
+    const auto hard = ColorMaterial(kKeyPerPixel);
+    Draw(*hard, Square(1.1f), Translation(0.6f, 0, 0));
+    const std::vector<uint32_t> pixels = Finish();
+    // Points that pixels sample exactly; the angles are those from the spot's axis.
+    EXPECT_NEAR(Green(At(pixels, -0.6f, 0)), 255, 4);
+    EXPECT_NEAR(Green(At(pixels, -0.6f, 0.45f)), 96, 6);     // angle 0.423: within the soft edge
+    EXPECT_NEAR(Green(At(pixels, -0.6f, -0.4875f)), 42, 6);  // angle 0.454: further out in it
+    EXPECT_LE(Green(At(pixels, -0.15f, 0.45f)), 2);          // angle 0.567: outside the cone
+    EXPECT_NEAR(Green(At(pixels, 0.6f, 0.45f)), 232, 6);     // a hard edge lets all through
+    EXPECT_NEAR(Green(At(pixels, 0.6f, -0.4875f)), 229, 6);
+    EXPECT_LE(Green(At(pixels, 0.15f, 0.45f)), 2);
+}
+
 // A point light half a unit in front of the plane's centre, range 0.5: full strength at
 // the centre, (0.5 / d)^2 of it beyond, times the cosine 0.5 / d.
 TEST_F(MaterialRenderTest, PointLightFallsOffWithDistance)
@@ -190,26 +243,51 @@ TEST_F(MaterialRenderTest, PointLightFallsOffWithDistance)
     EXPECT_GT(half, far);
 }
 
-// Linear fog from 0 to 10 units toward red: a white square 5 units from the eye keeps
-// half its colour, one 8 units away a fifth.
-TEST_F(MaterialRenderTest, LinearFogBlendsTowardTheFogColourWithDistance)
+// Two white squares in red fog, 5.04 and 8.02 units from the eye (their centres); the
+// green that is left of them is the fog factor.
+class FogRenderTest : public MaterialRenderTest {
+protected:
+    std::pair<uint32_t, uint32_t> NearAndFar(int32_t fogType)
+    {
+        scene.fog.fogType = fogType;
+        scene.fog.minDistance = 0;
+        scene.fog.maxDistance = 10;
+        scene.fog.color = {1, 0, 0};
+        renderer->SetFogColor(0x00FF0000u);
+        const auto material = ColorMaterial();
+        EXPECT_TRUE(material->flags & kMaterialFog);
+        const std::vector<Vertex> square = Square(0.4f);
+        Draw(*material, square, Translation(-0.6f, 0, 0));
+        Draw(*material, square, Translation(0.6f, 0, 3));
+        const std::vector<uint32_t> pixels = Finish();
+        return {At(pixels, -0.6f, 0), At(pixels, 0.6f, 0)};
+    }
+};
+
+// Linear fog from 0 to 10 units: a factor of 1 - d / 10.
+TEST_F(FogRenderTest, LinearFogBlendsTowardTheFogColourWithDistance)
 {
-    scene.fog.fogType = 1;
-    scene.fog.minDistance = 0;
-    scene.fog.maxDistance = 10;
-    scene.fog.color = {1, 0, 0};
-    renderer->SetFogColor(0x00FF0000u);
-    const auto material = ColorMaterial();
-    EXPECT_TRUE(material->flags & kMaterialFog);
-    const std::vector<Vertex> square = Square(0.4f);
-    Draw(*material, square, Translation(-0.6f, 0, 0));
-    Draw(*material, square, Translation(0.6f, 0, 3));
-    const std::vector<uint32_t> pixels = Finish();
-    const uint32_t near = At(pixels, -0.6f, 0), far = At(pixels, 0.6f, 0);
+    const auto [near, far] = NearAndFar(1);
     EXPECT_EQ(Red(near), 255);
     EXPECT_EQ(Red(far), 255);
     EXPECT_NEAR(Green(near), 127, 6);
     EXPECT_NEAR(Green(far), 51, 6);
+}
+
+// The exponential modes take the fixed density 0.35: exp(-0.35 d) and exp(-(0.35 d)^2).
+TEST_F(FogRenderTest, ExponentialFogUsesAFixedDensity)
+{
+    const auto [near, far] = NearAndFar(2);
+    EXPECT_NEAR(Green(near), 44, 5);
+    EXPECT_NEAR(Green(far), 15, 5);
+}
+
+TEST_F(FogRenderTest, SquaredExponentialFog)
+{
+    const auto [near, far] = NearAndFar(3);
+    EXPECT_NEAR(Green(near), 12, 5);
+    EXPECT_LE(Green(far), 2);
+    EXPECT_EQ(Red(far), 255);
 }
 
 }  // namespace
