@@ -37,10 +37,14 @@ int CodeOf(const WordCode (&table)[N], std::u16string_view word, int fallback)
     return fallback;
 }
 
-/// The first element named "Surface" in document order, the root included. The walk
-/// keeps its own stack, so a deep document can't exhaust the call stack.
-const XmlNode* FindSurface(const XmlNode* root)
+/// The first element named "Surface" in document order, the root included. A document
+/// that stops early hands out the element it stopped in, so the walk starts from the top
+/// of the tree. It keeps its own stack: a deep document can't exhaust the call stack.
+const XmlNode* FindSurface(const XmlNode* current)
 {
+    const XmlNode* root = current;
+    while (root && root->parent)
+        root = root->parent;
     std::vector<const XmlNode*> pending{root};
     while (!pending.empty()) {
         const XmlNode* node = pending.back();
@@ -68,7 +72,8 @@ bool Material::Load(const String& fileName)
 
 // Attributes are visited from the last to the first, so of a name given twice the first
 // in the file wins. The states of blending, alpha test, depth and fog are accepted and
-// dropped on purpose: the object file's render-state word sets them.
+// dropped on purpose: the object file's render-state word sets them. The material is not
+// reset first: the object file may have given its surface values before naming the file.
 void Material::Read(const XmlDocument& document)
 {
     const XmlNode* surface = FindSurface(document.GetRoot());

@@ -135,6 +135,17 @@ TEST_F(MaterialReadTest, OnlyTheFirstSurfaceCounts)
     EXPECT_EQ(material.textures[0].semanticName, kSemanticAlpha);
 }
 
+// A file that stops early still gives the surface it holds, wherever the reading
+// stopped.
+TEST_F(MaterialReadTest, FileThatStopsEarly)
+{
+    Material material;
+    LoadXml(material, R"(<Material><Surface Name="cut" CullMode="Front"><Texture SemanticName="Alpha"/></Surface><Extra><Deeper>)");
+    EXPECT_EQ(material.name, u"cut");
+    EXPECT_EQ(material.cullMode, 2);
+    EXPECT_EQ(material.textures.size(), 1u);
+}
+
 TEST_F(MaterialReadTest, NumbersAreBytesAndAlphaRefWraps)
 {
     Material material;

@@ -635,6 +635,20 @@ float3x3 g_ModelIT : register(c11);
 )"));
 }
 
+// A height map is read from no line of the text: all it adds is its sampler.
+TEST_F(ShaderWriterTest, HeightTextureAddsOnlyItsSampler)
+{
+    Material material;
+    material.shaderKeys = {0x61200};
+    material.flags = 0x10053;
+    const auto declaration = Declaration({{kPos, 0}, {kNormal, 0}, {kTex, 0}});
+    std::string expected = Generated(material, declaration);
+    const std::string fogColor = "float4 g_psFogColor : register(c1);\n";
+    expected.insert(expected.find(fogColor) + fogColor.size(), "sampler g_Sampler3 : register(s3);\n");
+    material.textures = {Texture(kSemanticHeight, 3, 0)};
+    EXPECT_EQ(Generated(material, declaration), expected);
+}
+
 TEST_F(ShaderWriterTest, ThreeBaseColorTextures)
 {
     Material material;
