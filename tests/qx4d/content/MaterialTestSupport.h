@@ -3,6 +3,7 @@
 // hand-written expected text with four spaces standing for a tab, and sections of a
 // generated text.
 #include "platform/gpu/Types.h"
+#include "qx4d/content/MaterialTexture.h"
 
 #include <initializer_list>
 #include <string>
@@ -13,6 +14,19 @@
 namespace qx4d::test {
 
 namespace gpu = qx::gpu;
+
+inline constexpr int kPos = gpu::D3DDECLUSAGE_POSITION;
+inline constexpr int kNormal = gpu::D3DDECLUSAGE_NORMAL;
+inline constexpr int kTex = gpu::D3DDECLUSAGE_TEXCOORD;
+inline constexpr int kTangent = gpu::D3DDECLUSAGE_TANGENT;
+inline constexpr int kBinormal = gpu::D3DDECLUSAGE_BINORMAL;
+
+/// A material texture of one role; three components from the first unless told.
+inline MaterialTexture Texture(uint8_t semantic, uint8_t sampler, uint8_t texCoord, uint8_t start = 0,
+                               uint8_t count = 3)
+{
+    return MaterialTexture{semantic, 0, sampler, texCoord, start, count};
+}
 
 /// Stream-0 records with packed offsets and the end marker; positions, normals,
 /// tangents, binormals and colours are float3, texture coordinates float2, bone weights

@@ -15,12 +15,6 @@
 namespace qx4d::test {
 namespace {
 
-constexpr int kPos = gpu::D3DDECLUSAGE_POSITION;
-constexpr int kNormal = gpu::D3DDECLUSAGE_NORMAL;
-constexpr int kTex = gpu::D3DDECLUSAGE_TEXCOORD;
-constexpr int kTangent = gpu::D3DDECLUSAGE_TANGENT;
-constexpr int kBinormal = gpu::D3DDECLUSAGE_BINORMAL;
-
 struct Case {
     const char* name;
     std::vector<uint32_t> keys;
@@ -31,11 +25,6 @@ struct Case {
     bool reflective = false;
     int32_t bones = 0;
 };
-
-MaterialTexture Texture(uint8_t semantic, uint8_t sampler, uint8_t texCoord, uint8_t start = 0, uint8_t count = 3)
-{
-    return MaterialTexture{semantic, 0, sampler, texCoord, start, count};
-}
 
 const std::vector<std::pair<int, int>> kPosNormal = {{kPos, 0}, {kNormal, 0}};
 
