@@ -1,6 +1,9 @@
-// The DDS reader on any bytes. Inputs that do not start with "DDS " become the parameters
-// and pixels of a file made by the writer, so that text seeds reach the deep paths too.
+// The image file readers on any bytes: image information (DDS by our reader, the other
+// formats through stb_image) and the DDS reader. Inputs that do not start with "DDS " are
+// also made the parameters and pixels of a file by the writer, so that text seeds reach
+// the deep paths too.
 #include "platform/gpu/DdsFile.h"
+#include "platform/gpu/ImageFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +18,8 @@ constexpr qx::gpu::D3DFORMAT kFormats[] = {qx::gpu::D3DFMT_A8R8G8B8, qx::gpu::D3
 
 void readEveryCut(std::span<const uint8_t> file)
 {
+    qx::gpu::D3DXIMAGE_INFO info;
+    (void)qx::gpu::D3DXGetImageInfoFromFileInMemory(file.data(), qx::UINT(file.size()), &info);
     (void)qx::gpu::readDds(file);
     (void)qx::gpu::readDds(file.first(file.size() / 2));
 }
@@ -23,11 +28,8 @@ void readEveryCut(std::span<const uint8_t> file)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (size >= 4 && std::memcmp(data, "DDS ", 4) == 0) {
-        readEveryCut({data, size});
-        return 0;
-    }
-    if (size < 5)
+    readEveryCut({data, size});
+    if (size < 5 || std::memcmp(data, "DDS ", 4) == 0)
         return 0;
     const auto format = kFormats[data[0] % std::size(kFormats)];
     const auto width = qx::UINT(data[1] % 64 + 1), height = qx::UINT(data[2] % 64 + 1);

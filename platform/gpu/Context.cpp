@@ -65,11 +65,17 @@ bool Context::open(void* display)
     if (!epoxy_has_egl_extension(display, "EGL_KHR_no_config_context")
         && (!eglChooseConfig(display, configAttributes, &config, 1, &configCount) || configCount < 1))
         return false;
-    const EGLint contextAttributes[] = {EGL_CONTEXT_MAJOR_VERSION, 4, EGL_CONTEXT_MINOR_VERSION, 5,
-                                       EGL_CONTEXT_OPENGL_PROFILE_MASK, EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
-                                       EGL_NONE};
-    context_ = eglCreateContext(display, config, EGL_NO_CONTEXT, contextAttributes);
-    return context_ != EGL_NO_CONTEXT && makeCurrent();
+    // Robust buffer access first: draws whose indices point past their buffers (bad
+    // content) then read zeros instead of memory they do not own.
+    for (const EGLint robust : {EGL_TRUE, EGL_FALSE}) {
+        const EGLint contextAttributes[] = {EGL_CONTEXT_MAJOR_VERSION, 4, EGL_CONTEXT_MINOR_VERSION, 5,
+                                           EGL_CONTEXT_OPENGL_PROFILE_MASK, EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
+                                           EGL_CONTEXT_OPENGL_ROBUST_ACCESS, robust, EGL_NONE};
+        context_ = eglCreateContext(display, config, EGL_NO_CONTEXT, contextAttributes);
+        if (context_ != EGL_NO_CONTEXT)
+            return makeCurrent();
+    }
+    return false;
 }
 
 Context::~Context()

@@ -135,6 +135,45 @@ bool isTechniqueKeyword(const std::string& text)
 
 }  // namespace
 
+namespace {
+
+// Blanks text[begin, end) out, keeping line breaks so that compile errors keep their lines.
+void blankOut(std::string& text, size_t begin, size_t end)
+{
+    std::replace_if(text.begin() + std::ptrdiff_t(begin), text.begin() + std::ptrdiff_t(end),
+                    [](char c) { return c != '\n'; }, ' ');
+}
+
+// The token after the `;` that ends a statement from `at`, or the end.
+size_t statementEnd(const std::vector<FxToken>& tokens, size_t at)
+{
+    while (at < tokens.size() && tokens[at].text != ";")
+        ++at;
+    return std::min(at + 1, tokens.size());
+}
+
+// The token after the `}` closing the block that opens at or after `at`.
+size_t blockEnd(const std::vector<FxToken>& tokens, size_t at)
+{
+    int depth = 0;
+    for (; at < tokens.size(); ++at) {
+        depth += tokens[at].text == "{" ? 1 : tokens[at].text == "}" ? -1 : 0;
+        if (depth == 0 && tokens[at].text == "}")
+            return at + 1;
+    }
+    return tokens.size();
+}
+
+bool isTextureKeyword(const std::string& text)
+{
+    return text == "texture" || text == "Texture" || text == "texture2D" || text == "textureCUBE";
+}
+
+}  // namespace
+
+// Besides techniques, two effect-only forms are cut out, which the HLSL compiler does not
+// take: `texture` declarations and `= sampler_state { ... }` initialisers. Samplers then
+// take their states from passes and the device, their textures from SetTexture.
 bool parseEffectText(const std::string& text, FxText& out)
 {
     const std::vector<FxToken> tokens = tokenizeEffect(text);
@@ -143,23 +182,25 @@ bool parseEffectText(const std::string& text, FxText& out)
     int depth = 0;
     for (size_t at = 0; at < tokens.size();) {
         const std::string& token = tokens[at].text;
+        size_t next = at + 1;
         if (depth == 0 && isTechniqueKeyword(token)) {
             PassReader reader(tokens, at);
             FxTechnique technique;
             if (!reader.readTechnique(technique))
                 return false;
-            const size_t begin = tokens[at].begin;
-            const size_t end = tokens[reader.position() - 1].end;
-            // Blank the block out, keeping line breaks so that compile errors keep their lines.
-            std::replace_if(out.hlsl.begin() + std::ptrdiff_t(begin), out.hlsl.begin() + std::ptrdiff_t(end),
-                            [](char c) { return c != '\n'; }, ' ');
             out.techniques.push_back(std::move(technique));
-            at = reader.position();
+            next = reader.position();
+        } else if (depth == 0 && isTextureKeyword(token)) {
+            next = statementEnd(tokens, at);
+        } else if (token == "=" && at + 1 < tokens.size() && tokens[at + 1].text == "sampler_state") {
+            next = blockEnd(tokens, at);
+        } else {
+            depth = std::max(depth + (token == "{" ? 1 : token == "}" ? -1 : 0), 0);
+            ++at;
             continue;
         }
-        depth += token == "{" ? 1 : token == "}" ? -1 : 0;
-        depth = std::max(depth, 0);
-        ++at;
+        blankOut(out.hlsl, tokens[at].begin, tokens[next - 1].end);
+        at = next;
     }
     return true;
 }

@@ -12,7 +12,6 @@ void GlName::reset()
     case GlKind::Texture: glDeleteTextures(1, &name_); break;
     case GlKind::Buffer: glDeleteBuffers(1, &name_); break;
     case GlKind::Framebuffer: glDeleteFramebuffers(1, &name_); break;
-    case GlKind::Renderbuffer: glDeleteRenderbuffers(1, &name_); break;
     case GlKind::Sampler: glDeleteSamplers(1, &name_); break;
     case GlKind::Query: glDeleteQueries(1, &name_); break;
     case GlKind::VertexArray: glDeleteVertexArrays(1, &name_); break;
@@ -29,7 +28,6 @@ GlName createGlName(const std::shared_ptr<Context>& context, GlKind kind, GLenum
     case GlKind::Texture: glCreateTextures(target, 1, &name); break;
     case GlKind::Buffer: glCreateBuffers(1, &name); break;
     case GlKind::Framebuffer: glCreateFramebuffers(1, &name); break;
-    case GlKind::Renderbuffer: glCreateRenderbuffers(1, &name); break;
     case GlKind::Sampler: glCreateSamplers(1, &name); break;
     case GlKind::Query: glCreateQueries(target, 1, &name); break;
     case GlKind::VertexArray: glCreateVertexArrays(1, &name); break;

@@ -9,7 +9,7 @@
 
 namespace qx::gpu {
 
-enum class GlKind { Texture, Buffer, Framebuffer, Renderbuffer, Sampler, Query, VertexArray, Program, Shader };
+enum class GlKind { Texture, Buffer, Framebuffer, Sampler, Query, VertexArray, Program, Shader };
 
 class GlName {
 public:

@@ -33,6 +33,7 @@ bool GraphicsDevice::Create(const gpu::D3DPRESENT_PARAMETERS& parameters)
         return false;
     }
     current = this;
+    ReleaseThread();
     return true;
 }
 
@@ -76,6 +77,7 @@ void GraphicsDevice::EndFrame(bool present)
         SaveScreenshot();
     (void)present;  // nothing is ever shown: the back buffer is off-screen
     Flush();
+    ReleaseThread();
 }
 
 void GraphicsDevice::SaveScreenshot()
@@ -110,7 +112,9 @@ bool GraphicsDevice::Reset()
     if (!device || qx::FAILED(device->Reset(presentParameters)))
         return false;
     flushQuery.reset();
-    return qx::SUCCEEDED(device->CreateQuery(gpu::D3DQUERYTYPE_EVENT, &flushQuery));
+    const bool made = qx::SUCCEEDED(device->CreateQuery(gpu::D3DQUERYTYPE_EVENT, &flushQuery));
+    ReleaseThread();
+    return made;
 }
 
 void GraphicsDevice::SetScreenshot(std::u16string_view path, gpu::D3DXIMAGE_FILEFORMAT format)

@@ -24,12 +24,22 @@ public:
     /// The engine-wide device: the last one created successfully, null when none lives.
     static GraphicsDevice* Current() { return current; }
 
+    // Create, Reset and EndFrame hand the OpenGL context back when they end: device
+    // creation and reset run on the worker thread and frames on the callers' threads.
     bool Create(const gpu::D3DPRESENT_PARAMETERS& parameters);
     void Destroy();
     bool BeginFrame();
     void EndFrame(bool present);
     void Flush();
     bool Reset();
+
+    /// Hands the context back from the calling thread, for a thread that used the device
+    /// outside a frame (loading, uploading) and leaves it to another.
+    void ReleaseThread() const
+    {
+        if (device)
+            device->DetachThread();
+    }
 
     void SetDeviceLostCallback(Callback callback) { onDeviceLost = callback; }
     void SetDeviceResetCallback(Callback callback) { onDeviceReset = callback; }

@@ -154,6 +154,17 @@ technique t0 { pass p0 { FogEnable = TRUE; VertexShader = compile vs_1_1 vs_main
     EXPECT_LE(colourDistance(readPixels(*device, target)[5], 0xFF4040FFu), 1);
 }
 
+TEST_F(EffectTest, TextureDeclarationsAndSamplerStatesCompile)
+{
+    const char* const text = R"(
+texture g_Texture;
+sampler2D g_Sampler = sampler_state { Texture = <g_Texture>; MinFilter = Linear; };
+float4 ps_main(float2 uv : TEXCOORD0) : COLOR0 { return tex2D(g_Sampler, uv); }
+technique t { pass p { PixelShader = compile ps_2_0 ps_main(); } }
+)";
+    EXPECT_NE(makeEffect(device, text), nullptr);
+}
+
 TEST_F(EffectTest, IdenticalTextsShareOneCompiledEffect)
 {
     const auto first = makeEffect(device, kTwoPassEffect);

@@ -128,5 +128,28 @@ TEST_F(RasterTest, AlphaTestDropsPixelsBelowTheReference)
     EXPECT_EQ(pixels[3], 0x80FFFFFFu);
 }
 
+TEST_F(RasterTest, OcclusionQueryCountsTheDrawnPixelsAndEventsEnd)
+{
+    makeTarget(16, 16);
+    std::shared_ptr<Query> occlusion, event;
+    ASSERT_EQ(device->CreateQuery(D3DQUERYTYPE_OCCLUSION, &occlusion), D3D_OK);
+    ASSERT_EQ(device->CreateQuery(D3DQUERYTYPE_EVENT, &event), D3D_OK);
+    EXPECT_NE(device->CreateQuery(77, &event), D3D_OK);
+    ASSERT_EQ(device->CreateQuery(D3DQUERYTYPE_EVENT, &event), D3D_OK);
+    occlusion->Issue(D3DISSUE_BEGIN);
+    drawRectangle(2, 3, 7, 6, 0xFFFFFFFFu);  // 5 x 3 pixels
+    occlusion->Issue(D3DISSUE_END);
+    event->Issue(D3DISSUE_END);
+    DWORD count = 0;
+    HRESULT result = S_FALSE;
+    for (int poll = 0; poll < 1000000 && result == S_FALSE; ++poll)
+        result = occlusion->GetData(&count, sizeof(count), D3DGETDATA_FLUSH);
+    ASSERT_EQ(result, S_OK);
+    EXPECT_EQ(count, 15u);
+    for (int poll = 0; poll < 1000000 && (result = event->GetData(nullptr, 0, D3DGETDATA_FLUSH)) == S_FALSE;)
+        ++poll;
+    EXPECT_EQ(result, S_OK);
+}
+
 }  // namespace
 }  // namespace qx::gpu::testing

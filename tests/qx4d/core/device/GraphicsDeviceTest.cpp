@@ -3,6 +3,8 @@
 
 #include <stb_image.h>
 
+#include <thread>
+
 namespace qx4d::testing {
 namespace {
 
@@ -39,6 +41,33 @@ TEST_F(GraphicsDeviceTest, EndFrameSavesTheScreenshotOnceAndClearsThePath)
     std::filesystem::remove(shot);
     graphics->EndFrame(false);
     EXPECT_FALSE(std::filesystem::exists(shot));
+}
+
+TEST_F(GraphicsDeviceTest, FramesRunOnOtherThreadsThanTheDevicesMaking)
+{
+    // As with the engine's worker: the device is made on one thread, frames come from
+    // others, one at a time.
+    graphics.reset();
+    graphics = std::make_unique<GraphicsDevice>();
+    gpu::D3DPRESENT_PARAMETERS parameters;
+    parameters.BackBufferWidth = parameters.BackBufferHeight = 1;
+    std::thread([&] { ASSERT_TRUE(graphics->Create(parameters)); }).join();
+    for (uint32_t colour : {0xFF0000FFu, 0xFF00FF00u}) {
+        std::vector<uint8_t> pixels;
+        std::thread([&] {
+            std::shared_ptr<gpu::Surface> target;
+            ASSERT_TRUE(graphics->BeginFrame());
+            Device().CreateRenderTarget(2, 2, gpu::D3DFMT_A8R8G8B8, &target);
+            Device().SetRenderTarget(0, target);
+            Device().Clear(gpu::D3DCLEAR_TARGET, colour, 1.0f, 0);
+            target->texture()->download(0, 0, pixels);
+            graphics->EndFrame(false);
+        }).join();
+        ASSERT_EQ(pixels.size(), 16u);
+        uint32_t first = 0;
+        std::memcpy(&first, pixels.data(), 4);
+        EXPECT_EQ(first, colour);
+    }
 }
 
 }  // namespace
