@@ -24,6 +24,8 @@ public:
     ~Material();
     Material(const Material&) = delete;
     Material& operator=(const Material&) = delete;
+    /// A moved-from material holds no effect. Assignment is refused: it would drop the
+    /// effect held before without giving it back.
     Material(Material&&) noexcept = default;
     Material& operator=(Material&&) = delete;
 
