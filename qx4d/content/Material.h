@@ -22,12 +22,10 @@ public:
     Material() = default;
     /// Gives the effect back to the renderer.
     ~Material();
+    /// A material holds a count on its effect and gives it back once, when it dies: it
+    /// is neither copied nor moved (a handle's move is a copy).
     Material(const Material&) = delete;
     Material& operator=(const Material&) = delete;
-    /// A moved-from material holds no effect. Assignment is refused: it would drop the
-    /// effect held before without giving it back.
-    Material(Material&&) noexcept = default;
-    Material& operator=(Material&&) = delete;
 
     /// Reads "MATERIALS:" + `fileName`; when the file can't be read or parsed the material
     /// stays as it is. True when a document was read.
