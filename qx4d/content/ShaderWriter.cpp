@@ -259,20 +259,20 @@ void ShaderWriter::WriteLightGlobals()
 {
     int index = 0;
     for (const uint32_t key : material.shaderKeys) {
-        const char* spec = (key & kKeySpecular) ? "Spec" : "";
+        const char* suffix = (key & kKeySpecular) ? "Spec" : "";
         int& counter = (key & kKeyPerPixel) ? psConstant : vsConstant;
         const int extra = (key & kKeySpecular) ? 1 : 0;
         switch (LightKindOf(key)) {
         case KeyLightKind::Spot:
-            Emit("SpotLight%s g_Light%d : register(c%d);", spec, index, counter);
+            Emit("SpotLight%s g_Light%d : register(c%d);", suffix, index, counter);
             counter += 3 + extra;
             break;
         case KeyLightKind::Point:
-            Emit("PointLight%s g_Light%d : register(c%d);", spec, index, counter);
+            Emit("PointLight%s g_Light%d : register(c%d);", suffix, index, counter);
             counter += 2 + extra;
             break;
         case KeyLightKind::Distant:
-            Emit("DistantLight%s g_Light%d : register(c%d);", spec, index, counter);
+            Emit("DistantLight%s g_Light%d : register(c%d);", suffix, index, counter);
             counter += 2 + extra;
             break;
         case KeyLightKind::None:

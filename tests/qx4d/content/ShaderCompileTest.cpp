@@ -3,6 +3,7 @@
 // defines all that the generated text calls, with the register sizes it counts on.
 #include "qx4d/content/ShaderWriter.h"
 
+#include "platform/os/WideText.h"
 #include "qx4d/core/FileManager.h"
 #include "qx4d/core/device/GraphicsDevice.h"
 #include "qx4d/core/device/Renderer.h"
@@ -65,6 +66,7 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(files.Mount(u"EFFECTS", std::u16string(u"" QX_SOURCE_DIR "/data/Effects")));
+        ASSERT_TRUE(files.Mount(u"MATERIALS", std::u16string(u"" QX_SOURCE_DIR "/data/Materials")));
         gpu::D3DPRESENT_PARAMETERS parameters;
         parameters.BackBufferWidth = parameters.BackBufferHeight = 1;
         parameters.BackBufferFormat = gpu::D3DFMT_A8R8G8B8;
@@ -135,6 +137,31 @@ TEST_F(ShaderCompileTest, BuildCreatesASharedEffect)
     ASSERT_TRUE(second.Build(declaration, scene));
     EXPECT_EQ(first.effect.Index(), second.effect.Index());
     EXPECT_EQ(renderer->GetEffect(first.effect)->refCount, 2);
+}
+
+// The content pack's materials, each on a mesh of positions, normals and the coordinate
+// sets its textures read (a reflection reads the generated set after them), under a
+// distant, a point and a spot light and in fog: each gives an effect.
+TEST_F(ShaderCompileTest, StandardMaterialsBuild)
+{
+    const char16_t* const names[] = {u"color.mat",         u"texture.mat",       u"color_reflective.mat",
+                                     u"texture_reflective.mat", u"texture_alpha.mat", u"two_textures_opacity.mat"};
+    ShadingScene scene;
+    scene.fog.fogType = 1;
+    for (const char16_t* name : names) {
+        const std::u16string_view file(name);
+        std::vector<std::pair<int, int>> usages = kPosNormal;
+        if (file.starts_with(u"texture") || file.starts_with(u"two"))
+            usages.emplace_back(kTex, 0);
+        if (file.starts_with(u"two"))
+            usages.emplace_back(kTex, 1);
+        const auto declaration = Declaration(usages);
+        Material material;
+        ASSERT_TRUE(material.Load(String(file)));
+        material.reflective = file.find(u"reflective") != std::u16string_view::npos;
+        material.shaderKeys = {0x21200, 0x21400, 0x31800};
+        EXPECT_TRUE(material.Build(declaration, scene)) << qx::os::toUtf8(std::u16string(file));
+    }
 }
 
 }  // namespace
