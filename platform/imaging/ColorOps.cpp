@@ -3,24 +3,23 @@
 #include "platform/imaging/Samples.h"
 
 #include <array>
+#include <span>
 
 namespace qx::imaging {
 namespace {
 
 /// Share of the hexcone's range that channel `sextantOffset` (5 red, 3 green, 1 blue)
 /// loses at hue `hue` (in sextants, 0..6): the piecewise-linear HSV-to-RGB curve.
-inline float hexconeDrop(float sextantOffset, float hue)
+QX_IMAGING_INLINE float hexconeDrop(float sextantOffset, float hue)
 {
-    float k = sextantOffset + hue;
-    k = k >= 6.0f ? k - 6.0f : k;
-    const float nearest = std::min(k, 4.0f - k);
-    const float low = nearest < 0.0f ? 0.0f : nearest;
-    return low > 1.0f ? 1.0f : low;
+    const float turned = sextantOffset + hue;
+    const float k = turned - (turned >= 6.0f ? 6.0f : 0.0f);
+    return std::clamp(std::min(k, 4.0f - k), 0.0f, 1.0f);
 }
 
 /// One sample with its hue moved by `shift` sextants (0..6). Value (the largest channel)
 /// and chroma (largest minus smallest) stay, so greys are untouched.
-inline uint32_t rotateHue(uint32_t sample, float shift)
+QX_IMAGING_INLINE uint32_t rotateHue(uint32_t sample, float shift)
 {
     const float red = float(redOf(sample));
     const float green = float(greenOf(sample));
@@ -34,11 +33,57 @@ inline uint32_t rotateHue(uint32_t sample, float shift)
                 : value == green ? (blue - red) * inverse + 2.0f
                                  : (red - green) * inverse + 4.0f;
     hue += shift;
-    hue = hue < 0.0f ? hue + 6.0f : hue;
-    hue = hue >= 6.0f ? hue - 6.0f : hue;
-    return withChannels(sample, roundChannel(value - chroma * hexconeDrop(5.0f, hue)),
-                        roundChannel(value - chroma * hexconeDrop(3.0f, hue)),
-                        roundChannel(value - chroma * hexconeDrop(1.0f, hue)));
+    hue += hue < 0.0f ? 6.0f : 0.0f;
+    hue -= hue >= 6.0f ? 6.0f : 0.0f;
+    // The drop is within 0..1, so each channel lies between the smallest and the largest
+    // of the sample and needs rounding only, no clamping.
+    auto dropped = [&](float sextantOffset) {
+        return int32_t(value - chroma * hexconeDrop(sextantOffset, hue) + 0.5f);
+    };
+    return withChannels(sample, dropped(5.0f), dropped(3.0f), dropped(1.0f));
+}
+
+QX_IMAGING_INLINE void rotateHues(std::span<uint32_t> samples, float shift)
+{
+    for (uint32_t& sample : samples)
+        sample = rotateHue(sample, shift);
+}
+
+QX_IMAGING_INLINE void scaleSaturations(std::span<uint32_t> samples, int32_t factor)
+{
+    for (uint32_t& sample : samples) {
+        const int32_t red = redOf(sample);
+        const int32_t green = greenOf(sample);
+        const int32_t blue = blueOf(sample);
+        const int32_t luma = lumaOf(red, green, blue);
+        auto scaled = [&](int32_t channel) {
+            return clampChannel(luma + (((channel - luma) * factor + 32768) >> 16));
+        };
+        sample = withChannels(sample, scaled(red), scaled(green), scaled(blue));
+    }
+}
+
+/// The weights of a tint: of the original channel, of the luma per channel, and the
+/// brightness added to all three.
+struct TintMix {
+    float keep;
+    float lift;
+    float redGain;
+    float greenGain;
+    float blueGain;
+};
+
+QX_IMAGING_INLINE void tintSamples(std::span<uint32_t> samples, TintMix mix)
+{
+    for (uint32_t& sample : samples) {
+        const int32_t r = redOf(sample);
+        const int32_t g = greenOf(sample);
+        const int32_t b = blueOf(sample);
+        const float luma = float(lumaOf(r, g, b));
+        sample = withChannels(sample, roundChannel(float(r) * mix.keep + luma * mix.redGain + mix.lift),
+                              roundChannel(float(g) * mix.keep + luma * mix.greenGain + mix.lift),
+                              roundChannel(float(b) * mix.keep + luma * mix.blueGain + mix.lift));
+    }
 }
 
 /// Maps blue, green and red of every sample through one table.
@@ -58,8 +103,8 @@ bool changeHue(BitmapHandle& bitmap, int32_t degrees)
         return false;
     const int32_t turn = (degrees % 360 + 360) % 360;
     const float shift = float(turn) / 60.0f;
-    for (uint32_t& sample : bitmap.pixels())
-        sample = rotateHue(sample, shift);
+    if (turn != 0)
+        runVectorised<rotateHues>(bitmap.pixels(), shift);
     return true;
 }
 
@@ -70,16 +115,8 @@ bool changeSaturation(BitmapHandle& bitmap, int32_t change)
     // Distance from the grey scaled by (1000 + change) / 1000, in 16-bit fixed point:
     // 65536 at 0 keeps every channel exactly, 0 at -1000 leaves only the luma.
     const int32_t factor = (1000 + std::clamp(change, -1000, 1000)) * 65536 / 1000;
-    for (uint32_t& sample : bitmap.pixels()) {
-        const int32_t red = redOf(sample);
-        const int32_t green = greenOf(sample);
-        const int32_t blue = blueOf(sample);
-        const int32_t luma = lumaOf(red, green, blue);
-        auto scaled = [&](int32_t channel) {
-            return clampChannel(luma + (((channel - luma) * factor + 32768) >> 16));
-        };
-        sample = withChannels(sample, scaled(red), scaled(green), scaled(blue));
-    }
+    if (factor != 65536)
+        runVectorised<scaleSaturations>(bitmap.pixels(), factor);
     return true;
 }
 
@@ -88,21 +125,15 @@ bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32
 {
     if (bitmap.isNull())
         return false;
-    const float keep = float(std::clamp(originalShare, 0, 1000)) / 1000.0f;
     const float filter = float(std::clamp(tintShare, 0, 1000)) / 1000.0f;
-    const float lift = float(std::clamp(brightness, -1000, 1000)) * 255.0f / 1000.0f;
-    const float redGain = filter * float(std::clamp(red, 0, 1000)) / 1000.0f;
-    const float greenGain = filter * float(std::clamp(green, 0, 1000)) / 1000.0f;
-    const float blueGain = filter * float(std::clamp(blue, 0, 1000)) / 1000.0f;
-    for (uint32_t& sample : bitmap.pixels()) {
-        const int32_t r = redOf(sample);
-        const int32_t g = greenOf(sample);
-        const int32_t b = blueOf(sample);
-        const float luma = float(lumaOf(r, g, b));
-        sample = withChannels(sample, roundChannel(float(r) * keep + luma * redGain + lift),
-                              roundChannel(float(g) * keep + luma * greenGain + lift),
-                              roundChannel(float(b) * keep + luma * blueGain + lift));
-    }
+    const TintMix mix{
+        .keep = float(std::clamp(originalShare, 0, 1000)) / 1000.0f,
+        .lift = float(std::clamp(brightness, -1000, 1000)) * 255.0f / 1000.0f,
+        .redGain = filter * float(std::clamp(red, 0, 1000)) / 1000.0f,
+        .greenGain = filter * float(std::clamp(green, 0, 1000)) / 1000.0f,
+        .blueGain = filter * float(std::clamp(blue, 0, 1000)) / 1000.0f,
+    };
+    runVectorised<tintSamples>(bitmap.pixels(), mix);
     return true;
 }
 
