@@ -1,7 +1,6 @@
 #include "platform/imaging/NarrowBlur.h"
 
 #include "platform/imaging/Vectorised.h"
-#include "platform/pixel/FrameMemory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -167,9 +166,12 @@ __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> colum
 
 #undef QX_AVX2
 
-/// Both passes, the rows into `rows` and then down the columns back into `bitmap`.
-__attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, std::span<uint32_t> rows,
-                                                    int32_t radius, const WindowDivisor& divisor)
+/// Both passes at once, a row at a time: row y of the picture is written as soon as
+/// the rows up to y + radius are blurred along themselves, which a ring of 2 * radius
+/// + 2 such rows holds (every row, for shorter pictures). The ring stays in the cache
+/// where a whole blurred frame would not, and no row is read after it is written.
+__attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, int32_t radius,
+                                                    const WindowDivisor& divisor)
 {
     const size_t width = size_t(bitmap.width());
     const size_t window = 2 * size_t(radius) + 1;
@@ -178,18 +180,26 @@ __attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, std::s
     const size_t paddedLength = (((width + 7) / 8) * 8 + window + 3) / 4 * 4;
     NarrowScratch scratch{std::vector<uint32_t>(paddedLength), std::vector<uint16_t>(4 * (paddedLength + 1)),
                           std::vector<uint16_t>(4 * width)};
-    for (int32_t y = 0; y < bitmap.height(); ++y)
-        blurRowNarrow(bitmap.row(y), rows.subspan(size_t(y) * width, width), radius, divisor, scratch);
-
     const int32_t last = bitmap.height() - 1;
-    auto rowAt = [&](int32_t y) {
-        return reinterpret_cast<const uint8_t*>(rows.data() + size_t(std::clamp(y, 0, last)) * width);
+    const int32_t ringRows = std::min(2 * radius + 2, bitmap.height());
+    std::vector<uint32_t> ring(size_t(ringRows) * width);
+    auto ringRow = [&](int32_t y) {
+        return std::span<uint32_t>(ring).subspan(size_t(std::clamp(y, 0, last) % ringRows) * width, width);
     };
+    int32_t blurredUpTo = -1;
+    auto blurRowsUpTo = [&](int32_t y) {
+        for (; blurredUpTo < std::min(y, last); ++blurredUpTo)
+            blurRowNarrow(bitmap.row(blurredUpTo + 1), ringRow(blurredUpTo + 1), radius, divisor, scratch);
+    };
+    auto bytesOf = [&](int32_t y) { return reinterpret_cast<const uint8_t*>(ringRow(y).data()); };
+
+    blurRowsUpTo(radius);
     for (int32_t k = -radius; k <= radius; ++k)
-        addRowNarrow(scratch.columns, rowAt(k));
+        addRowNarrow(scratch.columns, bytesOf(k));
     for (int32_t y = 0; y <= last; ++y) {
-        blurColumnsNarrow(scratch.columns, reinterpret_cast<uint8_t*>(bitmap.row(y).data()), rowAt(y + radius + 1),
-                          rowAt(y - radius), divisor);
+        blurRowsUpTo(y + radius + 1);
+        blurColumnsNarrow(scratch.columns, reinterpret_cast<uint8_t*>(bitmap.row(y).data()),
+                          bytesOf(y + radius + 1), bytesOf(y - radius), divisor);
     }
 }
 
@@ -202,10 +212,7 @@ bool blurNarrow(BitmapHandle& bitmap, int32_t radius)
     const auto divisor = windowDivisor(radius);
     if (!divisor || !detail::hasAvx2())
         return false;
-    const auto rows = pixel::allocateFrameMemory(bitmap.pixels().size());
-    if (!rows)
-        return false;
-    blurNarrowAvx2(bitmap, std::span<uint32_t>(rows.get(), bitmap.pixels().size()), radius, *divisor);
+    blurNarrowAvx2(bitmap, radius, *divisor);
     return true;
 #else
     (void)bitmap;
