@@ -17,23 +17,14 @@ std::optional<WindowDivisor> windowDivisor(int32_t radius)
 {
     if (radius < 1 || radius > 127)
         return std::nullopt;
-    const uint64_t window = 2 * uint64_t(radius) + 1;
+    const uint32_t window = 2 * uint32_t(radius) + 1;
     // Rounding half up: floor((sum + (w - 1) / 2) / w), the same as the general blur's
     // float mean for every window up to 257 samples.
-    const uint64_t bias = (window - 1) / 2;
-    const uint64_t largest = 255 * window + bias;
-    // With m = ceil(2^k / w) and e = m * w - 2^k, n * m / 2^k exceeds n / w by
-    // n * e / (w * 2^k), which stays below 1 / w, and so leaves the floor alone, for
-    // every n up to `largest` when largest * e < 2^k.
-    for (uint16_t shift = 0; shift <= 8; ++shift) {
-        const uint64_t scale = uint64_t(1) << (16 + shift);
-        const uint64_t multiplier = (scale + window - 1) / window;
-        if (multiplier > 0xFFFF)
-            break;
-        if (largest * (multiplier * window - scale) < scale)
-            return WindowDivisor{uint16_t(multiplier), shift, uint16_t(bias)};
-    }
-    return std::nullopt;
+    const uint32_t bias = (window - 1) / 2;
+    const auto divider = findDivider16(window, 255 * window + bias);
+    if (!divider)
+        return std::nullopt;
+    return WindowDivisor{*divider, uint16_t(bias)};
 }
 
 #if defined(__x86_64__)
@@ -45,8 +36,8 @@ namespace {
 QX_AVX2 __m256i means16(__m256i sums, const WindowDivisor& divisor)
 {
     const __m256i biased = _mm256_add_epi16(sums, _mm256_set1_epi16(int16_t(divisor.bias)));
-    const __m256i high = _mm256_mulhi_epu16(biased, _mm256_set1_epi16(int16_t(divisor.multiplier)));
-    return _mm256_srl_epi16(high, _mm_cvtsi32_si128(divisor.shift));
+    const __m256i high = _mm256_mulhi_epu16(biased, _mm256_set1_epi16(int16_t(divisor.divider.multiplier)));
+    return _mm256_srl_epi16(high, _mm_cvtsi32_si128(divisor.divider.shift));
 }
 
 /// Thirty-two means as bytes, in order, from two vectors of sixteen sums.

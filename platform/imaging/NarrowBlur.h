@@ -4,20 +4,19 @@
 // fits 16 bits, and its rounded mean comes from one high multiply and a shift. The
 // results are those of the general blur, sample for sample.
 #include "platform/imaging/BitmapHandle.h"
+#include "platform/imaging/Divider16.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace qx::imaging {
 
-/// Division with rounding by a window of w samples, for sums up to 255 * w, as
-/// ((sum + bias) * multiplier) >> (16 + shift) with a 16-bit multiplier.
+/// Division with rounding (half up) by a window of w samples, for sums up to 255 * w.
 struct WindowDivisor {
-    uint16_t multiplier = 0;
-    uint16_t shift = 0;
+    Divider16 divider;
     uint16_t bias = 0;
 
-    uint32_t meanOf(uint32_t sum) const { return ((sum + bias) * multiplier) >> (16 + shift); }
+    uint32_t meanOf(uint32_t sum) const { return divider.quotient(sum + bias); }
 };
 
 /// The divisor for a window of 2 * radius + 1 samples, where one exists that is exact
