@@ -201,7 +201,7 @@ bool blurNarrow(BitmapHandle& bitmap, int32_t radius)
 {
 #if defined(__x86_64__)
     const auto divisor = windowDivisor(radius);
-    if (!divisor || !detail::hasAvx2())
+    if (!divisor || activeVectorLevel() == VectorLevel::baseline)
         return false;
     blurNarrowAvx2(bitmap, radius, *divisor);
     return true;

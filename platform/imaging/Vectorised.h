@@ -4,13 +4,26 @@
 // vectoriser and marked QX_IMAGING_INLINE (always inlined, as are the helpers it calls),
 // so that it is compiled three times: for the baseline x86-64 instruction set, for AVX2
 // and for AVX-512 (with its byte, word and 256-bit forms), the widest the processor has
-// taken at run time. The layer is compiled without fused multiply-add contraction, so
-// every float result is the same in all three.
+// taken at run time, or a narrower one for comparing and measuring them. The layer is
+// compiled without fused multiply-add contraction, so every float result is the same
+// in all three.
 //
 //   runVectorised<rotateHues>(samples, shift);
 #define QX_IMAGING_INLINE __attribute__((always_inline)) inline
 
 namespace qx::imaging {
+
+enum class VectorLevel : int { baseline = 0, avx2 = 1, avx512 = 2 };
+
+/// The widest level this processor has.
+VectorLevel supportedVectorLevel();
+
+/// The level the kernels use: the widest the processor has, at most `limitVectorLevel`'s.
+VectorLevel activeVectorLevel();
+
+/// Caps the level the kernels use, for this whole process (no cap at first).
+void limitVectorLevel(VectorLevel level);
+
 namespace detail {
 
 template <auto Kernel, class... Args>
@@ -32,20 +45,6 @@ __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void runAvx512(Arg
     Kernel(args...);
 }
 
-inline bool hasAvx2()
-{
-    static const bool present = (__builtin_cpu_init(), __builtin_cpu_supports("avx2"));
-    return present;
-}
-
-inline bool hasAvx512()
-{
-    static const bool present = (__builtin_cpu_init(), __builtin_cpu_supports("avx512f") &&
-                                                           __builtin_cpu_supports("avx512bw") &&
-                                                           __builtin_cpu_supports("avx512dq") &&
-                                                           __builtin_cpu_supports("avx512vl"));
-    return present;
-}
 #endif
 
 }  // namespace detail
@@ -54,10 +53,14 @@ template <auto Kernel, class... Args>
 void runVectorised(Args... args)
 {
 #if defined(__x86_64__)
-    if (detail::hasAvx512())
+    switch (activeVectorLevel()) {
+    case VectorLevel::avx512:
         return detail::runAvx512<Kernel>(args...);
-    if (detail::hasAvx2())
+    case VectorLevel::avx2:
         return detail::runAvx2<Kernel>(args...);
+    case VectorLevel::baseline:
+        break;
+    }
 #endif
     detail::runBaseline<Kernel>(args...);
 }
