@@ -1,6 +1,7 @@
 #include "platform/imaging/Filters.h"
 
 #include "platform/imaging/NarrowBlur.h"
+#include "platform/imaging/PaddedRow.h"
 #include "platform/imaging/Samples.h"
 #include "platform/pixel/FrameMemory.h"
 
@@ -56,22 +57,13 @@ QX_IMAGING_INLINE void writeColourMeans(const uint32_t* __restrict sums, uint8_t
         out[j] = (j & 3) == 3 ? out[j] : uint8_t(meanOf(sums[j], inverse));
 }
 
-/// The working rows of a box blur: a row with its edges repeated, and the window sums
-/// for one row, one per byte.
+/// The working rows of a box blur: a row with its edges repeated (one more sample after
+/// it than the window needs, read but never summed), and the window sums for one row,
+/// one per byte.
 struct BlurScratch {
     std::span<uint32_t> padded;
     std::span<uint32_t> sums;
 };
-
-/// Fills `padded` with `row`, its first sample repeated `radius` times before it and
-/// its last sample `radius` + 1 times after it (the one extra is read, never summed).
-void padRow(std::span<const uint32_t> row, std::span<uint32_t> padded, int32_t radius)
-{
-    const auto before = padded.begin() + radius;
-    std::fill(padded.begin(), before, row.front());
-    std::copy(row.begin(), row.end(), before);
-    std::fill(before + std::ptrdiff_t(row.size()), padded.end(), row.back());
-}
 
 /// The four channels of a sample as one vector of sums (GCC vector extensions, which
 /// every target has: the running sums below move all four channels in one instruction).

@@ -1,5 +1,6 @@
 #include "platform/imaging/NarrowBlur.h"
 
+#include "platform/imaging/PaddedRow.h"
 #include "platform/imaging/Vectorised.h"
 
 #include <algorithm>
@@ -96,11 +97,8 @@ __attribute__((target("avx2"))) void blurRowNarrow(std::span<const uint32_t> row
 {
     const size_t width = row.size();
     const size_t window = 2 * size_t(radius) + 1;
-    auto& padded = scratch.padded;
-    std::fill_n(padded.begin(), radius, row.front());
-    std::copy(row.begin(), row.end(), padded.begin() + radius);
-    std::fill(padded.begin() + radius + std::ptrdiff_t(width), padded.end(), row.back());
-    prefixSums(padded, scratch.prefix);
+    padRow(row, scratch.padded, radius);
+    prefixSums(scratch.padded, scratch.prefix);
     const uint16_t* prefix = scratch.prefix.data();
     for (size_t x = 0; x < width; x += 8) {
         const __m256i first = _mm256_sub_epi16(loadWide(prefix + 4 * (x + window)), loadWide(prefix + 4 * x));
@@ -142,7 +140,8 @@ __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> colum
         const __m256i first = loadWide(sums + j);
         const __m256i second = loadWide(sums + j + 16);
         auto* target = reinterpret_cast<__m256i*>(out + j);
-        _mm256_storeu_si256(target, _mm256_blendv_epi8(meanBytes(first, second, divisor), _mm256_loadu_si256(target), alpha));
+        const __m256i means = meanBytes(first, second, divisor);
+        _mm256_storeu_si256(target, _mm256_blendv_epi8(means, _mm256_loadu_si256(target), alpha));
         const __m256i firstDelta = _mm256_sub_epi16(widenBytes(entering + j), widenBytes(leaving + j));
         const __m256i secondDelta = _mm256_sub_epi16(widenBytes(entering + j + 16), widenBytes(leaving + j + 16));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums + j), _mm256_add_epi16(first, firstDelta));

@@ -11,6 +11,8 @@
 //   runVectorised<rotateHues>(samples, shift);
 #define QX_IMAGING_INLINE __attribute__((always_inline)) inline
 
+#include <utility>
+
 namespace qx::imaging {
 
 enum class VectorLevel : int { baseline = 0, avx2 = 1, avx512 = 2 };
@@ -27,22 +29,22 @@ void limitVectorLevel(VectorLevel level);
 namespace detail {
 
 template <auto Kernel, class... Args>
-void runBaseline(Args... args)
+void runBaseline(Args&&... args)
 {
-    Kernel(args...);
+    Kernel(std::forward<Args>(args)...);
 }
 
 #if defined(__x86_64__)
 template <auto Kernel, class... Args>
-__attribute__((target("avx2"))) void runAvx2(Args... args)
+__attribute__((target("avx2"))) void runAvx2(Args&&... args)
 {
-    Kernel(args...);
+    Kernel(std::forward<Args>(args)...);
 }
 
 template <auto Kernel, class... Args>
-__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void runAvx512(Args... args)
+__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void runAvx512(Args&&... args)
 {
-    Kernel(args...);
+    Kernel(std::forward<Args>(args)...);
 }
 
 #endif
@@ -50,19 +52,19 @@ __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void runAvx512(Arg
 }  // namespace detail
 
 template <auto Kernel, class... Args>
-void runVectorised(Args... args)
+void runVectorised(Args&&... args)
 {
 #if defined(__x86_64__)
     switch (activeVectorLevel()) {
     case VectorLevel::avx512:
-        return detail::runAvx512<Kernel>(args...);
+        return detail::runAvx512<Kernel>(std::forward<Args>(args)...);
     case VectorLevel::avx2:
-        return detail::runAvx2<Kernel>(args...);
+        return detail::runAvx2<Kernel>(std::forward<Args>(args)...);
     case VectorLevel::baseline:
         break;
     }
 #endif
-    detail::runBaseline<Kernel>(args...);
+    detail::runBaseline<Kernel>(std::forward<Args>(args)...);
 }
 
 }  // namespace qx::imaging
