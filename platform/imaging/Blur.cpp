@@ -11,6 +11,10 @@
 #include <numbers>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace qx::imaging {
 namespace {
 
@@ -73,8 +77,16 @@ QX_IMAGING_INLINE ChannelVector channelsAt(const uint8_t* bytes)
 {
     uint32_t sample = 0;
     std::memcpy(&sample, bytes, sizeof sample);
+#if defined(__SSE2__)
+    // Unpacking with zeros is in every x86-64 processor; shifts by a vector of counts
+    // (below) come only with AVX2.
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(int32_t(sample)), zero);
+    return ChannelVector(_mm_unpacklo_epi16(words, zero));
+#else
     const ChannelVector spread{sample, sample, sample, sample};
     return (spread >> ChannelVector{0, 8, 16, 24}) & 0xFFu;
+#endif
 }
 
 /// Window sums along one padded row, per byte: running sums of four channels at once.

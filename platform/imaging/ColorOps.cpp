@@ -197,8 +197,10 @@ bool posterize(BitmapHandle& bitmap, int32_t levels)
     }
     if (levels == 256)
         return true;  // every value is its own level
+    // Without AVX2 the multiplies of 32-bit lanes are emulated, and the table is faster.
     const auto dividers = levelDividers(steps);
-    if (dividers && std::ranges::equal(table, posterizedTable(*dividers)))
+    if (activeVectorLevel() != VectorLevel::baseline && dividers &&
+        std::ranges::equal(table, posterizedTable(*dividers)))
         runVectorised<posterizeSamples>(bitmap.pixels(), *dividers);
     else
         mapChannels(bitmap, table);
