@@ -32,9 +32,13 @@ QX_IMAGING_INLINE uint32_t rotateHue(uint32_t sample, float shift)
     // Chroma is a whole number; when it is 0 every difference below is 0 too, so
     // dividing by 1 instead keeps the loop free of branches.
     const float inverse = 1.0f / std::max(chroma, 1.0f);
-    float hue = value == red     ? (green - blue) * inverse
-                : value == green ? (blue - red) * inverse + 2.0f
-                                 : (red - green) * inverse + 4.0f;
+    // The sextant of the largest channel, and the other two's difference within it: one
+    // multiply after the choice rather than one for each case (adding 0 changes nothing).
+    const bool redLargest = value == red;
+    const bool greenLargest = !redLargest && value == green;
+    const float difference = redLargest ? green - blue : greenLargest ? blue - red : red - green;
+    const float sextant = redLargest ? 0.0f : greenLargest ? 2.0f : 4.0f;
+    float hue = difference * inverse + sextant;
     hue += shift;
     hue += hue < 0.0f ? 6.0f : 0.0f;
     hue -= hue >= 6.0f ? 6.0f : 0.0f;
@@ -46,6 +50,7 @@ QX_IMAGING_INLINE uint32_t rotateHue(uint32_t sample, float shift)
     return withChannels(sample, dropped(5.0f), dropped(3.0f), dropped(1.0f));
 }
 
+/// The loop kernels below run on all samples of a picture through runVectorised.
 QX_IMAGING_INLINE void rotateHues(std::span<uint32_t> samples, float shift)
 {
     for (uint32_t& sample : samples)
@@ -151,6 +156,7 @@ bool changeHue(BitmapHandle& bitmap, int32_t degrees)
         return false;
     const int32_t turn = (degrees % 360 + 360) % 360;
     const float shift = float(turn) / 60.0f;
+    // A whole turn gives every 24-bit colour back exactly, so the pixels are left alone.
     if (turn != 0)
         runVectorised<rotateHues>(bitmap.pixels(), shift);
     return true;
