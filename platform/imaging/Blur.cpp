@@ -1,11 +1,19 @@
 #include "platform/imaging/Filters.h"
 
+#include "platform/imaging/NarrowBlur.h"
+#include "platform/imaging/PaddedRow.h"
 #include "platform/imaging/Samples.h"
+#include "platform/pixel/FrameMemory.h"
 
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace qx::imaging {
 namespace {
@@ -19,16 +27,14 @@ struct ChannelSums {
         for (size_t c = 0; c < 4; ++c)
             sum[c] += (sample >> (8 * c)) & 0xFF;
     }
-    void remove(uint32_t sample)
-    {
-        for (size_t c = 0; c < 4; ++c)
-            sum[c] -= (sample >> (8 * c)) & 0xFF;
-    }
 };
 
-inline uint32_t meanOf(uint32_t sum, float inverse)
+QX_IMAGING_INLINE uint32_t meanOf(uint32_t sum, float inverse)
 {
-    return uint32_t(float(sum) * inverse + 0.5f);
+    // Signed conversions, one vector instruction each where the unsigned ones are
+    // several: a window sum stays below 2^31 for any window under 8 million samples,
+    // and the mean is at most 255.5.
+    return uint32_t(int32_t(float(int32_t(sum)) * inverse + 0.5f));
 }
 
 /// The colour channels of `sums` divided by the window, with the alpha of `original`.
@@ -38,49 +44,119 @@ inline uint32_t meanSample(uint32_t original, const uint32_t* sums, float invers
            (meanOf(sums[2], inverse) << 16);
 }
 
-/// Running window sum along one row, the edge samples repeated past the ends.
-void blurRow(std::span<const uint32_t> in, std::span<uint32_t> out, int32_t radius, float inverse)
+/// Writes the means of `sums`, one per byte of a row, to `out`.
+QX_IMAGING_INLINE void writeMeans(const uint32_t* __restrict sums, uint8_t* __restrict out, size_t count,
+                                  float inverse)
 {
-    const int32_t last = int32_t(in.size()) - 1;
-    auto at = [&](int32_t x) { return in[size_t(std::clamp(x, 0, last))]; };
-    ChannelSums window;
-    for (int32_t k = -radius; k <= radius; ++k)
-        window.add(at(k));
-    for (int32_t x = 0; x <= last; ++x) {
-        out[size_t(x)] = meanSample(in[size_t(x)], window.sum.data(), inverse);
-        window.add(at(x + radius + 1));
-        window.remove(at(x - radius));
+    for (size_t j = 0; j < count; ++j)
+        out[j] = uint8_t(meanOf(sums[j], inverse));
+}
+
+/// Writes the means of `sums` to the blue, green and red bytes of `out`, leaving its
+/// alpha bytes as they are.
+QX_IMAGING_INLINE void writeColourMeans(const uint32_t* __restrict sums, uint8_t* __restrict out, size_t count,
+                                        float inverse)
+{
+    for (size_t j = 0; j < count; ++j)
+        out[j] = (j & 3) == 3 ? out[j] : uint8_t(meanOf(sums[j], inverse));
+}
+
+/// The working rows of a box blur: a row with its edges repeated (one more sample after
+/// it than the window needs, read but never summed), and the window sums for one row,
+/// one per byte.
+struct BlurScratch {
+    std::span<uint32_t> padded;
+    std::span<uint32_t> sums;
+};
+
+/// The four channels of a sample as one vector of sums (GCC vector extensions, which
+/// every target has: the running sums below move all four channels in one instruction).
+using ChannelVector = uint32_t __attribute__((vector_size(16)));
+
+QX_IMAGING_INLINE ChannelVector channelsAt(const uint8_t* bytes)
+{
+    uint32_t sample = 0;
+    std::memcpy(&sample, bytes, sizeof sample);
+#if defined(__SSE2__)
+    // Unpacking with zeros is in every x86-64 processor; shifts by a vector of counts
+    // (below) come only with AVX2.
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(int32_t(sample)), zero);
+    return ChannelVector(_mm_unpacklo_epi16(words, zero));
+#else
+    const ChannelVector spread{sample, sample, sample, sample};
+    return (spread >> ChannelVector{0, 8, 16, 24}) & 0xFFu;
+#endif
+}
+
+/// Window sums along one padded row, per byte: running sums of four channels at once.
+QX_IMAGING_INLINE void slideAlongRow(const uint8_t* padded, uint32_t* sums, size_t width, int32_t radius)
+{
+    const size_t windowBytes = 4 * size_t(2 * radius + 1);
+    ChannelVector window{};
+    for (size_t j = 0; j < windowBytes; j += 4)
+        window += channelsAt(padded + j);
+    for (size_t j = 0; j < 4 * width; j += 4) {
+        std::memcpy(sums + j, &window, sizeof window);
+        window += channelsAt(padded + j + windowBytes) - channelsAt(padded + j);
     }
 }
 
-/// Adds (or with `sign` -1 takes away) the bytes of one row to per-byte column sums.
-void accumulateRow(std::vector<uint32_t>& sums, std::span<const uint32_t> row, uint32_t sign)
+/// The horizontal pass: each row of `bitmap` blurred along itself into `out`.
+QX_IMAGING_INLINE void blurRows(const BitmapHandle& bitmap, std::span<uint32_t> out, BlurScratch scratch,
+                                int32_t radius, float inverse)
 {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(row.data());
-    for (size_t j = 0; j < sums.size(); ++j)
-        sums[j] += sign * bytes[j];
+    const size_t width = size_t(bitmap.width());
+    const auto* padded = reinterpret_cast<const uint8_t*>(scratch.padded.data());
+    for (int32_t y = 0; y < bitmap.height(); ++y) {
+        const auto row = bitmap.row(y);
+        padRow(row, scratch.padded, radius);
+        slideAlongRow(padded, scratch.sums.data(), width, radius);
+        writeMeans(scratch.sums.data(), reinterpret_cast<uint8_t*>(out.data() + size_t(y) * width), 4 * width,
+                   inverse);
+    }
 }
 
-/// Running window sum down the columns, one row of sums at a time so the work on a row
-/// is a plain loop across it.
-void blurColumns(const std::vector<uint32_t>& in, BitmapHandle& bitmap, int32_t radius, float inverse)
+/// Adds the bytes of one row to column sums.
+QX_IMAGING_INLINE void addRow(uint32_t* sums, const uint8_t* row, size_t count)
 {
-    const int32_t width = bitmap.width();
+    for (size_t j = 0; j < count; ++j)
+        sums[j] += row[j];
+}
+
+/// Moves column sums one row down: adds the bytes of the row entering the window and
+/// takes away those of the row leaving it.
+QX_IMAGING_INLINE void slideDown(uint32_t* sums, const uint8_t* entering, const uint8_t* leaving, size_t count)
+{
+    for (size_t j = 0; j < count; ++j)
+        sums[j] += uint32_t(entering[j]) - uint32_t(leaving[j]);
+}
+
+/// The vertical pass: running window sums down the columns of `in`, a row of sums at a
+/// time so the work on a row is a plain loop across it, written into `bitmap`.
+QX_IMAGING_INLINE void blurColumns(std::span<const uint32_t> in, BitmapHandle& bitmap, std::span<uint32_t> sums,
+                                   int32_t radius, float inverse)
+{
+    const size_t count = 4 * size_t(bitmap.width());
     const int32_t last = bitmap.height() - 1;
-    auto rowAt = [&](int32_t y) {
-        return std::span<const uint32_t>(in).subspan(size_t(std::clamp(y, 0, last)) * size_t(width),
-                                                     size_t(width));
-    };
-    std::vector<uint32_t> sums(size_t(width) * 4, 0);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(in.data());
+    auto rowAt = [&](int32_t y) { return bytes + size_t(std::clamp(y, 0, last)) * count; };
+    std::fill(sums.begin(), sums.end(), 0u);
     for (int32_t k = -radius; k <= radius; ++k)
-        accumulateRow(sums, rowAt(k), 1u);
+        addRow(sums.data(), rowAt(k), count);
     for (int32_t y = 0; y <= last; ++y) {
-        auto out = bitmap.row(y);
-        for (int32_t x = 0; x < width; ++x)
-            out[size_t(x)] = meanSample(out[size_t(x)], &sums[size_t(x) * 4], inverse);
-        accumulateRow(sums, rowAt(y + radius + 1), 1u);
-        accumulateRow(sums, rowAt(y - radius), uint32_t(-1));
+        auto* out = reinterpret_cast<uint8_t*>(bitmap.row(y).data());
+        writeColourMeans(sums.data(), out, count, inverse);
+        slideDown(sums.data(), rowAt(y + radius + 1), rowAt(y - radius), count);
     }
+}
+
+/// Both passes of a box blur, compiled as one vectorised kernel.
+QX_IMAGING_INLINE void boxBlur(BitmapHandle& bitmap, std::span<uint32_t> rows, BlurScratch scratch, int32_t radius,
+                               float inverse)
+{
+    blurRows(bitmap, rows, scratch, radius, inverse);
+    blurColumns(rows, bitmap, scratch.sums, radius, inverse);
 }
 
 struct Step {
@@ -116,14 +192,19 @@ bool blur(BitmapHandle& bitmap, int32_t size)
     if (bitmap.isNull() || size < 0)
         return false;
     const int32_t radius = std::min(size, largerSide(bitmap));
-    if (radius == 0)
+    if (radius == 0 || blurNarrow(bitmap, radius))
         return true;
     const float inverse = 1.0f / float(2 * radius + 1);
     const size_t width = size_t(bitmap.width());
-    std::vector<uint32_t> rows(bitmap.pixels().size());
-    for (int32_t y = 0; y < bitmap.height(); ++y)
-        blurRow(bitmap.row(y), std::span<uint32_t>(rows).subspan(size_t(y) * width, width), radius, inverse);
-    blurColumns(rows, bitmap, radius, inverse);
+    // The blurred rows take a whole frame; reused frame memory spares the page faults
+    // of a fresh block on every call.
+    const auto rows = pixel::allocateFrameMemory(bitmap.pixels().size());
+    if (!rows)
+        return false;
+    std::vector<uint32_t> padded(width + 2 * size_t(radius) + 1);
+    std::vector<uint32_t> sums(4 * width);
+    runVectorised<boxBlur>(bitmap, std::span<uint32_t>(rows.get(), bitmap.pixels().size()),
+                           BlurScratch{padded, sums}, radius, inverse);
     return true;
 }
 

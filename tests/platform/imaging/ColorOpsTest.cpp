@@ -140,6 +140,33 @@ TEST(Posterize, ARampKeepsExactlyTheRequestedLevels)
     EXPECT_EQ(levelsOfARamp(256).size(), 256u);
 }
 
+TEST(Posterize, EveryLevelCountGivesARampItsLevelsInOrderEachNearItsValue)
+{
+    std::vector<uint32_t> ramp;
+    for (int value = 0; value < 256; ++value)
+        ramp.push_back(bgra(value, 255 - value, value, value));
+    for (int32_t levels = 2; levels <= 256; ++levels) {
+        auto bitmap = testing::makeBitmap(256, 1, ramp);
+        ASSERT_TRUE(posterize(bitmap, levels));
+        // Levels are 255 / (levels - 1) apart; the nearest is at most half that away,
+        // plus the rounding of the level itself to a whole value.
+        const double reach = 255.0 / (levels - 1) / 2 + 1;
+        std::set<uint32_t> seen;
+        for (int value = 0; value < 256; ++value) {
+            const uint32_t sample = bitmap.pixels()[size_t(value)];
+            ASSERT_EQ(sample >> 24, uint32_t(value));
+            ASSERT_EQ((sample >> 16) & 0xFF, sample & 0xFF);
+            ASSERT_LE(std::abs(int((sample >> 8) & 0xFF) - (255 - value)), reach) << "levels " << levels;
+            ASSERT_LE(std::abs(int(sample & 0xFF) - value), reach) << "levels " << levels;
+            if (value > 0) {
+                ASSERT_GE(sample & 0xFF, bitmap.pixels()[size_t(value) - 1] & 0xFF) << "levels " << levels;
+            }
+            seen.insert(sample & 0xFF);
+        }
+        EXPECT_EQ(seen.size(), size_t(levels));
+    }
+}
+
 TEST(Posterize, TakesTheNearestLevelAndKeepsAlpha)
 {
     auto bitmap = testing::makeBitmap(3, 1, {bgra(42, 43, 128, 17), bgra(127, 128, 212, 0), bgra(213, 0, 255, 99)});

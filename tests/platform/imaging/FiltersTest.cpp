@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace qx::imaging {
@@ -92,6 +93,60 @@ TEST(Blur, WorksOnASingleSampleAndASingleRow)
     ASSERT_TRUE(blur(row, 1));
     EXPECT_EQ(testing::samplesOf(row), (std::vector<uint32_t>{bgra(0, 0, 0), bgra(85, 85, 85), bgra(85, 85, 85),
                                                                bgra(85, 85, 85), bgra(0, 0, 0)}));
+}
+
+/// The box blur by its definition: means along the rows, rounded half up, then means of
+/// those down the columns; samples beyond the border are the edge's.
+std::vector<uint32_t> referenceBlur(const std::vector<uint32_t>& in, int32_t width, int32_t height, int32_t radius)
+{
+    auto channel = [](uint32_t sample, int c) { return int32_t((sample >> (8 * c)) & 0xFF); };
+    auto mean = [&](int32_t sum) { return uint32_t((sum + radius) / (2 * radius + 1)); };
+    auto index = [&](int32_t x, int32_t y) {
+        return size_t(std::clamp(y, 0, height - 1)) * size_t(width) + size_t(std::clamp(x, 0, width - 1));
+    };
+    std::vector<uint32_t> rows(in.size(), 0);
+    std::vector<uint32_t> out(in.size(), 0);
+    for (int32_t y = 0; y < height; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+            out[index(x, y)] = in[index(x, y)] & 0xFF000000u;
+            for (int c = 0; c < 3; ++c) {
+                int32_t sum = 0;
+                for (int32_t k = -radius; k <= radius; ++k)
+                    sum += channel(in[index(x + k, y)], c);
+                rows[index(x, y)] |= mean(sum) << (8 * c);
+            }
+        }
+    }
+    for (int32_t y = 0; y < height; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                int32_t sum = 0;
+                for (int32_t k = -radius; k <= radius; ++k)
+                    sum += channel(rows[index(x, y + k)], c);
+                out[index(x, y)] |= mean(sum) << (8 * c);
+            }
+        }
+    }
+    return out;
+}
+
+TEST(Blur, MatchesItsDefinitionOnDetailedPicturesOfAwkwardSizes)
+{
+    // Widths that leave remainders after groups of 4, 8 and 16 samples, radii on both
+    // sides of 127 (the largest window whose sums fit 16 bits).
+    const std::vector<std::pair<int32_t, int32_t>> sizes = {{1, 9}, {9, 1}, {13, 7}, {37, 20}, {64, 3}};
+    for (auto [width, height] : sizes) {
+        std::vector<uint32_t> samples(size_t(width) * size_t(height));
+        for (size_t i = 0; i < samples.size(); ++i)
+            samples[i] = uint32_t(i * 2246822519u) ^ uint32_t(i * i * 3266489917u);
+        for (int32_t radius : {1, 2, 3, 6, 20, 127, 128, 131}) {
+            auto bitmap = testing::makeBitmap(width, height, samples);
+            ASSERT_TRUE(blur(bitmap, radius));
+            const int32_t clamped = std::min(radius, std::max(width, height));
+            ASSERT_EQ(testing::samplesOf(bitmap), referenceBlur(samples, width, height, clamped))
+                << width << "x" << height << " radius " << radius;
+        }
+    }
 }
 
 using Positions = std::vector<std::pair<int32_t, int32_t>>;
@@ -189,11 +244,27 @@ TEST(Noise, IsReproducibleFromItsSeedAndMovesOnBetweenCalls)
     EXPECT_NE(noisy(7, 1), noisy(8, 1));
 }
 
+TEST(Noise, EachSampleTakesTheNextThreeDrawsOfTheSequence)
+{
+    // Sample i of a call takes draws 3i, 3i + 1 and 3i + 2 after where the call began, so
+    // a sample alone, started that many draws later, gets the same noise.
+    seedNoise(500);
+    auto wide = testing::makeFlat(37, 3, bgra(128, 128, 128));
+    ASSERT_TRUE(addNoise(wide, 400, 0));
+    for (int32_t i : {0, 1, 7, 8, 15, 16, 36, 100, 110}) {
+        seedNoise(500 + 3 * uint32_t(i));
+        auto alone = testing::makeFlat(1, 1, bgra(128, 128, 128));
+        ASSERT_TRUE(addNoise(alone, 400, 0));
+        EXPECT_EQ(alone.pixels()[0], wide.pixels()[size_t(i)]) << "sample " << i;
+    }
+}
+
 TEST(Noise, LevelZeroChangesNothingAndBadArgumentsAreRefused)
 {
     auto bitmap = testing::makeFlat(8, 8, bgra(10, 250, 128));
     const auto before = testing::samplesOf(bitmap);
     EXPECT_TRUE(addNoise(bitmap, 0, 0));
+    EXPECT_TRUE(addNoise(bitmap, 3, 0));  // 3 * 255 / 1000 rounds down to no noise at all
     EXPECT_FALSE(addNoise(bitmap, -1, 0));
     EXPECT_FALSE(addNoise(bitmap, 50, 4));
     EXPECT_FALSE(addNoise(bitmap, 50, -1));
