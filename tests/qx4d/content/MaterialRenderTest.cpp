@@ -9,6 +9,7 @@
 #include "qx4d/core/device/GraphicsDevice.h"
 #include "qx4d/core/device/Renderer.h"
 #include "tests/platform/gpu/GpuFixture.h"
+#include "tests/qx4d/content/EngineFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -81,32 +82,17 @@ std::vector<Vertex> Square(float size)
 
 Matrix3x4 Translation(float x, float y, float z) { return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z}; }
 
-class MaterialRenderTest : public ::testing::Test {
+class MaterialRenderTest : public EngineTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(files.Mount(u"EFFECTS", std::u16string(u"" QX_SOURCE_DIR "/data/Effects")));
-        ASSERT_TRUE(files.Mount(u"MATERIALS", std::u16string(u"" QX_SOURCE_DIR "/data/Materials")));
-        gpu::D3DPRESENT_PARAMETERS parameters;
-        parameters.BackBufferWidth = parameters.BackBufferHeight = kSize;
-        parameters.BackBufferFormat = gpu::D3DFMT_A8R8G8B8;
-        parameters.EnableAutoDepthStencil = 1;
-        parameters.AutoDepthStencilFormat = gpu::D3DFMT_D24X8;
-        graphics = std::make_unique<GraphicsDevice>();
-        if (!graphics->Create(parameters))
-            GTEST_SKIP() << "no EGL device";
-        renderer = std::make_unique<Renderer>();
+        if (!StartEngine(kSize)) GTEST_SKIP() << "no EGL device";
         ASSERT_EQ(Device().CreateVertexDeclaration(kDeclaration, &declaration), gpu::D3D_OK);
         // Orthographic: the view is 2.4 units across, depth 0.1 a unit from z = -5.
         camera.viewProjection = {1 / 1.2f, 0, 0, 0, 0, 1 / 1.2f, 0, 0, 0, 0, 0.1f, 0.5f, 0, 0, 0, 1};
         camera.position = {0, 0, -5};
         Device().BeginScene();
         Device().Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, 0xFF000000u, 1.0f, 0);
-    }
-    void TearDown() override
-    {
-        renderer.reset();
-        graphics.reset();
     }
     gpu::Device& Device() { return *graphics->GetDevice(); }
 
@@ -147,9 +133,6 @@ protected:
     static int Green(uint32_t pixel) { return int((pixel >> 8) & 0xFF); }
     static int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
 
-    FileManager files;
-    std::unique_ptr<GraphicsDevice> graphics;
-    std::unique_ptr<Renderer> renderer;
     std::shared_ptr<gpu::VertexDeclaration> declaration;
     ShadingScene scene;
     ShadingCamera camera;

@@ -7,6 +7,7 @@
 #include "qx4d/core/FileManager.h"
 #include "qx4d/core/device/GraphicsDevice.h"
 #include "qx4d/core/device/Renderer.h"
+#include "tests/qx4d/content/EngineFixture.h"
 #include "tests/qx4d/content/MaterialTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -61,26 +62,12 @@ std::vector<Case> Cases()
     };
 }
 
-class ShaderCompileTest : public ::testing::Test {
+class ShaderCompileTest : public EngineTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(files.Mount(u"EFFECTS", std::u16string(u"" QX_SOURCE_DIR "/data/Effects")));
-        ASSERT_TRUE(files.Mount(u"MATERIALS", std::u16string(u"" QX_SOURCE_DIR "/data/Materials")));
-        gpu::D3DPRESENT_PARAMETERS parameters;
-        parameters.BackBufferWidth = parameters.BackBufferHeight = 1;
-        parameters.BackBufferFormat = gpu::D3DFMT_A8R8G8B8;
-        parameters.EnableAutoDepthStencil = 1;
-        parameters.AutoDepthStencilFormat = gpu::D3DFMT_D24X8;
-        graphics = std::make_unique<GraphicsDevice>();
-        if (!graphics->Create(parameters))
-            GTEST_SKIP() << "no EGL device";
-        renderer = std::make_unique<Renderer>();
+        if (!StartEngine(1)) GTEST_SKIP() << "no EGL device";
     }
-
-    FileManager files;
-    std::unique_ptr<GraphicsDevice> graphics;
-    std::unique_ptr<Renderer> renderer;
 };
 
 TEST_F(ShaderCompileTest, EveryCombinationCompiles)
