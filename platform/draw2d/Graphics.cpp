@@ -119,6 +119,7 @@ Graphics::~Graphics()
         break;
     case Content::Straight:
     case Content::Opaque:
+    case Content::OpaqueOrClear:
         break;
     }
 }
@@ -140,14 +141,18 @@ void Graphics::premultiplyContent()
         return;
     case Content::Premultiplied:
     case Content::Opaque:
+    case Content::OpaqueOrClear:
         return;
     }
 }
 
 void Graphics::drewWith(bool keepsOpacity)
 {
-    // Source-over onto opaque samples leaves them opaque; replacing them may not.
-    if (content_ == Content::Opaque && !keepsOpacity) content_ = Content::Premultiplied;
+    // Source-over onto opaque samples leaves them opaque; replacing them may not, and
+    // blending onto transparent samples gives translucent ones.
+    if ((content_ == Content::Opaque && !keepsOpacity) || content_ == Content::OpaqueOrClear) {
+        content_ = Content::Premultiplied;
+    }
 }
 
 cairo_t* Graphics::cairo()
@@ -225,7 +230,8 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
     }
     const bool overNothing = content_ == Content::Cleared && clearColor_.alpha() == 0;
     if (coversAll && (mode_ == CompositingMode::SourceCopy || overNothing) && transferRows(image, mapX, mapY, key)) {
-        content_ = Content::Premultiplied;
+        // An opaque picture with keyed samples cleared holds nothing to convert back.
+        content_ = image.opaque() ? Content::OpaqueOrClear : Content::Premultiplied;
         return Status::Ok;
     }
     const PremultipliedSource premultiplied(image, key);

@@ -54,6 +54,7 @@ private:
         Premultiplied,  // converted for blending
         Cleared,        // to be filled with clearColor_ (nothing written yet)
         Opaque,         // all alpha 255: both forms at once, nothing to convert back
+        OpaqueOrClear,  // each sample opaque or transparent black: the same in both forms
     };
 
     /// Makes the samples fit for blending: premultiplied, or opaque (the same thing).

@@ -159,6 +159,25 @@ TEST(GraphicsColorKey, KeyedSamplesBecomeTransparentWithInclusiveBounds)
     EXPECT_EQ(target.row(0)[3], 0xFF808080u);
 }
 
+TEST(GraphicsColorKey, LaterDrawingOverKeyedSamplesStaysStraightAlpha)
+{
+    Bitmap image(2, 1);
+    image.row(0)[0] = 0xFF000000u;  // keyed
+    image.row(0)[1] = 0xFF808080u;
+    Bitmap target(2, 1);
+    ImageAttributes attributes;
+    attributes.SetColorKey(Color{0xFF000000u}, Color{0xFF000000u});
+    {
+        Graphics graphics(target);
+        graphics.clear(Color{0});
+        graphics.drawImage(image, {0, 0, 2, 1}, {0, 0, 2, 1}, &attributes);
+        graphics.fillRectangle(Color{0x80FF0000u}, 0, 0, 2, 1);
+    }
+    EXPECT_EQ(target.row(0)[0], 0x80FF0000u);  // half red over nothing, in straight alpha
+    EXPECT_EQ(target.row(0)[1] >> 24, 255u);
+    EXPECT_NEAR(int((target.row(0)[1] >> 16) & 0xFF), 0xC0, 1);
+}
+
 int paintedColumns(const Bitmap& bitmap, int y)
 {
     int count = 0;
