@@ -84,9 +84,9 @@ private:
     HRESULT dispatchFrame(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
                           transform::SurfaceLock& output);
     HRESULT runFrameRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
-                            transform::SurfaceLock& output);
+                            float progress, transform::SurfaceLock& output);
     HRESULT runImageRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
-                            transform::SurfaceLock& output);
+                            float progress, transform::SurfaceLock& output);
     void* routineState(LONG id);
 
     std::unique_ptr<CVideoEffect> videoEffect;

@@ -149,17 +149,17 @@ HRESULT CQXDynamicEffect::dispatchFrame(const EffectDescriptor& effect, FrameBuf
         output.PackRect(packedRect(frame.get(), width, height));
         return S_OK;
     }
-    if (effect.frameRoutine) return runFrameRoutine(effect, std::move(frame), width, height, output);
-    if (effect.imageRoutine) return runImageRoutine(effect, std::move(frame), width, height, output);
+    if (effect.frameRoutine) return runFrameRoutine(effect, std::move(frame), width, height, progress, output);
+    if (effect.imageRoutine) return runImageRoutine(effect, std::move(frame), width, height, progress, output);
     return S_OK;  // nothing computes this effect: the output is left unwritten
 }
 
 HRESULT CQXDynamicEffect::runFrameRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
-                                          SurfaceLock& output)
+                                          float progress, SurfaceLock& output)
 {
     draw2d::Bitmap bitmap(width, height, width * 4, frame.get());
     if (bitmap.status() != draw2d::Status::Ok) return S_OK;
-    effect.frameRoutine(bitmap, progress(), params.data(), paramCount, routineState(effect.id));
+    effect.frameRoutine(bitmap, progress, params.data(), paramCount, routineState(effect.id));
     draw2d::BitmapData bits;
     if (bitmap.lockBits(bits) != draw2d::Status::Ok || !bits.scan0) return E_FAIL;
     output.PackRect(packedRect(bits.scan0, width, height));
@@ -171,14 +171,14 @@ HRESULT CQXDynamicEffect::runFrameRoutine(const EffectDescriptor& effect, FrameB
 // positive height: the top-down frame is declared bottom-up, so the routine sees it
 // upside down, and the way back through the DIB block turns it over again.
 HRESULT CQXDynamicEffect::runImageRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
-                                          SurfaceLock& output)
+                                          float progress, SurfaceLock& output)
 {
     imaging::BitmapHandle handle;
     const size_t bytes = size_t(width) * size_t(height) * sizeof(uint32_t);
     const auto* bits = reinterpret_cast<const uint8_t*>(frame.get());
     if (handle.loadDib(imaging::frameDibHeader(width, height), {bits, bytes}) != 1) return E_FAIL;
     frame.reset();  // the handle has its own copy
-    effect.imageRoutine(&handle, double(progress()), params.data(), paramCount, routineState(effect.id));
+    effect.imageRoutine(&handle, double(progress), params.data(), paramCount, routineState(effect.id));
     // The DIB block's rows, in its memory order, are the frame's rows: they are packed
     // straight from the handle, without making the block.
     if (handle.width() != width || handle.height() != height) return E_FAIL;

@@ -18,6 +18,8 @@ bool finite(const RectF& r)
     return std::isfinite(r.X) && std::isfinite(r.Y) && std::isfinite(r.Width) && std::isfinite(r.Height);
 }
 
+bool finite(const PointF& p) { return std::isfinite(p.X) && std::isfinite(p.Y); }
+
 uint32_t premultipliedColor(Color color)
 {
     uint32_t sample = color.argb;
@@ -254,8 +256,7 @@ bool Graphics::transferRows(const Bitmap& image, const AxisMap& mapX, const Axis
     // its source row, premultiplied and keyed on the way, with no resampling.
     const int width = target_.width();
     const int height = target_.height();
-    if (mapX.scale != 1.0 || mapY.scale != 1.0 || mapX.offset != std::floor(mapX.offset) ||
-        mapY.offset != std::floor(mapY.offset) || mapX.offset < 0 || mapY.offset < 0 ||
+    if (!isWholeSampleShift(mapX) || !isWholeSampleShift(mapY) || mapX.offset < 0 || mapY.offset < 0 ||
         mapX.offset + width > image.width() || mapY.offset + height > image.height()) {
         return false;
     }
@@ -337,9 +338,7 @@ Status Graphics::stroke(const Pen& pen)
 Status Graphics::drawLine(const Pen& pen, PointF from, PointF to)
 {
     if (status_ != Status::Ok) return status_;
-    if (!std::isfinite(from.X) || !std::isfinite(from.Y) || !std::isfinite(to.X) || !std::isfinite(to.Y)) {
-        return Status::InvalidParameter;
-    }
+    if (!finite(from) || !finite(to)) return Status::InvalidParameter;
     cairo_t* cr = cairo();
     cairo_save(cr);
     cairo_translate(cr, 0.5, 0.5);  // pixel centres
@@ -351,9 +350,9 @@ Status Graphics::drawLine(const Pen& pen, PointF from, PointF to)
 Status Graphics::drawCurve(const Pen& pen, std::span<const PointF> points, float tension)
 {
     if (status_ != Status::Ok) return status_;
-    if (points.size() < 2 || !std::isfinite(tension)) return Status::InvalidParameter;
-    for (const auto& p : points) {
-        if (!std::isfinite(p.X) || !std::isfinite(p.Y)) return Status::InvalidParameter;
+    const auto finitePoint = [](const PointF& p) { return finite(p); };
+    if (points.size() < 2 || !std::isfinite(tension) || !std::ranges::all_of(points, finitePoint)) {
+        return Status::InvalidParameter;
     }
     cairo_t* cr = cairo();
     cairo_save(cr);

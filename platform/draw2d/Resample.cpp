@@ -25,8 +25,7 @@ void tapAt(double u, int size, int32_t& left, uint32_t& weight)
 Resampler::Resampler(const SampleGrid& source, AxisMap mapX, AxisMap mapY, const PixelSpan& span)
     : source_(source), mapX_(mapX), mapY_(mapY), span_(span)
 {
-    shiftOnly_ = mapX.scale == 1.0 && mapY.scale == 1.0 && mapX.offset == std::floor(mapX.offset) &&
-                 mapY.offset == std::floor(mapY.offset);
+    shiftOnly_ = isWholeSampleShift(mapX) && isWholeSampleShift(mapY);
     const int columns = std::max(0, span.x1 - span.x0);
     leftTap_.resize(size_t(columns));
     rightWeight_.resize(size_t(columns));
@@ -40,8 +39,8 @@ Resampler::Resampler(const SampleGrid& source, AxisMap mapX, AxisMap mapY, const
     }
     firstColumn_ = std::min(firstColumn_, lastColumn);
     for (auto& tap : leftTap_) tap -= firstColumn_;
-    // The spare sample after the last column repeats it, so a right tap never leaves the row.
-    // One spare sample, and room that the vector kernels may read past the row's end.
+    // One spare sample after the last column repeats it, so a right tap never leaves the
+    // row; beyond it, room that the vector kernels may read past the row's end.
     blended_.resize(size_t(lastColumn - firstColumn_ + 2) + kRowSlack);
 }
 

@@ -4,6 +4,7 @@
 // usual convention (destination pixel x samples the source at u = scale*(x+0.5)+offset-0.5)
 // and samples beyond the source edge repeat the edge. Works on 32-bit samples with
 // 8-bit weights, row by row: a vertical blend into a row buffer, then a horizontal one.
+#include <cmath>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -15,6 +16,13 @@ struct AxisMap {
     double scale = 1.0;
     double offset = 0.0;
 };
+
+/// True when the map moves by whole samples at scale 1: destination samples are source
+/// samples, with nothing to blend.
+inline bool isWholeSampleShift(const AxisMap& map)
+{
+    return map.scale == 1.0 && map.offset == std::floor(map.offset);
+}
 
 /// An image as rows of samples.
 struct SampleGrid {
