@@ -1,5 +1,13 @@
 # Build helpers shared by every folder of the project.
 
+# A compiler cache, when the machine has one, shares objects between build folders and
+# checkouts; CI builds once and does without.
+find_program(QX_CCACHE ccache)
+if(QX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_C_COMPILER_LAUNCHER ${QX_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${QX_CCACHE})
+endif()
+
 set(QX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wno-missing-field-initializers)
 if(QX_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
