@@ -5,9 +5,9 @@
 
 namespace qx {
 
-HRESULT SpectrumImage(imaging::BitmapHandle* handle, double progress, const LONG*, LONG, void*)
+HRESULT SpectrumImage(imaging::BitmapHandle& handle, double progress, ParamValues)
 {
-    if (handle) imaging::changeHue(*handle, int32_t(progress * 360.0));
+    imaging::changeHue(handle, int32_t(progress * 360.0));
     return S_OK;
 }
 
@@ -31,22 +31,22 @@ TintThousandths colorizeTint(double progress)
     }
 }
 
-HRESULT ColorizeImage(imaging::BitmapHandle* handle, double progress, const LONG*, LONG, void*)
+HRESULT ColorizeImage(imaging::BitmapHandle& handle, double progress, ParamValues)
 {
     const TintThousandths tint = colorizeTint(progress);
-    if (handle) imaging::tint(*handle, 0, 500, 500, tint.red, tint.green, tint.blue);
+    imaging::tint(handle, 0, 500, 500, tint.red, tint.green, tint.blue);
     return S_OK;
 }
 
-HRESULT SaturationUpImage(imaging::BitmapHandle* handle, double progress, const LONG*, LONG, void*)
+HRESULT SaturationUpImage(imaging::BitmapHandle& handle, double progress, ParamValues)
 {
-    if (handle) imaging::changeSaturation(*handle, int32_t(progress * 1000.0 - 1000.0));
+    imaging::changeSaturation(handle, int32_t(progress * 1000.0 - 1000.0));
     return S_OK;
 }
 
-HRESULT SaturationDownImage(imaging::BitmapHandle* handle, double progress, const LONG*, LONG, void*)
+HRESULT SaturationDownImage(imaging::BitmapHandle& handle, double progress, ParamValues)
 {
-    if (handle) imaging::changeSaturation(*handle, int32_t(-1000.0 * progress));
+    imaging::changeSaturation(handle, int32_t(-1000.0 * progress));
     return S_OK;
 }
 

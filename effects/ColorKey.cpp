@@ -7,15 +7,15 @@
 
 namespace qx {
 
-void ColorKeyFrame(draw2d::Bitmap& bitmap, float, const LONG* params, LONG, void*)
+void ColorKeyFrame(draw2d::Bitmap& bitmap, float, ParamValues params)
 {
     const auto clone = bitmap.clone();
     if (!clone) return;
     draw2d::Graphics graphics(bitmap);
     graphics.clear(draw2d::Color{0});
     draw2d::ImageAttributes attributes;
-    const LONG colorRef = params[0];
-    const LONG tolerance = params[1];
+    const LONG colorRef = params[ColorKeyParam::kColor];
+    const LONG tolerance = params[ColorKeyParam::kTolerance];
     if (colorRef != -1 && tolerance != -1) {
         const draw2d::Color key = colorFromColorRef(colorRef, 255);
         // Computed in 64 bits, so that any tolerance clamps rather than overflows.

@@ -250,7 +250,7 @@ LONG CVideoRipple::ProcessFrame(const uint32_t* src, uint32_t* dst, float /*prog
     }
     // A drop costs the same however many fall; more than one per cell changes nothing
     // a viewer could tell, and bounds the loop for any parameter.
-    const LONG drops = std::clamp(params[0], 0, mapWidth * mapHeight);
+    const LONG drops = std::clamp(params[RippleParam::kDropsPerFrame], 0, mapWidth * mapHeight);
     for (LONG i = 0; i < drops; ++i)
         Drop(dropHeight(fastrand()));
     for (LONG step = 0; step < loopCount; ++step)

@@ -3,6 +3,7 @@
 // Progress and Execute, and reads the output frame back.
 #include "host/DynamicEffect.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 

@@ -1,3 +1,4 @@
+#include "host/ExternalFilter.h"
 #include "platform/com/ClassRegistry.h"
 #include "platform/imaging/BitmapHandle.h"
 #include "tests/host/EffectHarness.h"
