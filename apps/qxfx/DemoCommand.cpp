@@ -4,7 +4,7 @@
 #include "apps/qxfx/Catalogue.h"
 #include "apps/qxfx/ContactSheet.h"
 #include "apps/qxfx/DataPack.h"
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 #include "apps/qxfx/FrameCanvas.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"

@@ -2,7 +2,7 @@
 
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/DataPack.h"
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"

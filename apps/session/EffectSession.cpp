@@ -1,4 +1,4 @@
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 
 #include "host/DataPath.h"
 #include "platform/os/WideText.h"

@@ -2,8 +2,9 @@
 // Drives one effect of the catalogue over a run of frames as an editor does: Index (an
 // effect id), Params, Source, Duration, Fps, AspectRatio and the data path are put once,
 // Setup runs once over two frames of a fixed size, then each frame is written into the
-// input, Progress is put and Execute renders the output.
-#include "apps/qxfx/Frame.h"
+// input, Progress is put and Execute renders the output. The qxfx tools share it: the
+// command line and the frei0r filters.
+#include "apps/session/Frame.h"
 #include "host/DynamicEffect.h"
 
 #include <optional>
