@@ -5,7 +5,7 @@
 // enforces, mapped to its real range here. Strings carry what has no range: the effect
 // id (ids are sparse: 0 to 15, 2000, 5000...), the parameter text and the paths.
 // Positions are avoided: MLT never sets them.
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 
 // The header declares the entry points without C linkage of its own.
 extern "C" {
