@@ -63,11 +63,11 @@ inline constexpr std::array<ParamDescriptor, 4> kZoomParams{{
 
 inline constexpr std::array<ParamDescriptor, 4> kPanParams{{
     {RectangleParam::kLeft, "left",
-     "Left side of the region whose size sets the enlargement (it fills the output); a vertical pan keeps this "
-     "side on the left edge, in thousandths of the width",
+     "Left side of the region that fills the output, in thousandths of the width; a vertical pan keeps it on the "
+     "left edge",
      250, 0, 1000, ParamKind::RectangleSide, "Gauche :"},
     {RectangleParam::kTop, "top",
-     "Top side of that region; a horizontal pan keeps this side on the top edge, in thousandths of the height", 250,
+     "Top side of that region, in thousandths of the height; a horizontal pan keeps it on the top edge", 250,
      0, 1000, ParamKind::RectangleSide, "Haut :"},
     {RectangleParam::kRight, "right", "Right side of that region, in thousandths of the width", 750, 0, 1000,
      ParamKind::RectangleSide, "Droite :"},

@@ -1,6 +1,7 @@
 #include "apps/qxfx/Catalogue.h"
 
 #include "host/DynamicEffect.h"
+#include "host/EffectCatalog.h"
 #include "platform/os/WideText.h"
 
 namespace qx::qxfx {
@@ -49,6 +50,9 @@ std::vector<CatalogueEntry> readCatalogue()
         LONG valueCount = 0;
         host->GetEffectDefaults(index, values, &valueCount);
         entry.defaults = os::toUtf8(formatParams(std::span(values, size_t(valueCount))));
+        // The host's interface has no member for the meaning of the values: the tables
+        // are read directly.
+        entry.params = EffectTable[size_t(index)].params;
         entries.push_back(std::move(entry));
     }
     return entries;
