@@ -1,5 +1,7 @@
 #include "platform/gpu/Buffer.h"
 
+#include "platform/gpu/GlApi.h"
+
 namespace qx::gpu {
 
 std::shared_ptr<Buffer> Buffer::create(const std::shared_ptr<Context>& context, const PoolCounter& pool,

@@ -27,7 +27,7 @@ public:
     UINT length() const { return UINT(shadow_.size()); }
     DWORD usage() const { return usage_; }
     D3DFORMAT format() const { return format_; }
-    GLuint glName() const { return name_.get(); }
+    uint32_t glName() const { return name_.get(); }
 
 private:
     Buffer(const std::shared_ptr<Context>& context, const PoolCounter& pool, D3DPOOL poolKind)

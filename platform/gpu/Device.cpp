@@ -1,6 +1,7 @@
 #include "platform/gpu/Device.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 #include <bit>
 

@@ -2,6 +2,7 @@
 #include "platform/gpu/Device.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 namespace qx::gpu {
 

@@ -3,6 +3,7 @@
 #include "platform/gpu/Device.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,6 +2,7 @@
 
 #include "platform/gpu/DdsFile.h"
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 #include <stb_image.h>
 

@@ -1,5 +1,6 @@
 #include "platform/gpu/PositionTStage.h"
 
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/SpirvToGlsl.h"
 
 namespace qx::gpu {

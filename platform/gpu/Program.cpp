@@ -1,5 +1,6 @@
 #include "platform/gpu/Program.h"
 
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/PositionTStage.h"
 
 #include <cstring>

@@ -1,5 +1,7 @@
 #include "platform/gpu/Query.h"
 
+#include "platform/gpu/GlApi.h"
+
 #include <cstring>
 
 namespace qx::gpu {
@@ -19,7 +21,7 @@ Query::~Query() { dropFence(); }
 void Query::dropFence()
 {
     if (fence_ && context_->makeCurrent())
-        glDeleteSync(fence_);
+        glDeleteSync(static_cast<GLsync>(fence_));
     fence_ = nullptr;
 }
 
@@ -49,7 +51,7 @@ HRESULT Query::GetData(void* data, DWORD size, DWORD flags)
     if (!issued_ || !context_->makeCurrent())
         return D3DERR_INVALIDCALL;
     if (type_ == D3DQUERYTYPE_EVENT) {
-        const GLenum state = glClientWaitSync(fence_, (flags & D3DGETDATA_FLUSH) ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, 0);
+        const GLenum state = glClientWaitSync(static_cast<GLsync>(fence_), (flags & D3DGETDATA_FLUSH) ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, 0);
         if (state == GL_TIMEOUT_EXPIRED)
             return S_FALSE;
         const int32_t done = 1;

@@ -1,6 +1,7 @@
 #include "platform/gpu/Texture.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/Surface.h"
 
 #include <algorithm>
