@@ -1,6 +1,6 @@
 #include "host/DynamicEffect.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "host/FramePaths.h"
 #include "resources/StringTable.h"
 #include "wrap3d/4DTransform.h"

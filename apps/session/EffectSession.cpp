@@ -1,6 +1,6 @@
 #include "apps/session/EffectSession.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "platform/os/WideText.h"
 
 #include <algorithm>
