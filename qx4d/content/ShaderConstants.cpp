@@ -80,7 +80,8 @@ void PushNormalMatrix(std::vector<float>& run, const Matrix3x4& m)
 }  // namespace
 
 ShaderConstantRuns ComputeShaderConstants(const Material& material, const ShadingScene& scene,
-                                          const ShadingCamera& camera, const Matrix3x4& model)
+                                          const ShadingCamera& camera, const Matrix3x4& model,
+                                          std::span<const Matrix3x4> boneMatrices)
 {
     ShaderConstantRuns runs;
     std::vector<float>& vertex = runs.vertex;
@@ -101,6 +102,11 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
         vertex.insert(vertex.end(), model.begin(), model.end());
         if (material.flags & kMaterialModelIT)
             PushNormalMatrix(vertex, model);
+    } else {
+        for (size_t bone = 0; bone < size_t(material.bones); ++bone) {
+            const Matrix3x4& m = bone < boneMatrices.size() ? boneMatrices[bone] : kIdentity3x4;
+            vertex.insert(vertex.end(), m.begin(), m.end());
+        }
     }
     if (eye)
         PushRow(runs.pixel, camera.position, 0.0);
@@ -109,12 +115,12 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
 }
 
 void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model)
+                        const Matrix3x4& model, std::span<const Matrix3x4> boneMatrices)
 {
     qx::gpu::Device* device = CurrentDevice();
     if (!device)
         return;
-    const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model);
+    const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model, boneMatrices);
     if (!runs.vertex.empty())
         device->SetVertexShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.vertex.data(),
                                          unsigned(runs.vertex.size() / 4));

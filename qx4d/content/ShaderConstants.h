@@ -4,14 +4,13 @@
 // vertex shader and one for the pixel shader.
 #include "qx4d/content/Material.h"
 #include "qx4d/content/ShadingScene.h"
+#include "qx4d/core/Matrix.h"
 
 #include <array>
+#include <span>
 #include <vector>
 
 namespace qx4d {
-
-/// A 3x4 world matrix for column vectors: three rows of four, translation in column 3.
-using Matrix3x4 = std::array<float, 12>;
 
 struct ShaderConstantRuns {
     static constexpr unsigned kFirstRegister = 2;
@@ -21,12 +20,15 @@ struct ShaderConstantRuns {
 };
 
 /// The two runs for `material` drawn with the world matrix `model`. Keys beyond the
-/// scene's lights get rows of zeros, so the registers after them stay in place.
+/// scene's lights get rows of zeros, so the registers after them stay in place. A skinned
+/// material takes its `bones` model matrices from `boneMatrices` instead, the identity
+/// standing in for any that are missing.
 ShaderConstantRuns ComputeShaderConstants(const Material& material, const ShadingScene& scene,
-                                          const ShadingCamera& camera, const Matrix3x4& model);
+                                          const ShadingCamera& camera, const Matrix3x4& model,
+                                          std::span<const Matrix3x4> boneMatrices = {});
 
 /// Writes both runs to the current device.
 void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model);
+                        const Matrix3x4& model, std::span<const Matrix3x4> boneMatrices = {});
 
 }  // namespace qx4d
