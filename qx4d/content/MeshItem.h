@@ -54,6 +54,8 @@ public:
     /// Evaluates the envelopes of the surface at `time`.
     void UpdateEnvelopes(float time);
     bool HasGeometry() const { return !declaration.IsNull() && !vertexBuffer.IsNull() && !indexBuffer.IsNull(); }
+    /// The triangles as the last draw wrote them to the dynamic index buffer.
+    const std::vector<uint16_t>& WrittenTriangles() const { return sortedTriangles; }
     /// Sets the time the MDD player evaluates at the next draw.
     void SetTime(float time) { mddTime = time; }
 
@@ -105,6 +107,7 @@ private:
     void SortTriangles(const LodRecord& lod, const Matrix3x4& world, const ShadingCamera& camera);
     void BindGeometry();
     void BindTextures();
+    void SetBoneMatrices(unsigned firstRegister, std::span<const Matrix3x4> instanceMatrices) const;
     void DrawLod(const LodRecord& lod);
 
     /// The static indices while the mesh loads, to check the levels against.

@@ -119,6 +119,21 @@ void MeshItem::BindTextures()
     }
 }
 
+void MeshItem::SetBoneMatrices(unsigned firstRegister, std::span<const Matrix3x4> instanceMatrices) const
+{
+    qx::gpu::Device* device = CurrentDevice();
+    if (!device || material.bones <= 0)
+        return;
+    // A skinned material reads one model matrix a bone, after the other vertex constants;
+    // the identity stands in for a bone the instance doesn't give.
+    std::vector<float> rows;
+    for (size_t bone = 0; bone < size_t(material.bones); ++bone) {
+        const Matrix3x4& m = bone < instanceMatrices.size() ? instanceMatrices[bone] : kIdentity3x4;
+        rows.insert(rows.end(), m.begin(), m.end());
+    }
+    device->SetVertexShaderConstantF(firstRegister, rows.data(), unsigned(rows.size() / 4));
+}
+
 void MeshItem::DrawLod(const LodRecord& lod)
 {
     qx::gpu::Device* device = CurrentDevice();
@@ -141,7 +156,8 @@ void MeshItem::Draw(size_t lod, std::span<const Matrix3x4> instanceMatrices, con
     const ShadingScene& scene = CurrentShadingScene();
     material.Apply(0, scene);
     BindTextures();
-    SetShaderConstants(material, scene, camera, matrix, instanceMatrices);
+    const unsigned bonesRegister = SetShaderConstants(material, scene, camera, matrix);
+    SetBoneMatrices(bonesRegister, instanceMatrices);
     DrawLod(lods[lod]);
 }
 

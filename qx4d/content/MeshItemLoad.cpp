@@ -36,7 +36,7 @@ uint32_t ElementBytes(uint8_t type)
     case gpu::D3DDECLTYPE_FLOAT2: return 8;
     case gpu::D3DDECLTYPE_FLOAT3: return 12;
     case gpu::D3DDECLTYPE_FLOAT4: return 16;
-    case 11: case 12: case 14: case 16: return 8;  // SHORT4, SHORT4N, USHORT4N, FLOAT16_4
+    case 7: case 10: case 12: case 16: return 8;  // SHORT4, SHORT4N, USHORT4N, FLOAT16_4
     default: return type <= 16 ? 4 : 0;
     }
 }

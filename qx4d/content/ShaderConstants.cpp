@@ -80,8 +80,7 @@ void PushNormalMatrix(std::vector<float>& run, const Matrix3x4& m)
 }  // namespace
 
 ShaderConstantRuns ComputeShaderConstants(const Material& material, const ShadingScene& scene,
-                                          const ShadingCamera& camera, const Matrix3x4& model,
-                                          std::span<const Matrix3x4> boneMatrices)
+                                          const ShadingCamera& camera, const Matrix3x4& model)
 {
     ShaderConstantRuns runs;
     std::vector<float>& vertex = runs.vertex;
@@ -102,11 +101,6 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
         vertex.insert(vertex.end(), model.begin(), model.end());
         if (material.flags & kMaterialModelIT)
             PushNormalMatrix(vertex, model);
-    } else {
-        for (size_t bone = 0; bone < size_t(material.bones); ++bone) {
-            const Matrix3x4& m = bone < boneMatrices.size() ? boneMatrices[bone] : kIdentity3x4;
-            vertex.insert(vertex.end(), m.begin(), m.end());
-        }
     }
     if (eye)
         PushRow(runs.pixel, camera.position, 0.0);
@@ -114,19 +108,20 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
     return runs;
 }
 
-void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model, std::span<const Matrix3x4> boneMatrices)
+unsigned SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
+                            const Matrix3x4& model)
 {
     qx::gpu::Device* device = CurrentDevice();
     if (!device)
-        return;
-    const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model, boneMatrices);
+        return ShaderConstantRuns::kFirstRegister;
+    const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model);
     if (!runs.vertex.empty())
         device->SetVertexShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.vertex.data(),
                                          unsigned(runs.vertex.size() / 4));
     if (!runs.pixel.empty())
         device->SetPixelShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.pixel.data(),
                                         unsigned(runs.pixel.size() / 4));
+    return ShaderConstantRuns::kFirstRegister + unsigned(runs.vertex.size() / 4);
 }
 
 }  // namespace qx4d

@@ -7,7 +7,6 @@
 #include "qx4d/core/Matrix.h"
 
 #include <array>
-#include <span>
 #include <vector>
 
 namespace qx4d {
@@ -20,15 +19,13 @@ struct ShaderConstantRuns {
 };
 
 /// The two runs for `material` drawn with the world matrix `model`. Keys beyond the
-/// scene's lights get rows of zeros, so the registers after them stay in place. A skinned
-/// material takes its `bones` model matrices from `boneMatrices` instead, the identity
-/// standing in for any that are missing.
+/// scene's lights get rows of zeros, so the registers after them stay in place.
 ShaderConstantRuns ComputeShaderConstants(const Material& material, const ShadingScene& scene,
-                                          const ShadingCamera& camera, const Matrix3x4& model,
-                                          std::span<const Matrix3x4> boneMatrices = {});
+                                          const ShadingCamera& camera, const Matrix3x4& model);
 
-/// Writes both runs to the current device.
-void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model, std::span<const Matrix3x4> boneMatrices = {});
+/// Writes both runs to the current device. Returns the vertex register after the vertex
+/// run, where a skinned material's array of model matrices begins.
+unsigned SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
+                            const Matrix3x4& model);
 
 }  // namespace qx4d

@@ -3,6 +3,7 @@
 // children), meshes with their vertex layout, geometry, surface and optional MDD
 // deformation. `WriteObject` turns it into the bytes the engine's loader reads.
 #include "platform/gpu/Types.h"
+#include "qx4d/content/ChunkWriter.h"
 #include "qx4d/content/MeshItem.h"
 #include "qx4d/core/Matrix.h"
 
@@ -105,6 +106,9 @@ struct ItemModel {
 struct ObjectModel {
     std::vector<ItemModel> items;
 };
+
+/// The MDD part of a `MISC` body, from its encoding word on.
+void WriteMdd(ChunkWriter& out, const MddModel& mdd);
 
 /// The object file's bytes.
 std::vector<uint8_t> WriteObject(const ObjectModel& model);

@@ -57,6 +57,8 @@ void WriteValue(ChunkWriter& out, bool half, float value)
         out.F32(value);
 }
 
+}  // namespace
+
 void WriteMdd(ChunkWriter& out, const MddModel& mdd)
 {
     out.U32(mdd.halfFloats ? 1 : 0).F32(mdd.framesPerSecond);
@@ -84,6 +86,8 @@ void WriteMdd(ChunkWriter& out, const MddModel& mdd)
             out.U16(index);
     out.F32(mdd.smoothingAngle);
 }
+
+namespace {
 
 void WriteGeometry(ChunkWriter& out, const MeshModel& mesh)
 {
