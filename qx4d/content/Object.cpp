@@ -55,8 +55,13 @@ MeshItem* Object::DrawnMesh(Item* item)
 bool LoadObject(const String& name, Object& object)
 {
     IFFReader reader;
+    return reader.Open(u"OBJECTS:" + name) && ReadObject(reader, name, object);
+}
+
+bool ReadObject(IFFReader& reader, const String& name, Object& object)
+{
     Chunk body;
-    if (!reader.Open(u"OBJECTS:" + name) || !reader.NextChunk(body))
+    if (!reader.NextChunk(body))
         return false;
     object.name = name;
     const uint32_t itemCount = body.ReadU32();

@@ -11,6 +11,7 @@
 
 namespace qx4d {
 
+class IFFReader;
 class MeshItem;
 
 class Object {
@@ -44,5 +45,7 @@ public:
 /// Reads "OBJECTS:" + `name` into `object`. False when the file can't be opened or holds no
 /// chunk. Items whose data can't be trusted are dropped, and their slots stay empty.
 bool LoadObject(const String& name, Object& object);
+/// Reads the item list of a file already in `reader`; false when it holds no chunk.
+bool ReadObject(IFFReader& reader, const String& name, Object& object);
 
 }  // namespace qx4d

@@ -54,6 +54,9 @@ public:
     /// Reads "SCENES:" + `name`; false when the file can't be opened, leaving the scene
     /// empty with its defaults.
     bool Load(const String& name);
+    /// The statements of an opened scene text, then the links and the scene-wide
+    /// resources: the steps of `Load` after the file is open.
+    void Read(TextReader& reader);
     /// Destroys the entities, then the object files (an instance holds on to its object),
     /// the envelopes and filters; the span goes back to 0 and the backdrop's handles are
     /// given back.
@@ -110,5 +113,7 @@ private:
 /// The scene's span, EndTime − StartTime, read from "SCENES:" + `name` as soon as both keys
 /// have been seen; 0 when the file can't be opened, -1 when either key is missing.
 float GetDuration(const String& name);
+/// The same scan over an opened scene text.
+float ScanDuration(TextReader& reader);
 
 }  // namespace qx4d

@@ -86,6 +86,12 @@ bool Scene::Load(const String& name)
     TextReader reader;
     if (!reader.Open(u"SCENES:" + name))
         return false;
+    Read(reader);
+    return true;
+}
+
+void Scene::Read(TextReader& reader)
+{
     String key;
     while (reader.NextToken(key, true)) {
         Dispatch(key, reader);
@@ -98,7 +104,6 @@ bool Scene::Load(const String& name)
     if ((flags & kSomeLightCastsShadows) && shadowEffect.IsNull())
         if (Renderer* renderer = Renderer::Instance())
             shadowEffect = renderer->LoadEffect(u"ShadowMap.fx");
-    return true;
 }
 
 template <typename T>
@@ -219,6 +224,11 @@ float GetDuration(const String& name)
     TextReader reader;
     if (!reader.Open(u"SCENES:" + name))
         return 0.0f;
+    return ScanDuration(reader);
+}
+
+float ScanDuration(TextReader& reader)
+{
     float start = -1000.0f, end = -1000.0f;
     String key;
     while (reader.NextToken(key, true)) {
