@@ -38,7 +38,8 @@ public:
         if (riid == IUnknown::iid) {
             *ppv = static_cast<IUnknown*>(static_cast<First*>(this));
         } else {
-            ((riid == Interfaces::iid && !*ppv ? (*ppv = static_cast<Interfaces*>(this), true) : false) || ...);
+            // The first listed interface with this identifier answers.
+            (void)((riid == Interfaces::iid && !*ppv ? (*ppv = static_cast<Interfaces*>(this), true) : false) || ...);
         }
         if (!*ppv) return queryExtraInterface(riid, ppv);
         AddRef();

@@ -84,7 +84,9 @@ __attribute__((target("avx2"))) void blendColumnsAvx2(const uint32_t* row, const
 // GCC 12's AVX-512 headers start vectors from undefined values, which its flow analysis
 // reports as uninitialised here; the values are fully written before use.
 #pragma GCC diagnostic push
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 __attribute__((target("avx512f"))) inline __m512i lerp16(__m512i a, __m512i b, __m512i w)
 {

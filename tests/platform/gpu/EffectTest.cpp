@@ -178,8 +178,8 @@ TEST_F(EffectTest, IdenticalTextsShareOneCompiledEffect)
 TEST_F(EffectTest, TextsThatDoNotCompileFailQuietly)
 {
     const char* const broken[] = {
-        "float4 ps_main() : COLOR0 { return undefinedThing; }\n"
-        "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }",
+        ("float4 ps_main() : COLOR0 { return undefinedThing; }\n"
+         "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }"),
         "float4 ps_main() : COLOR0 { return 1; }\ntechnique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); }",
         "float4 ps_main() : COLOR0 { return 1; }\n",  // no technique
         "technique t0 { pass p0 { PixelShader = compile ps_2_0 missing(); } }",
