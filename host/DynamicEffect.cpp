@@ -1,9 +1,9 @@
 #include "host/DynamicEffect.h"
 
-#include "wrap3d/DataPath.h"
 #include "host/FramePaths.h"
 #include "resources/StringTable.h"
 #include "wrap3d/4DTransform.h"
+#include "wrap3d/DataPath.h"
 #include "wrap3d/SceneBridge.h"
 #include "wrap3d/SceneEffects.h"
 
