@@ -11,8 +11,6 @@
 
 namespace qx {
 
-namespace gpu = qx::gpu;
-
 namespace {
 
 /// The guard of the global pointer, apart from the context's own lock.
