@@ -36,7 +36,7 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
     {"data path", F0R_PARAM_STRING, "Folder of the content pack"},
 }};
 
-std::optional<qxfx::EffectSettings> genericSettings(const ParamValues& values)
+std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kEffect]);
     if (!id) return std::nullopt;
@@ -99,7 +99,7 @@ ParamTable rectangleSides(LONG id)
     return allSides ? effect->params : ParamTable{};
 }
 
-std::optional<qxfx::EffectSettings> rectangleSettings(const ParamValues& values)
+std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kRectEffect]);
     const ParamTable sides = id ? rectangleSides(*id) : ParamTable{};

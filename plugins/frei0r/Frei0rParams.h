@@ -29,7 +29,7 @@ struct ParamInfo {
 
 /// The values of one instance, by parameter index: `texts` for strings, `numbers` for the
 /// others (booleans as 0 or 1).
-struct ParamValues {
+struct InstanceValues {
     std::vector<std::string> texts;
     std::vector<double> numbers;
 };
@@ -44,7 +44,7 @@ struct PluginKind {
     int durationIndex;
     int millisecondsIndex;
     /// The effect's settings from the values; nothing when they name no effect.
-    std::optional<qxfx::EffectSettings> (*settings)(const ParamValues& values);
+    std::optional<qxfx::EffectSettings> (*settings)(const InstanceValues& values);
 };
 
 /// "qxfx": any effect, its parameter list as text.
