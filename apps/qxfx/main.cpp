@@ -1,5 +1,6 @@
 // qxfx: the command-line host of the effect library.
 #include "apps/qxfx/DemoCommand.h"
+#include "apps/qxfx/ImportCommand.h"
 #include "apps/qxfx/ListCommand.h"
 #include "apps/qxfx/RenderCommand.h"
 
@@ -20,6 +21,7 @@ constexpr const char* kUsage =
     "  list     the catalogue of effects\n"
     "  render   one effect over a video, an image or the test pattern\n"
     "  demo     every effect over the test pattern, as a video and a contact sheet\n"
+    "  import   an OBJ or glTF model into the engine's object format\n"
     "Run 'qxfx <command> --help' for the options of a command.\n";
 
 int dispatch(std::string_view command, const std::vector<std::string_view>& args)
@@ -27,6 +29,7 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
     if (command == "list") return qx::qxfx::runList(args);
     if (command == "render") return qx::qxfx::runRender(args);
     if (command == "demo") return qx::qxfx::runDemo(args);
+    if (command == "import") return qx::qxfx::runImport(args);
     if (command == "--help" || command == "-h") {
         std::fputs(kUsage, stdout);
         return 0;
