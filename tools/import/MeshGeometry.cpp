@@ -66,6 +66,13 @@ void MirrorZ(std::vector<Float3>& points)
         p[2] = -p[2];
 }
 
+void ToEngineSpace(MeshGeometry& geometry)
+{
+    MirrorZ(geometry.positions);
+    MirrorZ(geometry.normals);
+    ReverseWinding(geometry.indices);
+}
+
 void ReverseWinding(std::vector<uint32_t>& indices)
 {
     for (size_t t = 0; t + 2 < indices.size(); t += 3)

@@ -31,11 +31,15 @@ struct MeshGeometry {
 /// (counter-clockwise front faces, right-handed).
 void MakeFlatNormals(MeshGeometry& geometry);
 
-/// From the model's right-handed space to the engine's left-handed one: z changes sign
-/// in positions and normals. The triangles keep their order of corners: counter-clockwise
-/// seen from the front on the right-handed side is clockwise seen from the front on the
-/// left-handed side, which is the engine's front.
+/// From the model's right-handed space to the engine's left-handed one: z changes sign.
 void MirrorZ(std::vector<Float3>& points);
+
+/// The geometry from the model's space into the engine's: z changes sign in positions and
+/// normals, and every triangle turns round. A triangle that the model's viewer sees
+/// counter-clockwise from its front is still counter-clockwise to the engine's viewer on
+/// the same side, since the mirror maps both the triangle and the viewer's axes; the
+/// engine culls that as a back face, its front faces being clockwise.
+void ToEngineSpace(MeshGeometry& geometry);
 
 /// Turns every triangle round (for a placement that mirrors).
 void ReverseWinding(std::vector<uint32_t>& indices);

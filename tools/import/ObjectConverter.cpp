@@ -78,8 +78,7 @@ MeshGeometry Placed(const SourceScene& scene, const ScenePose& pose, const Insta
     // The MDD player makes its own normals from each frame.
     if (use != Use::Baked && geometry.normals.empty())
         MakeFlatNormals(geometry);
-    MirrorZ(geometry.positions);
-    MirrorZ(geometry.normals);
+    ToEngineSpace(geometry);
     return geometry;
 }
 
