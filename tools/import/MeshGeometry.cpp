@@ -81,6 +81,13 @@ void ReverseWinding(std::vector<uint32_t>& indices)
 
 std::vector<MeshPart> SplitByVertexCount(std::span<const uint32_t> indices, size_t vertexCount, size_t maxVertices)
 {
+    if (vertexCount <= maxVertices) {
+        // One part, its vertices in their own order.
+        MeshPart whole{std::vector<uint32_t>(vertexCount), {indices.begin(), indices.end()}};
+        for (uint32_t v = 0; v < whole.vertices.size(); ++v)
+            whole.vertices[v] = v;
+        return {whole};
+    }
     constexpr uint32_t kUnplaced = std::numeric_limits<uint32_t>::max();
     std::vector<uint32_t> placeInPart(vertexCount, kUnplaced);
     std::vector<MeshPart> parts(1);

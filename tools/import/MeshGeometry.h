@@ -51,7 +51,8 @@ struct MeshPart {
     std::vector<uint32_t> indices;
 };
 
-/// Triangles grouped, in order, into parts of at most `maxVertices` vertices each.
+/// Triangles grouped, in order, into parts of at most `maxVertices` vertices each; a mesh
+/// that fits stays whole, its vertices in their order.
 std::vector<MeshPart> SplitByVertexCount(std::span<const uint32_t> indices, size_t vertexCount, size_t maxVertices);
 
 /// The bytes of the object file's static vertex: position, normal, texture coordinates,
