@@ -6,12 +6,16 @@
 #include "qx4d/content/Object.h"
 #include "tests/platform/gpu/GpuFixture.h"
 #include "tests/qx4d/content/ObjectModels.h"
+#include "tests/tools/import/ImportTestSupport.h"
 #include "tests/tools/import/GltfFiles.h"
+#include "tests/tools/import/SkinnedModels.h"
 #include "tools/import/ModelImport.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <numbers>
 
 namespace qx4d::test {
 namespace {
@@ -59,9 +63,11 @@ protected:
         EXPECT_TRUE(LoadObject(u"model.qxo", object));
         return summary;
     }
-    void DrawAll(float time = 0.0f)
+    MeshItem& Mesh(size_t index) { return *dynamic_cast<MeshItem*>(object.items.at(index).get()); }
+    /// Draws every mesh at `time`, the object placed `down` units lower.
+    void DrawAll(float time = 0.0f, float down = 0.0f)
     {
-        object.Update(time);
+        object.Update(time, {1, 0, 0, 0, 0, 1, 0, -down, 0, 0, 1, 0});
         for (const Object::ItemRecord& record : object.records) {
             MeshItem* mesh = Object::DrawnMesh(record.item);
             if (!mesh)
@@ -125,6 +131,99 @@ TEST_F(ImportRenderTest, FrontFacesOfAGltfModelFaceTheViewerOnItsSide)
     EXPECT_GT(int((front >> 16) & 0xFF), 200) << std::hex << front << ": lit red, facing the light";
     EXPECT_EQ(front & 0xFFFF, 0u);
     EXPECT_EQ(At(pixels, 0.5f, 0.0f), kBlack) << "the square that faces away is culled";
+}
+
+/// Brightness of the red channel: what a white or red surface shows of the light.
+int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
+
+TEST_F(ImportRenderTest, AGltfModelRoundTripsItsVertexCountAndBoundsThroughTheLoader)
+{
+    // A box from (-1, -2, -3) to (1, 2, 3), placed 10 along z: 8 corners, 12 triangles.
+    GltfFile file;
+    std::vector<std::array<float, 3>> corners;
+    for (int i = 0; i < 8; ++i)
+        corners.push_back({i & 1 ? 1.0f : -1.0f, i & 2 ? 2.0f : -2.0f, i & 4 ? 3.0f : -3.0f});
+    const int positions = file.Floats3(corners);
+    const int indices = file.Indices({0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1, 4, 1, 5, 4,
+                                      2, 6, 3, 3, 6, 7, 0, 4, 2, 2, 4, 6, 1, 3, 5, 3, 7, 5});
+    const std::vector<float> uvs(16, 0.5f);
+    const int normals = file.Floats3(corners);  // pointing outwards, like a rounded box
+    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + R"(,"NORMAL":)"
+                          + std::to_string(normals) + R"(,"TEXCOORD_0":)"
+                          + std::to_string(file.Data(uvs, GltfFile::kFloat, "VEC2")) + R"(},"indices":)"
+                          + std::to_string(indices) + "}]}");
+    file.nodes = {R"({"name":"box","mesh":0,"translation":[0,0,10]})"};
+    file.WriteGltf(folder.path / "box.gltf");
+    Import(folder.path / "box.gltf");
+
+    ASSERT_EQ(object.items.size(), 1u);
+    MeshItem& box = Mesh(0);
+    EXPECT_EQ(box.name, u"box");
+    EXPECT_EQ(box.vertexCount, 8u);
+    EXPECT_EQ(box.indexCount, 36u);
+    EXPECT_EQ(box.stride, 32u);
+    // The vertices as the engine holds them for the device.
+    const VertexBuffer* buffer = renderer->GetVertexBuffer(box.vertexBuffer);
+    ASSERT_NE(buffer, nullptr);
+    std::vector<Float3> held(box.vertexCount);
+    for (size_t v = 0; v < held.size(); ++v)
+        std::memcpy(held[v].data(), buffer->shadow.data() + (box.baseVertex + v) * box.stride, sizeof(Float3));
+    const auto [low, high] = Bounds(held);
+    EXPECT_EQ(low, (Float3{-1, -2, -13}));
+    EXPECT_EQ(high, (Float3{1, 2, -7}));
+}
+
+TEST_F(ImportRenderTest, ASkinnedFigureDrawsAtItsPoseWithItsBonesAtTheIdentity)
+{
+    GltfFile file;
+    AddSkinnedFigure(file, R"(,"rotation":)" + RotationZ(90));
+    file.WriteGlb(folder.path / "figure.glb");
+    Import(folder.path / "figure.glb");
+    ASSERT_EQ(object.items.size(), 3u);
+    EXPECT_EQ(Mesh(0).material.bones, 2);
+    DrawAll(0.0f, 0.8f);
+    // Each bone is the identity, moved only by where the object stands.
+    for (const Matrix3x4& bone : Mesh(0).bones)
+        EXPECT_EQ(bone, (Matrix3x4{1, 0, 0, 0, 0, 1, 0, -0.8f, 0, 0, 1, 0}));
+    const std::vector<uint32_t> pixels = Finish("figure");
+    // The lower square stands upright; the upper one is bent to the left at the knee.
+    EXPECT_GT(Red(At(pixels, 0.0f, 0.3f - 0.8f)), 200);
+    EXPECT_GT(Red(At(pixels, -0.7f, 1.0f - 0.8f)), 200);
+    EXPECT_EQ(At(pixels, 0.3f, 1.7f - 0.8f), kBlack) << "where the upper square would stand unbent";
+    EXPECT_EQ(At(pixels, 0.8f, 0.3f - 0.8f), kBlack);
+}
+
+TEST_F(ImportRenderTest, BakedFramesPlayInTheEngineAtTheirTimes)
+{
+    GltfFile file;
+    AddSkinnedFigure(file);
+    AddKneeBend(file);
+    file.WriteGlb(folder.path / "bend.glb");
+    const tools::ImportSummary summary = Import(folder.path / "bend.glb");
+    EXPECT_EQ(summary.mddItems, 1u);
+    EXPECT_EQ(summary.frames, 31u);
+    ASSERT_EQ(object.items.size(), 1u);
+    MddPlayer& player = Mesh(0).mdd;
+    EXPECT_EQ(player.frameCount, 31u);
+    // Half a second is frame 15: 45 degrees. The top-left corner turns about the knee.
+    const double s = std::sqrt(0.5);
+    player.Evaluate(0.5f);
+    EXPECT_NEAR(player.blended[4][0], -0.5 * s - s, 1e-4);
+    EXPECT_NEAR(player.blended[4][1], 1 - 0.5 * s + s, 1e-4);
+    // Between frames the player blends: at 1/60 s, halfway to the first frame's 3 degrees.
+    player.Evaluate(1.0f / 60.0f);
+    const double halfStep = 1.5 * std::numbers::pi / 180.0;
+    EXPECT_NEAR(player.blended[5][0], 0.5 * std::cos(halfStep) - std::sin(halfStep), 1e-3);
+    // Where the frames put the surface, judged by the ambient light alone: the player's own
+    // normals, the cross product of (corner 2 - corner 0) and (corner 1 - corner 0), point
+    // to the back of the engine's clockwise front faces, so the distant light adds nothing.
+    lit.globalAmbient = {0.3f, 0.3f, 0.3f};
+    DrawAll(1.0f, 0.8f);
+    const std::vector<uint32_t> pixels = Finish("bend");
+    constexpr uint32_t kAmbient = 0xFF4C4C4Cu;
+    EXPECT_EQ(At(pixels, -0.7f, 1.0f - 0.8f), kAmbient) << "the upper square, bent at the end";
+    EXPECT_EQ(At(pixels, 0.0f, 0.3f - 0.8f), kAmbient);
+    EXPECT_EQ(At(pixels, 0.3f, 1.7f - 0.8f), kBlack);
 }
 
 }  // namespace
