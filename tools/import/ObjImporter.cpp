@@ -90,24 +90,27 @@ private:
         return at->second;
     }
 
-    /// Area-weighted face normals summed over the faces that share a position and group.
+    /// Face normals summed over the faces that share a position and group, each weighted
+    /// by the angle of its corner there, so that how a polygon was cut into triangles
+    /// doesn't count.
     void SmoothMissingNormals()
     {
         std::map<std::pair<int, int64_t>, Vec3> sums;
         for (size_t t = 0; t + 2 < mesh_.indices.size(); t += 3) {
-            const Float3& a = mesh_.positions[mesh_.indices[t]];
-            const Float3& b = mesh_.positions[mesh_.indices[t + 1]];
-            const Float3& c = mesh_.positions[mesh_.indices[t + 2]];
-            const Vec3 u{double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
-            const Vec3 v{double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
-            const Vec3 n{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+            std::array<Vec3, 3> corners;
+            for (size_t k = 0; k < 3; ++k) {
+                const Float3& p = mesh_.positions[mesh_.indices[t + k]];
+                corners[k] = {p[0], p[1], p[2]};
+            }
+            const Vec3 normal = Normalized(Cross(Minus(corners[1], corners[0]), Minus(corners[2], corners[0])));
             for (size_t k = 0; k < 3; ++k) {
                 const Key& key = keys_[mesh_.indices[t + k]];
                 if (key.normal >= 0)
                     continue;
+                const double angle = Angle(Minus(corners[(k + 1) % 3], corners[k]), Minus(corners[(k + 2) % 3], corners[k]));
                 Vec3& sum = sums[{key.position, key.group}];
                 for (size_t i = 0; i < 3; ++i)
-                    sum[i] += n[i];
+                    sum[i] += normal[i] * angle;
             }
         }
         for (size_t v = 0; v < keys_.size(); ++v) {
@@ -116,6 +119,20 @@ private:
             const Vec3 n = Normalized(sums[{keys_[v].position, keys_[v].group}]);
             mesh_.normals[v] = {float(n[0]), float(n[1]), float(n[2])};
         }
+    }
+
+    static Vec3 Minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+    static Vec3 Cross(const Vec3& a, const Vec3& b)
+    {
+        return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    }
+    /// The angle between two edges; 0 when one has no length.
+    static double Angle(const Vec3& a, const Vec3& b)
+    {
+        const Vec3 cross = Cross(a, b);
+        const double sine = std::sqrt(cross[0] * cross[0] + cross[1] * cross[1] + cross[2] * cross[2]);
+        const double cosine = a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+        return std::atan2(sine, cosine);
     }
 
     const tinyobj::attrib_t& attrib_;

@@ -133,6 +133,28 @@ TEST_F(ImportRenderTest, FrontFacesOfAGltfModelFaceTheViewerOnItsSide)
     EXPECT_EQ(At(pixels, 0.5f, 0.0f), kBlack) << "the square that faces away is culled";
 }
 
+TEST_F(ImportRenderTest, AnObjTextureStandsUprightOnItsSquare)
+{
+    // A square facing the viewer, its image's top-left texel red, top-right green,
+    // bottom-left blue, bottom-right white; v runs upwards in the file.
+    folder.Write("src/check.bmp", Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
+    folder.Write("src/check.mtl", "newmtl check\nKd 1 1 1\nmap_Kd check.bmp\n");
+    folder.Write("src/check.obj", "mtllib check.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+                                  "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nusemtl check\n"
+                                  "f 1/1/1 2/2/1 3/3/1 4/4/1\n");
+    const tools::ImportSummary summary = Import(folder.path / "src/check.obj");
+    ASSERT_EQ(summary.textures.size(), 1u);
+    EXPECT_EQ(summary.textures[0], folder.path / "Images/model/check.bmp");
+    EXPECT_EQ(Mesh(0).textureCount, 1u);
+    EXPECT_FALSE(Mesh(0).textures[0].IsNull());
+    DrawAll();
+    const std::vector<uint32_t> pixels = Finish("check");
+    EXPECT_LE(gpu::testing::colourDistance(At(pixels, -0.5f, 0.5f), 0xFFFF0000u), 2);
+    EXPECT_LE(gpu::testing::colourDistance(At(pixels, 0.5f, 0.5f), 0xFF00FF00u), 2);
+    EXPECT_LE(gpu::testing::colourDistance(At(pixels, -0.5f, -0.5f), 0xFF0000FFu), 2);
+    EXPECT_LE(gpu::testing::colourDistance(At(pixels, 0.5f, -0.5f), 0xFFFFFFFFu), 2);
+}
+
 /// Brightness of the red channel: what a white or red surface shows of the light.
 int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
 

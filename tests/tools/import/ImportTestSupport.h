@@ -68,6 +68,32 @@ inline bool HasPoint(const std::vector<Float3>& points, const Float3& p, float t
     });
 }
 
+/// A 24-bit BMP file of `width` by `height` pixels, given as 0xRRGGBB top row first.
+inline std::string Bmp(int width, int height, const std::vector<uint32_t>& pixels)
+{
+    const int rowBytes = (width * 3 + 3) / 4 * 4;
+    std::string bytes(size_t(54 + rowBytes * height), '\0');
+    const auto put = [&](size_t at, uint32_t value, size_t size) { std::memcpy(&bytes[at], &value, size); };
+    bytes[0] = 'B';
+    bytes[1] = 'M';
+    put(2, uint32_t(bytes.size()), 4);
+    put(10, 54, 4);
+    put(14, 40, 4);
+    put(18, uint32_t(width), 4);
+    put(22, uint32_t(height), 4);  // positive: the rows are stored bottom up
+    put(26, 1, 2);
+    put(28, 24, 2);
+    for (int row = 0; row < height; ++row)
+        for (int column = 0; column < width; ++column) {
+            const uint32_t rgb = pixels[size_t((height - 1 - row) * width + column)];
+            const size_t at = size_t(54 + row * rowBytes + column * 3);
+            bytes[at] = char(rgb & 0xFF);
+            bytes[at + 1] = char((rgb >> 8) & 0xFF);
+            bytes[at + 2] = char((rgb >> 16) & 0xFF);
+        }
+    return bytes;
+}
+
 MATCHER_P2(NearPoint, expected, tolerance, "")
 {
     for (size_t c = 0; c < 3; ++c)
