@@ -5,6 +5,7 @@
 #include "qx4d/content/Filter.h"
 #include "qx4d/content/Object.h"
 #include "qx4d/content/ShadingScene.h"
+#include "qx4d/core/device/GraphicsDevice.h"
 #include "qx4d/core/device/ResourceHandle.h"
 #include "qx4d/core/scene/Entity.h"
 
@@ -15,6 +16,7 @@
 namespace qx4d {
 
 class Camera;
+class Renderer;
 class LensFlare;
 class Light;
 class ObjectInstance;
@@ -64,6 +66,9 @@ public:
     /// Stores the time, evaluates the scene's envelopes, updates the entities in their
     /// order, then the filters, and refreshes what materials read of the scene.
     void Update(float time, float timeStep);
+    /// Draws the frame into the current target with the active camera: shadow maps,
+    /// backdrop, fog colour, the meshes through the render queue, particles and flares.
+    void Render();
     /// Makes this scene the current one; returns the one before it.
     Scene* MakeCurrent();
     static Scene* Current() { return current; }
@@ -105,10 +110,20 @@ private:
     void SetBackgroundImage(const String& name);
     void ResolveLinks();
     void SortEntities();
+    bool IsQueued(const ObjectInstance& instance, const ShadingCamera& camera) const;
+    void RenderShadows(gpu::Device& device, Renderer& renderer, const ShadingCamera& camera);
+    void RenderBackdrop(gpu::Device& device, Renderer& renderer);
+    void RenderFogColor(Renderer& renderer) const;
+    void RenderObjects(const ShadingCamera& camera);
+    void RenderTransparentEntities();
 
     ShadingScene shading;
     static inline Scene* current = nullptr;
 };
+
+/// What shaders read of the active camera: its view-projection and its place; the
+/// identity at the origin when no camera is active.
+ShadingCamera ActiveShadingCamera();
 
 /// The scene's span, EndTime − StartTime, read from "SCENES:" + `name` as soon as both keys
 /// have been seen; 0 when the file can't be opened, -1 when either key is missing.
