@@ -28,20 +28,27 @@ struct ImportArguments {
     bool help = false;
 };
 
+CommandError unknownOption(std::string_view option)
+{
+    return CommandError("unknown option '" + std::string(option) + "' (see 'qxfx import --help')");
+}
+
+void readArgument(ArgReader& args, std::string_view arg, ImportArguments& parsed, std::optional<std::string>& input)
+{
+    if (arg == "-o" || arg == "--output") parsed.options.output = args.value(arg);
+    else if (arg == "--images") parsed.options.images = args.value(arg);
+    else if (arg == "-h" || arg == "--help") parsed.help = true;
+    else if (arg.starts_with("-")) throw unknownOption(arg);
+    else if (input) throw CommandError("give one model, not '" + *input + "' and '" + std::string(arg) + "'");
+    else input = std::string(arg);
+}
+
 ImportArguments parseArguments(std::span<const std::string_view> arguments)
 {
     ImportArguments parsed;
     ArgReader args(arguments);
     std::optional<std::string> input;
-    while (!args.done()) {
-        const std::string_view option = args.take();
-        if (option == "-o" || option == "--output") parsed.options.output = args.value(option);
-        else if (option == "--images") parsed.options.images = args.value(option);
-        else if (option == "-h" || option == "--help") parsed.help = true;
-        else if (option.starts_with("-")) throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx import --help')");
-        else if (input) throw CommandError("give one model, not '" + *input + "' and '" + std::string(option) + "'");
-        else input = std::string(option);
-    }
+    while (!args.done()) readArgument(args, args.take(), parsed, input);
     if (parsed.help) return parsed;
     if (!input) throw CommandError("give the model to import (see 'qxfx import --help')");
     if (parsed.options.output.empty()) throw CommandError("give the object file to write with -o");
@@ -51,7 +58,9 @@ ImportArguments parseArguments(std::span<const std::string_view> arguments)
 
 void printSummary(const qx4d::tools::ImportOptions& options, const qx4d::tools::ImportSummary& summary)
 {
-    for (const std::string& warning : summary.warnings) std::fprintf(stderr, "qxfx import: warning: %s\n", warning.c_str());
+    for (const std::string& warning : summary.warnings) {
+        std::fprintf(stderr, "qxfx import: warning: %s\n", warning.c_str());
+    }
     std::printf("%s: %zu mesh item(s)", options.output.string().c_str(), summary.meshItems + summary.mddItems);
     if (summary.boneItems) std::printf(", %zu bone(s)", summary.boneItems);
     if (summary.mddItems) std::printf(", %zu baked to %u MDD frames", summary.mddItems, summary.frames);

@@ -174,18 +174,20 @@ void AccessorReader::ApplySparse(const tinygltf::Accessor& accessor, int compone
         Fail(what, "sparse indices must be unsigned integers");
     if (sparse.indices.byteOffset < 0 || sparse.values.byteOffset < 0)
         Fail(what, "a sparse offset is negative");
-    const int valueBytes = ComponentBytes(accessor.componentType) * components;
+    const int componentBytes = ComponentBytes(accessor.componentType);
+    const int valueBytes = componentBytes * components;
     const uint8_t* indices = ViewBytes(sparse.indices.bufferView, uint64_t(sparse.indices.byteOffset),
                                        uint64_t(count) * uint64_t(indexBytes), what);
     const uint8_t* replacements = ViewBytes(sparse.values.bufferView, uint64_t(sparse.values.byteOffset),
                                             uint64_t(count) * uint64_t(valueBytes), what);
     for (size_t i = 0; i < count; ++i) {
-        const auto target = uint64_t(ReadComponent(indices + i * size_t(indexBytes), sparse.indices.componentType, false));
+        const auto target =
+            uint64_t(ReadComponent(indices + i * size_t(indexBytes), sparse.indices.componentType, false));
         if (target >= accessor.count)
             Fail(what, "a sparse index points past the accessor's count");
         for (int c = 0; c < components; ++c)
             values[size_t(target) * size_t(components) + size_t(c)] =
-                ReadComponent(replacements + i * size_t(valueBytes) + size_t(c) * size_t(ComponentBytes(accessor.componentType)),
+                ReadComponent(replacements + i * size_t(valueBytes) + size_t(c) * size_t(componentBytes),
                               accessor.componentType, accessor.normalized);
     }
 }

@@ -98,8 +98,9 @@ SourceChannel::Interpolation InterpolationOf(const std::string& interpolation)
 
 /// One channel with its keys; false for a channel that animates nothing the importer
 /// keeps (a node outside the scene, a property of an extension).
-bool ReadChannel(const Context& context, const tinygltf::Animation& animation, const tinygltf::AnimationChannel& channel,
-                 const std::vector<int>& nodeIndex, const std::string& what, SourceChannel& out)
+bool ReadChannel(const Context& context, const tinygltf::Animation& animation,
+                 const tinygltf::AnimationChannel& channel, const std::vector<int>& nodeIndex, const std::string& what,
+                 SourceChannel& out)
 {
     static const char* const kPaths[] = {"translation", "rotation", "scale", "weights"};
     if (std::find(std::begin(kPaths), std::end(kPaths), channel.target_path) == std::end(kPaths))
@@ -117,7 +118,9 @@ bool ReadChannel(const Context& context, const tinygltf::Animation& animation, c
     out.times = context.accessors.Floats(sampler.input, 1, what + " input");
     if (!std::is_sorted(out.times.begin(), out.times.end()))
         context.Fail(what + ": key times are not in increasing order");
-    const int components = out.path == SourceChannel::Path::Rotation ? 4 : out.path == SourceChannel::Path::Weights ? 1 : 3;
+    const int components = out.path == SourceChannel::Path::Rotation  ? 4
+                         : out.path == SourceChannel::Path::Weights ? 1
+                                                                    : 3;
     out.values = context.accessors.Floats(sampler.output, components, what + " output");
     const size_t perKey = out.interpolation == SourceChannel::Interpolation::CubicSpline ? 3 : 1;
     const size_t keys = out.times.size() * perKey;
@@ -175,7 +178,8 @@ std::vector<SourceSkin> ReadSkins(const Context& context, const std::vector<int>
         }
         out.inverseBindMatrices.assign(out.joints.size(), kIdentityTransform);
         if (skin.inverseBindMatrices >= 0) {
-            const std::vector<float> values = context.accessors.Floats(skin.inverseBindMatrices, 16, what + " matrices");
+            const std::vector<float> values =
+                context.accessors.Floats(skin.inverseBindMatrices, 16, what + " matrices");
             if (values.size() < out.joints.size() * 16)
                 context.Fail(what + ": fewer inverse bind matrices than joints");
             for (size_t j = 0; j < out.joints.size(); ++j)

@@ -53,7 +53,8 @@ void MakeFlatNormals(MeshGeometry& geometry)
         const Float3& c = flat.positions[t + 2];
         const Vec3 u{double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
         const Vec3 v{double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
-        const Vec3 n = Normalized(Vec3{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]});
+        const Vec3 n =
+            Normalized(Vec3{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]});
         for (size_t k = 0; k < 3; ++k)
             flat.normals[t + k] = {float(n[0]), float(n[1]), float(n[2])};
     }

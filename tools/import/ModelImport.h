@@ -32,8 +32,8 @@ struct ImportSummary {
 };
 
 /// Imports the model. Throws ImportError, with one line that names the file and the
-/// problem, when it can't be read, contradicts itself or a file can't be written; then
-/// nothing is written.
+/// problem, when it can't be read, contradicts itself or a file can't be written. A model
+/// that is refused is refused before anything is written.
 ImportSummary ImportModel(const ImportOptions& options);
 
 }  // namespace qx4d::tools

@@ -107,7 +107,8 @@ private:
                 const Key& key = keys_[mesh_.indices[t + k]];
                 if (key.normal >= 0)
                     continue;
-                const double angle = Angle(Minus(corners[(k + 1) % 3], corners[k]), Minus(corners[(k + 2) % 3], corners[k]));
+                const double angle =
+                    Angle(Minus(corners[(k + 1) % 3], corners[k]), Minus(corners[(k + 2) % 3], corners[k]));
                 Vec3& sum = sums[{key.position, key.group}];
                 for (size_t i = 0; i < 3; ++i)
                     sum[i] += normal[i] * angle;
@@ -238,7 +239,8 @@ SourceMaterial ReadMaterial(const tinyobj::material_t& material)
     out.blended = out.opacity < 1.0f || !material.alpha_texname.empty();
     out.specular = std::clamp((material.specular[0] + material.specular[1] + material.specular[2]) / 3.0f, 0.0f, 1.0f);
     out.glossiness = std::clamp(material.shininess, 1.0f, 256.0f);
-    out.luminosity = std::clamp(std::max({material.emission[0], material.emission[1], material.emission[2]}), 0.0f, 1.0f);
+    const float emission = std::max({material.emission[0], material.emission[1], material.emission[2]});
+    out.luminosity = std::clamp(emission, 0.0f, 1.0f);
     return out;
 }
 

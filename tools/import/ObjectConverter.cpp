@@ -28,8 +28,10 @@ std::vector<Instance> Instances(const SourceScene& scene)
     for (size_t n = 0; n < scene.nodes.size(); ++n) {
         const SourceNode& node = scene.nodes[n];
         for (const int mesh : node.meshes)
-            if (!scene.meshes[size_t(mesh)].indices.empty())
-                instances.push_back({int(n), mesh, node.meshes.size() == 1 ? node.name : scene.meshes[size_t(mesh)].name});
+            if (!scene.meshes[size_t(mesh)].indices.empty()) {
+                const std::string& name = node.meshes.size() == 1 ? node.name : scene.meshes[size_t(mesh)].name;
+                instances.push_back({int(n), mesh, name});
+            }
     }
     return instances;
 }

@@ -32,7 +32,8 @@ public:
             sized(target.size(), "morph offsets");
         if (mesh.indices.size() % 3 != 0)
             Fail(mesh.name + ": the indices do not make whole triangles");
-        const auto beyond = std::find_if(mesh.indices.begin(), mesh.indices.end(), [&](uint32_t i) { return i >= count; });
+        const auto beyond =
+            std::find_if(mesh.indices.begin(), mesh.indices.end(), [&](uint32_t i) { return i >= count; });
         if (beyond != mesh.indices.end())
             Fail(mesh.name + ": index " + std::to_string(*beyond) + " points past the " + std::to_string(count)
                  + " vertices");
@@ -92,7 +93,7 @@ public:
         const size_t width = channel.path == SourceChannel::Path::Rotation ? 4
                            : channel.path == SourceChannel::Path::Weights ? channel.width
                                                                           : 3;
-        if (channel.width != width || channel.width == 0 || channel.values.size() != channel.times.size() * perKey * width)
+        if (channel.width != width || width == 0 || channel.values.size() != channel.times.size() * perKey * width)
             Fail(what + ": the values do not match the keys");
         if (!std::is_sorted(channel.times.begin(), channel.times.end()))
             Fail(what + ": key times are not in increasing order");

@@ -56,8 +56,11 @@ void SampleChannel(const SourceChannel& channel, double time, std::vector<double
             out.assign(q.begin(), q.end());
             return;
         }
-        for (size_t i = 0; i < channel.width; ++i)
-            out[i] = channel.values[ValueAt(channel, key) + i] * (1.0 - t) + channel.values[ValueAt(channel, key + 1) + i] * t;
+        for (size_t i = 0; i < channel.width; ++i) {
+            const double from = channel.values[ValueAt(channel, key) + i];
+            const double to = channel.values[ValueAt(channel, key + 1) + i];
+            out[i] = from * (1.0 - t) + to * t;
+        }
         break;
     }
 }
