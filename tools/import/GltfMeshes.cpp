@@ -109,6 +109,15 @@ void ReadMorphTargets(const Context& context, const tinygltf::Mesh& source, cons
         mesh.morphWeights[t] = float(source.weights[t]);
 }
 
+/// The texture coordinates that the base colour texture of the primitive's material reads.
+std::string TextureSet(const Context& context, const tinygltf::Primitive& primitive)
+{
+    const int set = primitive.material >= 0
+                        ? context.model.materials[size_t(primitive.material)].pbrMetallicRoughness.baseColorTexture.texCoord
+                        : 0;
+    return "TEXCOORD_" + std::to_string(std::max(set, 0));
+}
+
 SourceMesh ReadPrimitive(const Context& context, const tinygltf::Mesh& source, const tinygltf::Primitive& primitive,
                          const std::string& what)
 {
@@ -123,7 +132,8 @@ SourceMesh ReadPrimitive(const Context& context, const tinygltf::Mesh& source, c
     mesh.positions = Group<3>(context.accessors.Floats(positions, 3, what + " POSITION"));
     const size_t count = mesh.positions.size();
     mesh.normals = Group<3>(ReadAttribute(context, primitive.attributes, "NORMAL", 3, count, what));
-    mesh.uvs = Group<2>(ReadAttribute(context, primitive.attributes, "TEXCOORD_0", 2, count, what));
+    mesh.uvs = Group<2>(ReadAttribute(context, primitive.attributes, TextureSet(context, primitive).c_str(), 2, count,
+                                      what));
     ReadSkinning(context, primitive, mesh, what);
     ReadMorphTargets(context, source, primitive, mesh, what);
     mesh.indices = ReadIndices(context, primitive, count, what);

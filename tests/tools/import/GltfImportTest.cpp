@@ -250,6 +250,25 @@ TEST_F(GltfImportTest, MaterialsBecomeTheEnginesStandardMaterialsWithTheirValues
     EXPECT_EQ(converted.conversion.images[0].second, png);
 }
 
+TEST_F(GltfImportTest, TheTextureReadsTheCoordinatesItsMaterialNames)
+{
+    GltfFile file;
+    const std::vector<uint8_t> png = PngBytes(1);
+    file.images = {R"({"bufferView":)" + std::to_string(file.View(png.data(), png.size())) + R"(,"mimeType":"image/png"})"};
+    file.textures = {R"({"source":0})"};
+    file.materials = {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}}})"};
+    const int positions = file.Floats3({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
+    const int first = file.Floats2({{0, 0}, {0, 0}, {0, 0}});
+    const int second = file.Floats2({{0.25f, 0.5f}, {1, 0.5f}, {0.25f, 0}});
+    file.meshes.push_back(Mesh(positions, -1,
+                               R"(,"TEXCOORD_0":)" + std::to_string(first) + R"(,"TEXCOORD_1":)" + std::to_string(second),
+                               0));
+    file.nodes = {R"({"mesh":0})"};
+    const Converted converted = ConvertGlb(file);
+    EXPECT_EQ(converted.Mesh(0).surface.materialFile, "texture.mat");
+    EXPECT_EQ(Uvs(converted.Mesh(0))[0], (std::array<float, 2>{0.25f, 0.5f}));
+}
+
 TEST_F(GltfImportTest, TexturesOfTheSameNameGetFilesOfTheirOwn)
 {
     GltfFile file;
