@@ -13,6 +13,7 @@ namespace {
 /// More elements than any model this tool is meant for; an accessor without a buffer
 /// view would otherwise make the reader allocate whatever its count says.
 constexpr uint64_t kMaxElements = uint64_t(1) << 26;
+constexpr uint64_t kMaxStride = 252;
 
 int ComponentBytes(int componentType)
 {
@@ -138,6 +139,10 @@ AccessorReader::Layout AccessorReader::Locate(const tinygltf::Accessor& accessor
     layout.stride = view && view->byteStride != 0 ? view->byteStride : elementBytes;
     if (layout.stride < elementBytes)
         Fail(what, "the byte stride is shorter than one element");
+    // glTF allows no wider stride, and tinygltf refuses one; the bound keeps the
+    // arithmetic below from overflowing whatever the loader lets through.
+    if (layout.stride > kMaxStride)
+        Fail(what, "the byte stride is above " + std::to_string(kMaxStride));
     const uint64_t span = accessor.count == 0 ? 0 : (accessor.count - 1) * layout.stride + elementBytes;
     layout.base = ViewBytes(accessor.bufferView, accessor.byteOffset, span, what);
     return layout;

@@ -90,6 +90,13 @@ const BadCase kCases[] = {
          return WriteGlb(f, t.Good());
      },
      "buffer view 0 reaches past the end of its buffer"},
+    {"stride wider than glTF allows",
+     [](TempFolder& f) {
+         Triangle t;
+         t.file.bufferViews[0] = R"({"buffer":0,"byteLength":36,"byteStride":4096})";
+         return WriteGlb(f, t.Good());
+     },
+     "`byteStride' must be"},
     {"attribute shorter than the positions",
      [](TempFolder& f) {
          Triangle t;
