@@ -2,20 +2,14 @@
 
 #include "platform/swf/ByteReader.h"
 #include "platform/swf/Inflate.h"
+#include "platform/swf/PictureDecoder.h"
 #include "platform/swf/Tags.h"
 
-#include <stb_image.h>
-
 #include <algorithm>
-#include <climits>
 
 namespace qx::swf {
 
 namespace {
-
-struct StbFree {
-    void operator()(unsigned char* pixels) const { stbi_image_free(pixels); }
-};
 
 bool sizeAllowed(int64_t width, int64_t height)
 {
@@ -52,28 +46,6 @@ std::vector<uint8_t> cleanJpeg(std::span<const uint8_t> tables, std::span<const 
         clean.erase(clean.begin(), clean.begin() + 4);
     }
     return clean;
-}
-
-// JPEG, PNG or GIF through the image decoder, straight RGBA out.
-std::optional<DecodedBitmap> decodePicture(std::span<const uint8_t> data)
-{
-    if (data.empty() || data.size() > size_t(INT_MAX)) return std::nullopt;
-    int width = 0;
-    int height = 0;
-    int channels = 0;
-    const auto* bytes = data.data();
-    const int length = int(data.size());
-    if (!stbi_info_from_memory(bytes, length, &width, &height, &channels) || !sizeAllowed(width, height)) {
-        return std::nullopt;
-    }
-    const std::unique_ptr<unsigned char, StbFree> rgba(stbi_load_from_memory(bytes, length, &width, &height, &channels, 4));
-    if (!rgba || !sizeAllowed(width, height)) return std::nullopt;
-    DecodedBitmap bitmap{width, height, std::vector<uint32_t>(size_t(width) * size_t(height))};
-    for (size_t i = 0; i < bitmap.samples.size(); ++i) {
-        const unsigned char* p = rgba.get() + i * 4;
-        bitmap.samples[i] = premultiplied(p[3], p[0], p[1], p[2]);
-    }
-    return bitmap;
 }
 
 // DefineBitsJPEG3 and 4: the alpha plane replaces the picture's alpha.

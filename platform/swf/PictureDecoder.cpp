@@ -1,0 +1,95 @@
+#include "platform/swf/PictureDecoder.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
+}
+
+#include <cstring>
+
+namespace qx::swf {
+
+namespace {
+
+struct CodecFree {
+    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+};
+struct FrameFree {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+struct PacketFree {
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+struct ScalerFree {
+    void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
+};
+
+AVCodecID codecOf(std::span<const uint8_t> data)
+{
+    if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8) return AV_CODEC_ID_MJPEG;
+    if (data.size() >= 8 && std::memcmp(data.data(), "\x89PNG\r\n\x1a\n", 8) == 0) return AV_CODEC_ID_PNG;
+    if (data.size() >= 6 && (std::memcmp(data.data(), "GIF87a", 6) == 0 || std::memcmp(data.data(), "GIF89a", 6) == 0)) {
+        return AV_CODEC_ID_GIF;
+    }
+    return AV_CODEC_ID_NONE;
+}
+
+// The first picture the decoder gives for `data`.
+std::unique_ptr<AVFrame, FrameFree> decodeFrame(AVCodecID id, std::span<const uint8_t> data)
+{
+    const AVCodec* codec = avcodec_find_decoder(id);
+    if (!codec || data.size() > size_t(INT32_MAX) - AV_INPUT_BUFFER_PADDING_SIZE) return nullptr;
+    const std::unique_ptr<AVCodecContext, CodecFree> context(avcodec_alloc_context3(codec));
+    const std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
+    std::unique_ptr<AVFrame, FrameFree> frame(av_frame_alloc());
+    if (!context || !packet || !frame) return nullptr;
+    context->thread_count = 1;
+    context->max_pixels = kMaxBitmapSamples;  // the decoder refuses larger pictures before allocating
+    if (avcodec_open2(context.get(), codec, nullptr) < 0 || av_new_packet(packet.get(), int(data.size())) < 0) {
+        return nullptr;
+    }
+    std::memcpy(packet->data, data.data(), data.size());  // the packet's padding is zeroed
+    if (avcodec_send_packet(context.get(), packet.get()) < 0) return nullptr;
+    avcodec_send_packet(context.get(), nullptr);
+    if (avcodec_receive_frame(context.get(), frame.get()) < 0) return nullptr;
+    return frame;
+}
+
+}  // namespace
+
+std::optional<DecodedBitmap> decodePicture(std::span<const uint8_t> data)
+{
+    const AVCodecID id = codecOf(data);
+    if (id == AV_CODEC_ID_NONE) return std::nullopt;
+    const auto frame = decodeFrame(id, data);
+    if (!frame) return std::nullopt;
+    const int width = frame->width;
+    const int height = frame->height;
+    if (width <= 0 || height <= 0 || width > kMaxBitmapSide || height > kMaxBitmapSide ||
+        int64_t(width) * height > kMaxBitmapSamples) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<SwsContext, ScalerFree> scaler(sws_getContext(width, height, AVPixelFormat(frame->format), width,
+                                                                        height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr,
+                                                                        nullptr, nullptr));
+    if (!scaler) return std::nullopt;
+    DecodedBitmap bitmap{width, height, std::vector<uint32_t>(size_t(width) * size_t(height))};
+    uint8_t* planes[4] = {reinterpret_cast<uint8_t*>(bitmap.samples.data()), nullptr, nullptr, nullptr};
+    const int strides[4] = {width * 4, 0, 0, 0};
+    if (sws_scale(scaler.get(), frame->data, frame->linesize, 0, height, planes, strides) != height) return std::nullopt;
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(frame->format));
+    const bool hasAlpha = format && (format->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL));
+    for (uint32_t& s : bitmap.samples) {
+        if (!hasAlpha) {
+            s |= 0xFF000000u;  // the conversion leaves no alpha in pictures that have none
+            continue;
+        }
+        const uint32_t a = s >> 24;
+        const auto scale = [a](uint32_t c) { return (c * a + 127) / 255; };
+        s = a << 24 | scale((s >> 16) & 0xFF) << 16 | scale((s >> 8) & 0xFF) << 8 | scale(s & 0xFF);
+    }
+    return bitmap;
+}
+
+}  // namespace qx::swf
