@@ -98,6 +98,9 @@ public:
     {
         if (!attributes || !attributes->colorMatrixEnabled) return;
         matrix_ = attributes->colorMatrix;
+        for (auto& row : matrix_.m) {
+            for (float& v : row) v = std::isfinite(v) ? v : 0.0f;  // a value that is no number adds nothing
+        }
         const ColorMatrix identity;
         bool onlyAlpha = true;
         for (int r = 0; r < 5; ++r) {

@@ -25,6 +25,13 @@ struct ScalerFree {
     void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 };
 
+uint32_t premultiplied(uint32_t s)
+{
+    const uint32_t a = s >> 24;
+    const auto scale = [a](uint32_t c) { return (c * a + 127) / 255; };
+    return a << 24 | scale((s >> 16) & 0xFF) << 16 | scale((s >> 8) & 0xFF) << 8 | scale(s & 0xFF);
+}
+
 AVCodecID codecOf(std::span<const uint8_t> data)
 {
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8) return AV_CODEC_ID_MJPEG;
@@ -73,21 +80,24 @@ std::optional<DecodedBitmap> decodePicture(std::span<const uint8_t> data)
     const std::unique_ptr<SwsContext, ScalerFree> scaler(sws_getContext(width, height, AVPixelFormat(frame->format), width,
                                                                         height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr,
                                                                         nullptr, nullptr));
-    if (!scaler) return std::nullopt;
-    DecodedBitmap bitmap{width, height, std::vector<uint32_t>(size_t(width) * size_t(height))};
-    uint8_t* planes[4] = {reinterpret_cast<uint8_t*>(bitmap.samples.data()), nullptr, nullptr, nullptr};
-    const int strides[4] = {width * 4, 0, 0, 0};
-    if (sws_scale(scaler.get(), frame->data, frame->linesize, 0, height, planes, strides) != height) return std::nullopt;
+    // The converter's vector loops may write past the end of a row: it writes into a
+    // padded picture, whose rows are then copied out.
+    const std::unique_ptr<AVFrame, FrameFree> converted(av_frame_alloc());
+    if (!scaler || !converted) return std::nullopt;
+    converted->format = AV_PIX_FMT_BGRA;
+    converted->width = width;
+    converted->height = height;
+    if (av_frame_get_buffer(converted.get(), 64) < 0 ||
+        sws_scale(scaler.get(), frame->data, frame->linesize, 0, height, converted->data, converted->linesize) != height) {
+        return std::nullopt;
+    }
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(frame->format));
     const bool hasAlpha = format && (format->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL));
-    for (uint32_t& s : bitmap.samples) {
-        if (!hasAlpha) {
-            s |= 0xFF000000u;  // the conversion leaves no alpha in pictures that have none
-            continue;
-        }
-        const uint32_t a = s >> 24;
-        const auto scale = [a](uint32_t c) { return (c * a + 127) / 255; };
-        s = a << 24 | scale((s >> 16) & 0xFF) << 16 | scale((s >> 8) & 0xFF) << 8 | scale(s & 0xFF);
+    DecodedBitmap bitmap{width, height, std::vector<uint32_t>(size_t(width) * size_t(height))};
+    for (int y = 0; y < height; ++y) {
+        const auto* row = reinterpret_cast<const uint32_t*>(converted->data[0] + ptrdiff_t(y) * converted->linesize[0]);
+        uint32_t* out = bitmap.samples.data() + size_t(y) * size_t(width);
+        for (int x = 0; x < width; ++x) out[x] = hasAlpha ? premultiplied(row[x]) : row[x] | 0xFF000000u;
     }
     return bitmap;
 }

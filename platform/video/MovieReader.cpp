@@ -185,36 +185,55 @@ bool MovieReader::sendNextPacket()
 }
 
 // Converts the decoded picture to BGRA at the size of the first frame; later frames of
-// another size (a stream may change) are scaled to it. A picture without alpha is
-// opaque, but the conversion leaves its alpha bytes at 0: a picture of the same size is
-// converted in bands of rows whose alpha is set while the band is still in the cache,
-// rather than in a second pass over the whole frame.
+// another size (a stream may change) are scaled to it. The converter's vector loops may
+// write past the end of a row, so it writes into a padded picture of its own, from which
+// rows are copied out. A picture of the same size is converted in bands of rows, each
+// copied out while it is still in the cache; pictures without alpha get theirs set on
+// the way (the conversion leaves it at 0).
 bool MovieReader::convert(std::span<uint32_t> out)
 {
     const AVFrame& in = *decoded_;
     scaler_.reset(sws_getCachedContext(scaler_.release(), in.width, in.height, AVPixelFormat(in.format), width_,
                                        height_, AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr));
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(in.format));
-    if (!scaler_ || !format || out.size() < size_t(width_) * size_t(height_)) {
+    if (!scaler_ || !format || out.size() < size_t(width_) * size_t(height_) || !padded()) {
         error_ = "cannot convert its pixel format";
         av_frame_unref(decoded_.get());
         return false;
     }
-    // Source slices start at their first row; the destination is always the whole frame.
-    uint8_t* planes[4] = {reinterpret_cast<uint8_t*>(out.data()), nullptr, nullptr, nullptr};
-    const int strides[4] = {width_ * 4, 0, 0, 0};
     const bool opaque = !(format->flags & AV_PIX_FMT_FLAG_ALPHA);
-    const bool banded = opaque && in.width == width_ && in.height == height_ && !(format->flags & AV_PIX_FMT_FLAG_PAL);
+    const uint32_t alpha = opaque ? 0xFF000000u : 0u;
+    const bool banded = in.width == width_ && in.height == height_ && !(format->flags & AV_PIX_FMT_FLAG_PAL);
     const int band = banded ? kBandRows : in.height;
     for (int top = 0; top < in.height; top += band) {
         const int rows = std::min(band, in.height - top);
-        sws_scale(scaler_.get(), planesFromRow(in, *format, top).data(), in.linesize, top, rows, planes, strides);
-        if (!opaque) continue;
-        uint32_t* samples = out.data() + size_t(banded ? top : 0) * size_t(width_);
-        const size_t count = size_t(banded ? rows : height_) * size_t(width_);
-        for (size_t i = 0; i < count; ++i) samples[i] |= 0xFF000000u;
+        sws_scale(scaler_.get(), planesFromRow(in, *format, top).data(), in.linesize, top, rows, converted_->data,
+                  converted_->linesize);
+        // A band gives its own rows; the one call of a scaled picture gives them all.
+        const int first = banded ? top : 0;
+        const int count = banded ? rows : height_;
+        for (int y = first; y < first + count; ++y) {
+            const auto* row = reinterpret_cast<const uint32_t*>(converted_->data[0] + ptrdiff_t(y) * converted_->linesize[0]);
+            uint32_t* target = out.data() + size_t(y) * size_t(width_);
+            for (int x = 0; x < width_; ++x) target[x] = row[x] | alpha;
+        }
     }
     av_frame_unref(decoded_.get());
+    return true;
+}
+
+bool MovieReader::padded()
+{
+    if (converted_ && converted_->width == width_ && converted_->height == height_) return true;
+    converted_.reset(av_frame_alloc());
+    if (!converted_) return false;
+    converted_->format = AV_PIX_FMT_BGRA;
+    converted_->width = width_;
+    converted_->height = height_;
+    if (av_frame_get_buffer(converted_.get(), 64) < 0) {
+        converted_.reset();
+        return false;
+    }
     return true;
 }
 

@@ -61,6 +61,8 @@ private:
     bool decodeNext();
     bool sendNextPacket();
     bool convert(std::span<uint32_t> out);
+    /// The padded picture the converter writes into; false when it cannot be had.
+    bool padded();
     double frameTime(const AVFrame& frame) const;
     bool seekTo(double seconds);
 
@@ -70,6 +72,7 @@ private:
     av::Frame decoded_;
     av::Packet packet_;
     av::Scaler scaler_;
+    av::Frame converted_;
     int streamIndex_ = -1;
     int width_ = 0;
     int height_ = 0;
