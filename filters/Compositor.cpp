@@ -110,7 +110,6 @@ void CQXCompositor::releaseSources()
     animation.reset();
     overlayBitmap.reset();
     animationBits.reset();
-    inputBits.reset();
     secondBits.reset();
     outputBits.reset();
 }
@@ -124,9 +123,8 @@ HRESULT CQXCompositor::OnSetup(DWORD)
     const transform::Bounds bounds = InputSurface(0)->GetBounds();
     bufferWidth = bounds.width();
     bufferHeight = bounds.height();
-    inputBits = frameBuffer(bufferWidth, bufferHeight);
     outputBits = frameBuffer(bufferWidth, bufferHeight);
-    if (!inputBits || !outputBits) return S_OK;
+    if (!outputBits) return S_OK;
     if (overlayPath.empty()) {
         secondBits = frameBuffer(bufferWidth, bufferHeight);
         return S_OK;
@@ -196,13 +194,13 @@ HRESULT CQXCompositor::passThrough(const transform::CDXTWorkInfoNTo1& workInfo)
     std::unique_ptr<SurfaceLock> output;
     if (FAILED(InputSurface(0)->LockSurface(&workInfo.DoBnds, m_ulLockTimeOut, transform::DXLOCKF_READ, input)) ||
         FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE, output)) ||
-        !inputBits) {
+        !outputBits) {
         return S_OK;
     }
     const LONG w = workInfo.DoBnds.width();
     const LONG h = workInfo.DoBnds.height();
-    input->UnpackRect(packedRect(inputBits.get(), w, h));
-    output->PackRect(packedRect(inputBits.get(), w, h));
+    input->UnpackRect(packedRect(outputBits.get(), w, h));
+    output->PackRect(packedRect(outputBits.get(), w, h));
     return S_OK;
 }
 
@@ -227,12 +225,14 @@ HRESULT CQXCompositor::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, boo
     if (FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE, output))) {
         return S_OK;
     }
-    if (inputBits) input->UnpackRect(packedRect(inputBits.get(), w, h));
+    if (!outputBits) return E_FAIL;
+    // The first input goes straight into the frame being composed: unpacked into a
+    // buffer of its own and copied over in one block, as the frame path had it, it would
+    // come out the same one copy later.
+    input->UnpackRect(packedRect(outputBits.get(), w, h));
     if (secondInput) second->UnpackRect(packedRect(secondBits.get(), w, h));
     std::unique_ptr<draw2d::Bitmap> movieFrame;
     const draw2d::Bitmap* picture = pictureOf(movieFrame, w, h);
-    if (!outputBits) return E_FAIL;
-    std::memcpy(outputBits.get(), inputBits.get(), size_t(w) * size_t(h) * sizeof(uint32_t));
     if (picture) compose(*picture, w, h);
     output->PackRect(packedRect(outputBits.get(), w, h));
     return S_OK;

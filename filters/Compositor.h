@@ -113,7 +113,6 @@ private:
     // frame, over the do-bounds' size.
     std::unique_ptr<draw2d::Bitmap> overlayBitmap;  // the still picture, or a view over animationBits
     pixel::FrameMemory animationBits;
-    pixel::FrameMemory inputBits;
     pixel::FrameMemory secondBits;
     pixel::FrameMemory outputBits;
     LONG bufferWidth = 0;

@@ -1,9 +1,13 @@
 #include "platform/draw2d/AffineDraw.h"
 
 #include "platform/draw2d/Blend.h"
+#include "platform/draw2d/SampleRun.h"
+#include "platform/pixel/Alpha.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace qx::draw2d {
@@ -37,30 +41,36 @@ inline uint32_t premultiplied(uint32_t s)
            (((g + ((g >> 8) & 0x0000FF00u)) >> 8) & 0x0000FF00u);
 }
 
-// Samples of the source, keyed and premultiplied as they are read.
-class TexelReader {
-public:
-    TexelReader(const TransformedDraw& draw)
-        : grid_(draw.source), opaque_(draw.sourceOpaque)
+// Samples of the source, keyed and premultiplied as they are read. The checks are
+// template parameters, so that the inner loop of an opaque, unkeyed picture has none.
+struct TexelKey {
+    bool enabled = false;
+    uint32_t low[3] = {};
+    uint32_t span[3] = {};
+
+    explicit TexelKey(const ImageAttributes* a)
     {
-        const ImageAttributes* a = draw.attributes;
-        keyed_ = a && a->colorKeyEnabled;
-        if (!keyed_) return;
-        for (int shift : {0, 8, 16}) {
-            const uint32_t low = (a->keyLow.argb >> shift) & 0xFF;
-            const uint32_t high = (a->keyHigh.argb >> shift) & 0xFF;
-            low_[shift / 8] = low;
-            span_[shift / 8] = high >= low ? high - low : 0;
-            empty_ |= high < low;  // a range that holds nothing keys nothing
+        if (!a || !a->colorKeyEnabled) return;
+        enabled = true;
+        for (int channel = 0; channel < 3; ++channel) {
+            const uint32_t lo = (a->keyLow.argb >> (channel * 8)) & 0xFF;
+            const uint32_t hi = (a->keyHigh.argb >> (channel * 8)) & 0xFF;
+            enabled &= hi >= lo;  // a range that holds nothing keys nothing
+            low[channel] = lo;
+            span[channel] = hi - lo;
         }
     }
-
-    uint32_t at(int x, int y) const
+    bool keys(uint32_t s) const
     {
-        const uint32_t s = grid_.samples[size_t(y) * size_t(grid_.pitch) + size_t(x)];
-        if (keyed_ && !empty_ && inRange(s, 0) && inRange(s, 1) && inRange(s, 2)) return 0;
-        return opaque_ ? s : premultiplied(s);
+        return ((s & 0xFF) - low[0] <= span[0]) & (((s >> 8) & 0xFF) - low[1] <= span[1]) &
+               (((s >> 16) & 0xFF) - low[2] <= span[2]);
     }
+};
+
+template <bool Keyed, bool Premultiplied>
+class TexelReader {
+public:
+    TexelReader(const SampleGrid& grid, const TexelKey& key) : grid_(grid), key_(key) {}
 
     /// The bilinear sample at source position (u, v) in 16.16 fixed point, the edge
     /// samples repeated beyond the image.
@@ -68,26 +78,28 @@ public:
     {
         const int x = u >> 16;
         const int y = v >> 16;
-        uint32_t fx = (uint32_t(u) >> 8) & 0xFF;
-        uint32_t fy = (uint32_t(v) >> 8) & 0xFF;
+        const uint32_t fx = (uint32_t(u) >> 8) & 0xFF;
+        const uint32_t fy = (uint32_t(v) >> 8) & 0xFF;
         const int x0 = std::clamp(x, 0, grid_.width - 1);
-        const int y0 = std::clamp(y, 0, grid_.height - 1);
         const int x1 = std::clamp(x + 1, 0, grid_.width - 1);
-        const int y1 = std::clamp(y + 1, 0, grid_.height - 1);
-        if (fy == 0 || y0 == y1) return fx == 0 || x0 == x1 ? at(x0, y0) : lerp(at(x0, y0), at(x1, y0), fx);
-        if (fx == 0 || x0 == x1) return lerp(at(x0, y0), at(x0, y1), fy);
-        return lerp(lerp(at(x0, y0), at(x1, y0), fx), lerp(at(x0, y1), at(x1, y1), fx), fy);
+        const uint32_t* top = grid_.samples + size_t(std::clamp(y, 0, grid_.height - 1)) * size_t(grid_.pitch);
+        const uint32_t* bottom = grid_.samples + size_t(std::clamp(y + 1, 0, grid_.height - 1)) * size_t(grid_.pitch);
+        return lerp(lerp(read(top[x0]), read(top[x1]), fx), lerp(read(bottom[x0]), read(bottom[x1]), fx), fy);
     }
 
 private:
-    bool inRange(uint32_t s, int channel) const { return ((s >> (channel * 8)) & 0xFF) - low_[channel] <= span_[channel]; }
+    uint32_t read(uint32_t s) const
+    {
+        if constexpr (Keyed) {
+            if (key_.keys(s)) return 0;
+        }
+        if constexpr (Premultiplied) return s;
+        // Opaque samples, the common case, are the same premultiplied.
+        return s >= 0xFF000000u ? s : premultiplied(s);
+    }
 
     SampleGrid grid_;
-    bool opaque_;
-    bool keyed_ = false;
-    bool empty_ = false;
-    uint32_t low_[3] = {};
-    uint32_t span_[3] = {};
+    TexelKey key_;
 };
 
 // The colour matrix on premultiplied samples: a plain scale of alpha is a scale of every
@@ -116,7 +128,14 @@ public:
     }
 
     bool active() const { return active_; }
-    uint32_t apply(uint32_t s) const { return general_ ? applyGeneral(s) : scaled(s, alphaScale_); }
+    void apply(std::span<uint32_t> samples) const
+    {
+        if (general_) {
+            for (uint32_t& s : samples) s = applyGeneral(s);
+        } else {
+            for (uint32_t& s : samples) s = scaled(s, alphaScale_);
+        }
+    }
 
 private:
     uint32_t applyGeneral(uint32_t s) const
@@ -192,53 +211,164 @@ inline double sideCover(double f, double pixels)
     return std::max(0.0, near + far - 1.0);
 }
 
+// Where one row meets the destination: the pixels it touches, and those wholly inside.
+struct RowSpan {
+    int first = 0;
+    int last = -1;
+    int innerFirst = 0;
+    int innerLast = -1;
+};
+
+RowSpan rowSpan(const Placement& place, int y, int width)
+{
+    const double cy = y + 0.5;
+    const double marginS = 0.5 / place.acrossPixels;
+    const double marginT = 0.5 / place.downPixels;
+    const auto span = [&](double low, double high, double lowT, double highT) {
+        double from = 0.5;
+        double to = width - 0.5;
+        narrow(place.sx, place.sy * cy + place.s0, low, high, from, to);
+        narrow(place.tx, place.ty * cy + place.t0, lowT, highT, from, to);
+        return std::pair{int(std::ceil(from - 0.5)), int(std::floor(to - 0.5))};
+    };
+    RowSpan row;
+    std::tie(row.first, row.last) = span(-marginS, 1.0 + marginS, -marginT, 1.0 + marginT);
+    std::tie(row.innerFirst, row.innerLast) = span(marginS, 1.0 - marginS, marginT, 1.0 - marginT);
+    return row;
+}
+
+// Blends one row segment. A straight-alpha target is converted around the blend, and
+// only where it is not opaque: opaque samples are the same in both forms.
+void blendSegment(std::span<uint32_t> target, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
+                  bool copy, bool straightTarget)
+{
+    const bool convert = straightTarget && !pixel::allOpaque(target);
+    if (convert) pixel::premultiply(target);
+    blendSamples(target, samples, cover, copy);
+    if (convert) pixel::unpremultiply(target);
+}
+
+// The part of each pixel of a row segment that the destination covers: whole inside,
+// measured at the edges.
+void coverSegment(const Placement& place, const RowSpan& row, int first, size_t count, double s, double t, uint8_t* cover)
+{
+    for (size_t i = 0; i < count; ++i) {
+        const int x = first + int(i);
+        if (x >= row.innerFirst && x <= row.innerLast) {
+            // The rest of the inside, up to the far edge, at once.
+            const size_t end = std::min(count, size_t(row.innerLast - first + 1));
+            std::fill(cover + i, cover + end, uint8_t(255));
+            i = end - 1;
+            continue;
+        }
+        const double c = sideCover(s + place.sx * double(i), place.acrossPixels) *
+                         sideCover(t + place.tx * double(i), place.downPixels);
+        cover[i] = uint8_t(c * 255.0 + 0.5);
+    }
+}
+
+// Target columns drawn at a time: the rows of a strip read neighbouring source samples,
+// which stay in the cache from one row to the next, where whole rows of a turned picture
+// would walk across hundreds of source rows each.
+constexpr int kStripWidth = 64;
+
+// The samples a draw reads: the picture itself, or one of its smaller copies, with the
+// source rectangle in that copy's samples.
+struct SourceLevel {
+    SampleGrid grid;
+    RectF rect;
+};
+
+template <bool Keyed, bool Premultiplied>
+void drawRows(Bitmap& target, const TransformedDraw& draw, const Placement& place, const SourceLevel& source)
+{
+    const TexelReader<Keyed, Premultiplied> texels(source.grid, TexelKey(draw.attributes));
+    const ColorMapper colors(draw.attributes);
+    const RectF& src = source.rect;
+    const int32_t du = int32_t(std::lrint(place.sx * src.Width * kFixedOne));
+    const int32_t dv = int32_t(std::lrint(place.tx * src.Height * kFixedOne));
+    std::vector<RowSpan> rows(size_t(target.height()));
+    for (int y = 0; y < target.height(); ++y) rows[size_t(y)] = rowSpan(place, y, target.width());
+    std::array<uint32_t, kStripWidth> samples;
+    std::array<uint8_t, kStripWidth> cover;
+    for (int strip = 0; strip < target.width(); strip += kStripWidth) {
+        for (int y = 0; y < target.height(); ++y) {
+            const RowSpan& row = rows[size_t(y)];
+            const int first = std::max(row.first, strip);
+            const int last = std::min(row.last, strip + kStripWidth - 1);
+            if (last < first) continue;
+            const size_t count = size_t(last - first + 1);
+            const double s = place.sx * (first + 0.5) + place.sy * (y + 0.5) + place.s0;
+            const double t = place.tx * (first + 0.5) + place.ty * (y + 0.5) + place.t0;
+            // Source positions, sample centres at integers, stepping along the row.
+            int32_t u = int32_t(std::lrint((src.X + s * src.Width - 0.5) * kFixedOne));
+            int32_t v = int32_t(std::lrint((src.Y + t * src.Height - 0.5) * kFixedOne));
+            if constexpr (!Keyed && Premultiplied) {
+                sampleRun(source.grid, u, v, du, dv, samples.data(), count);
+            } else {
+                for (size_t i = 0; i < count; ++i, u += du, v += dv) samples[i] = texels.sample(u, v);
+            }
+            if (colors.active()) colors.apply(std::span(samples).first(count));
+            coverSegment(place, row, first, count, s, t, cover.data());
+            blendSegment(target.row(y).subspan(size_t(first), count), std::span(samples).first(count),
+                         std::span(cover).first(count), draw.copy, draw.straightTarget);
+        }
+    }
+}
+
+// Source positions must stay within 16.16 fixed point over the destination and the
+// margin of its edge pixels.
+bool withinFixedRange(const TransformedDraw& draw, const Placement& place)
+{
+    const RectF& r = draw.sourceRect;
+    const double marginS = 0.5 / place.acrossPixels;
+    const double marginT = 0.5 / place.downPixels;
+    const double reach = std::max({std::abs(r.X - marginS * r.Width), std::abs(r.X + (1.0 + marginS) * r.Width),
+                                   std::abs(r.Y - marginT * r.Height), std::abs(r.Y + (1.0 + marginT) * r.Height)});
+    return reach < 30000.0;
+}
+
+// The level of smaller copies to read: the largest that still gives at least one
+// sample per target pixel along both of the target's axes.
+int levelFor(const TransformedDraw& draw, const Placement& place)
+{
+    const RectF& src = draw.sourceRect;
+    const double alongX = std::hypot(place.sx * src.Width, place.tx * src.Height);
+    const double alongY = std::hypot(place.sy * src.Width, place.ty * src.Height);
+    const double shrink = std::min(alongX, alongY);
+    if (!(shrink >= 2.0)) return 0;
+    int level = int(std::floor(std::log2(shrink)));
+    while (level > 0 && (draw.image->width() >> level) < 1 && (draw.image->height() >> level) < 1) --level;
+    return level;
+}
+
 }  // namespace
 
 void drawTransformed(Bitmap& target, const TransformedDraw& draw)
 {
     const Placement place(draw);
-    if (!place.valid || draw.source.width <= 0 || draw.source.height <= 0) return;
-    const TexelReader texels(draw);
-    const ColorMapper colors(draw.attributes);
-    const double marginS = 0.5 / place.acrossPixels;
-    const double marginT = 0.5 / place.downPixels;
-    // Source position (texel centres at integers) from the fractions.
-    const RectF& src = draw.sourceRect;
-    const auto sourceU = [&](double s) { return src.X + s * src.Width - 0.5; };
-    const auto sourceV = [&](double t) { return src.Y + t * src.Height - 0.5; };
-    const double limitU = draw.source.width;
-    const double limitV = draw.source.height;
-    std::vector<uint32_t> samples(size_t(target.width()));
-    std::vector<uint8_t> cover(size_t(target.width()));
-    for (int y = 0; y < target.height(); ++y) {
-        const double cy = y + 0.5;
-        double from = 0.5;
-        double to = target.width() - 0.5;
-        narrow(place.sx, place.sy * cy + place.s0, -marginS, 1.0 + marginS, from, to);
-        narrow(place.tx, place.ty * cy + place.t0, -marginT, 1.0 + marginT, from, to);
-        const int first = int(std::ceil(from - 0.5));
-        const int last = int(std::floor(to - 0.5));
-        if (last < first) continue;
-        const size_t count = size_t(last - first + 1);
-        const double s = place.sx * (first + 0.5) + place.sy * cy + place.s0;
-        const double t = place.tx * (first + 0.5) + place.ty * cy + place.t0;
-        for (size_t i = 0; i < count; ++i) {
-            const double si = s + place.sx * double(i);
-            const double ti = t + place.tx * double(i);
-            // Positions beyond the image read its edge samples, so they are held just
-            // past it before they become 16.16 fixed point.
-            // Rounded, so that a position a hair short of a sample (a quarter turn's
-            // cosine is not quite 0) reads that sample.
-            const int32_t u = int32_t(std::lrint(std::clamp(sourceU(si), -1.0, limitU) * kFixedOne));
-            const int32_t v = int32_t(std::lrint(std::clamp(sourceV(ti), -1.0, limitV) * kFixedOne));
-            const uint32_t sample = texels.sample(u, v);
-            samples[i] = colors.active() ? colors.apply(sample) : sample;
-            const double c = sideCover(si, place.acrossPixels) * sideCover(ti, place.downPixels);
-            cover[i] = uint8_t(c * 255.0 + 0.5);
-        }
-        blendSamples(target.row(y).subspan(size_t(first), count), std::span(samples).first(count),
-                     std::span(cover).first(count), draw.copy);
+    if (!place.valid || !draw.image || draw.image->status() != Status::Ok || !withinFixedRange(draw, place)) return;
+    const TexelKey key(draw.attributes);
+    const int level = levelFor(draw, place);
+    const SampleGrid* reduced = nullptr;
+    if (level > 0) {
+        const KeyRange range{key.enabled, key.enabled ? draw.attributes->keyLow.argb : 0u,
+                             key.enabled ? draw.attributes->keyHigh.argb : 0u};
+        reduced = draw.image->reduced().level(*draw.image, level, range);
     }
+    if (reduced) {
+        // Sample centres of the copy lie at the centres of the blocks they stand for.
+        const double scale = 1.0 / double(1 << level);
+        const RectF& r = draw.sourceRect;
+        const SourceLevel source{*reduced, {float(r.X * scale), float(r.Y * scale), float(r.Width * scale),
+                                            float(r.Height * scale)}};
+        drawRows<false, true>(target, draw, place, source);
+        return;
+    }
+    const Bitmap& image = *draw.image;
+    const SourceLevel source{{image.data(), image.width(), image.height(), image.pitch()}, draw.sourceRect};
+    if (key.enabled) drawRows<true, false>(target, draw, place, source);
+    else drawRows<false, false>(target, draw, place, source);
 }
 
 }  // namespace qx::draw2d

@@ -6,24 +6,25 @@
 //
 // Each target pixel is mapped back into the source and sampled bilinearly from the four
 // samples around it, keyed samples counting as transparent; samples beyond the image's
-// edge repeat the edge. Pixels that the destination's edges cut are blended by the part
-// of them it covers.
+// edge repeat the edge. A draw that shrinks the picture twofold or more samples one of
+// its smaller copies instead (see Pyramid). Pixels that the destination's edges cut are
+// blended by the part of them it covers.
 #include "platform/draw2d/Bitmap.h"
 #include "platform/draw2d/Resample.h"
 
 namespace qx::draw2d {
 
 struct TransformedDraw {
-    SampleGrid source;       // straight alpha
-    bool sourceOpaque = false;
+    const Bitmap* image = nullptr;  // straight alpha
     RectF sourceRect;        // in source samples
     RectF destination;       // in world units
     Matrix world;            // world units to target pixels
     const ImageAttributes* attributes = nullptr;
     bool copy = false;       // replace the target's samples (weighted by coverage) instead of blending
+    bool straightTarget = false;  // the target holds straight alpha rather than premultiplied samples
 };
 
-/// Draws into `target`, whose samples are premultiplied.
+/// Draws into `target`.
 void drawTransformed(Bitmap& target, const TransformedDraw& draw);
 
 }  // namespace qx::draw2d

@@ -222,17 +222,19 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
         return drawAxisAligned(image, pixels, source, key);
     }
     flushCairo();
-    premultiplyContent();
+    // Samples still as the caller left them are converted only where the picture lands.
+    const bool straight = content_ == Content::Straight;
+    if (!straight) premultiplyContent();
     TransformedDraw draw;
-    draw.source = {image.data(), image.width(), image.height(), image.pitch()};
-    draw.sourceOpaque = image.opaque();
+    draw.image = &image;
     draw.sourceRect = source;
     draw.destination = destination;
     draw.world = transform_;
     draw.attributes = attributes;
     draw.copy = mode_ == CompositingMode::SourceCopy;
+    draw.straightTarget = straight;
     drawTransformed(target_, draw);
-    drewWith(mode_ == CompositingMode::SourceOver);
+    if (!straight) drewWith(mode_ == CompositingMode::SourceOver);
     return Status::Ok;
 }
 
