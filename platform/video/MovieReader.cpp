@@ -100,6 +100,10 @@ bool MovieReader::openStream(int threads)
     }
     width_ = decoder_->width;
     height_ = decoder_->height;
+    if (width_ <= 0 || height_ <= 0) {
+        error_ = "no picture of a known size in it";
+        return false;
+    }
     if (!frameSizeAllowed(width_, height_)) {
         error_ = "frame size " + std::to_string(width_) + "x" + std::to_string(height_) + " is out of range (1 to " +
                  std::to_string(kMaxFrameSide) + " a side, " + std::to_string(kMaxFrameSamples) + " samples in all)";
