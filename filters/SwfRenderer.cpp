@@ -1,6 +1,6 @@
 #include "filters/SwfRenderer.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "platform/draw2d/Graphics.h"
 #include "platform/os/FilePath.h"
 

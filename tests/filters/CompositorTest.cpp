@@ -6,7 +6,7 @@
 // frame through.
 #include "tests/filters/CompositorHarness.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "platform/video/MovieReaderComponent.h"
 #include "tools/swf/SwfWriter.h"
 

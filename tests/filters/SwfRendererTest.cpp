@@ -4,7 +4,7 @@
 // path before every name, and the failures the thumbnails report.
 #include "filters/FlashAnimation.h"
 #include "filters/SwfRenderer.h"
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "tools/swf/SwfWriter.h"
 
 #include <gtest/gtest.h>
