@@ -1,12 +1,11 @@
 #include "filters/SwfRenderer.h"
 
-#include "wrap3d/DataPath.h"
 #include "platform/draw2d/Graphics.h"
 #include "platform/os/FilePath.h"
+#include "platform/swf/FileBytes.h"
+#include "wrap3d/DataPath.h"
 
 #include <cmath>
-#include <fstream>
-#include <iterator>
 
 namespace qx {
 
@@ -27,9 +26,8 @@ bool sizeAllowed(LONG width, LONG height)
 // header cannot be read.
 float headerFps(const std::string& file)
 {
-    std::ifstream in(file, std::ios::binary);
-    const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const auto header = swf::readHeader(bytes);
+    const auto bytes = swf::readWholeFile(file);
+    const auto header = bytes ? swf::readHeader(*bytes) : std::nullopt;
     return header ? float(header->frameRate) : 0.0f;
 }
 

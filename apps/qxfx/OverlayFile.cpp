@@ -3,12 +3,11 @@
 #include "apps/qxfx/CommandError.h"
 #include "platform/os/FilePath.h"
 #include "platform/os/WideText.h"
+#include "platform/swf/FileBytes.h"
 #include "platform/swf/SwfFile.h"
 #include "platform/video/MovieReader.h"
 
 #include <atomic>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
 
 namespace qx::qxfx {
@@ -19,9 +18,8 @@ namespace {
 
 bool isAnimation(const fs::path& file)
 {
-    std::ifstream in(file, std::ios::binary);
-    const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return swf::readHeader(bytes).has_value();
+    const auto bytes = swf::readWholeFile(file.string());
+    return bytes && swf::readHeader(*bytes).has_value();
 }
 
 fs::path privateFolder()

@@ -6,8 +6,7 @@
 #include "platform/swf/Painter.h"
 #include "platform/swf/ShapeParser.h"
 
-#include <fstream>
-#include <iterator>
+#include "platform/swf/FileBytes.h"
 
 namespace qx::swf {
 
@@ -89,10 +88,8 @@ std::unique_ptr<Movie> Movie::load(std::span<const uint8_t> file)
 
 std::unique_ptr<Movie> Movie::loadFile(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return nullptr;
-    const std::vector<uint8_t> file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return load(file);
+    const auto file = readWholeFile(path);
+    return file ? load(*file) : nullptr;
 }
 
 void Movie::readTags(std::span<const uint8_t> stream)

@@ -168,6 +168,15 @@ TEST_F(SwfFiles, AFileThatIsNoMovieLoadsWithNoFramesAndDrawsNothing)
     EXPECT_EQ(pixels, std::vector<uint32_t>(200, kMarker));
 }
 
+TEST_F(SwfFiles, AFolderLoadsWithNoFrames)
+{
+    // The data path itself, as an empty source names it, exists but is no movie.
+    CSwfRenderer renderer;
+    ASSERT_EQ(renderer.Load(u"", 20, 10, 0), 1);
+    EXPECT_EQ(renderer.TotalFrames(), 0);
+    EXPECT_EQ(renderer.Fps(), 0.0f);
+}
+
 TEST_F(SwfFiles, RenderersComeAndGoWithTheirWorkers)
 {
     writeNumbered("many.swf", 3);
