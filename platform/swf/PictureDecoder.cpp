@@ -32,6 +32,50 @@ uint32_t premultiplied(uint32_t s)
     return a << 24 | scale((s >> 16) & 0xFF) << 16 | scale((s >> 8) & 0xFF) << 8 | scale(s & 0xFF);
 }
 
+// JPEG pictures decode to the full-range ("J") formats, which the converter takes only
+// as their plain forms with the full range set.
+AVPixelFormat plainFormat(AVPixelFormat format, bool& fullRange)
+{
+    fullRange = true;
+    switch (format) {
+    case AV_PIX_FMT_YUVJ420P:
+        return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P:
+        return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P:
+        return AV_PIX_FMT_YUV444P;
+    case AV_PIX_FMT_YUVJ440P:
+        return AV_PIX_FMT_YUV440P;
+    case AV_PIX_FMT_YUVJ411P:
+        return AV_PIX_FMT_YUV411P;
+    default:
+        fullRange = false;
+        return format;
+    }
+}
+
+std::unique_ptr<SwsContext, ScalerFree> converter(const AVFrame& frame)
+{
+    bool fullRange = false;
+    const AVPixelFormat format = plainFormat(AVPixelFormat(frame.format), fullRange);
+    std::unique_ptr<SwsContext, ScalerFree> scaler(sws_getContext(frame.width, frame.height, format, frame.width,
+                                                                  frame.height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr,
+                                                                  nullptr, nullptr));
+    if (scaler && fullRange) {
+        int* inverse = nullptr;
+        int* table = nullptr;
+        int sourceRange = 0;
+        int targetRange = 0;
+        int brightness = 0;
+        int contrast = 0;
+        int saturation = 0;
+        sws_getColorspaceDetails(scaler.get(), &inverse, &sourceRange, &table, &targetRange, &brightness, &contrast,
+                                 &saturation);
+        sws_setColorspaceDetails(scaler.get(), inverse, 1, table, targetRange, brightness, contrast, saturation);
+    }
+    return scaler;
+}
+
 AVCodecID codecOf(std::span<const uint8_t> data)
 {
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8) return AV_CODEC_ID_MJPEG;
@@ -77,9 +121,7 @@ std::optional<DecodedBitmap> decodePicture(std::span<const uint8_t> data)
         int64_t(width) * height > kMaxBitmapSamples) {
         return std::nullopt;
     }
-    const std::unique_ptr<SwsContext, ScalerFree> scaler(sws_getContext(width, height, AVPixelFormat(frame->format), width,
-                                                                        height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr,
-                                                                        nullptr, nullptr));
+    const auto scaler = converter(*frame);
     // The converter's vector loops may write past the end of a row: it writes into a
     // padded picture, whose rows are then copied out.
     const std::unique_ptr<AVFrame, FrameFree> converted(av_frame_alloc());

@@ -3,7 +3,7 @@
 // gradient and bitmap fills and lines, morph shapes, lossless and JPEG bitmaps, sprites,
 // and the display list tags, in plain, zlib or LZMA files. It writes what the reader
 // reads, field by field, so that tests can state the picture a file must give.
-#include "platform/swf/Shape.h"
+#include "tools/swf/ShapeBuilder.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,90 +11,6 @@
 #include <vector>
 
 namespace qx::swftool {
-
-using swf::ColorTransform;
-using swf::FillStyle;
-using swf::LineStyle;
-using swf::Matrix;
-using swf::Rect;
-using swf::Rgba;
-
-/// Bits written from the high bit down, and the compound records of the format.
-class BitWriter {
-public:
-    void ub(uint32_t value, unsigned bits);
-    void sb(int32_t value, unsigned bits);
-    void align();
-    void u8(uint8_t value);
-    void u16(uint16_t value);
-    void u32(uint32_t value);
-    void bytes(std::span<const uint8_t> data);
-    void rect(const Rect& r);
-    void matrix(const Matrix& m);
-    void colorTransform(const ColorTransform& cx, bool withAlpha);
-    void color(Rgba c, bool withAlpha);
-
-    std::vector<uint8_t> take();
-    size_t size() const { return data_.size(); }
-
-private:
-    std::vector<uint8_t> data_;
-    unsigned bitsUsed_ = 0;  // bits of the last byte already written
-};
-
-/// Bits needed for `value` as a signed field, and for `value` as an unsigned one.
-unsigned signedBits(int64_t value);
-unsigned unsignedBits(uint64_t value);
-
-/// The edges and style changes of a shape, in twips, with absolute pen positions.
-class ShapeBuilder {
-public:
-    std::vector<FillStyle> fills;
-    std::vector<LineStyle> lines;
-    bool nonZeroWinding = false;  // DefineShape4's fill rule flag
-
-    ShapeBuilder& moveTo(int32_t x, int32_t y);
-    ShapeBuilder& fill0(uint32_t index);
-    ShapeBuilder& fill1(uint32_t index);
-    ShapeBuilder& line(uint32_t index);
-    ShapeBuilder& lineTo(int32_t x, int32_t y);
-    ShapeBuilder& curveTo(int32_t controlX, int32_t controlY, int32_t x, int32_t y);
-    /// A closed rectangle with `fill` on its inside (drawn clockwise, fill on the right).
-    ShapeBuilder& rectangle(int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t fill);
-    /// A closed circle of eight quadratic curves with `fill` on its inside.
-    ShapeBuilder& circle(int32_t centreX, int32_t centreY, int32_t radius, uint32_t fill);
-    /// A new set of styles from here on; indices then count in the new set.
-    ShapeBuilder& newStyles(std::vector<FillStyle> newFills, std::vector<LineStyle> newLines);
-
-    /// SHAPEWITHSTYLE (with the style arrays) for a shape of `version` 1 to 4.
-    std::vector<uint8_t> encode(int version) const;
-    /// SHAPE (the records only, index bits from this builder's styles) as morph shapes
-    /// store their edges; `version` chooses the colour size of any new styles.
-    void encodeRecords(BitWriter& out, int version) const;
-
-private:
-    struct Record {
-        enum class Kind { Move, Fill0, Fill1, Line, Straight, Curve, NewStyles } kind;
-        int32_t x = 0;
-        int32_t y = 0;
-        int32_t controlX = 0;
-        int32_t controlY = 0;
-        uint32_t index = 0;
-        size_t styleSet = 0;
-    };
-    struct StyleSet {
-        std::vector<FillStyle> fills;
-        std::vector<LineStyle> lines;
-    };
-    void encodeRecordList(BitWriter& out, int version, unsigned fillBits, unsigned lineBits) const;
-
-    std::vector<Record> records_;
-    std::vector<StyleSet> laterSets_;
-};
-
-/// Writes the style arrays of a shape of `version`.
-void writeFillStyles(BitWriter& out, const std::vector<FillStyle>& fills, int version);
-void writeLineStyles(BitWriter& out, const std::vector<LineStyle>& lines, int version);
 
 /// A sequence of tags: a movie's or a sprite's.
 class TagList {
