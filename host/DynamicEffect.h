@@ -10,6 +10,7 @@
 #include "host/EffectCatalog.h"
 #include "host/EffectParams.h"
 #include "host/ExternalFilter.h"
+#include "filters/SwfRenderer.h"
 #include "host/IQXDynamicEffect.h"
 #include "platform/pixel/FrameMemory.h"
 #include "platform/transform/DXBaseNTo1.h"
@@ -81,6 +82,7 @@ private:
     HRESULT setupVideoEffect(LONG id, LONG width, LONG height);
     HRESULT setupSceneClient(LONG id, LONG width, LONG height);
     HRESULT setupFrameRoutine(LONG id);
+    HRESULT setupFlashAnimation(LONG width, LONG height);
     HRESULT dispatchFrame(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
                           transform::SurfaceLock& output);
     HRESULT runFrameRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
@@ -91,6 +93,9 @@ private:
 
     std::unique_ptr<CVideoEffect> videoEffect;
     std::unique_ptr<C4DTransform> sceneClient;
+    // The vector animation of id 15000. Its initialisation and frame operation are the
+    // renderer's Load and Draw, so the renderer is held here itself.
+    std::unique_ptr<CSwfRenderer> flashAnimation;
     LONG effectIndex = 0;
     LONG requestedEffectId = 0;
     DWORD externalFilterHandle = 0;

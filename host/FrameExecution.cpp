@@ -46,7 +46,17 @@ HRESULT CQXDynamicEffect::OnSetup(DWORD)
     if (isVideoEffect(id)) return setupVideoEffect(id, bounds.width(), bounds.height());
     if (isSceneEffect(id)) return setupSceneClient(id, bounds.width(), bounds.height());
     if (id != effect_id::kVectorAnimation) return setupFrameRoutine(id);
-    // The vector animation object is not part of this build: its frames pass through.
+    return setupFlashAnimation(bounds.width(), bounds.height());
+}
+
+HRESULT CQXDynamicEffect::setupFlashAnimation(LONG width, LONG height)
+{
+    flashAnimation = std::make_unique<CSwfRenderer>();
+    if (!flashAnimation->Load(source, width, height, 0)) {
+        flashAnimation.reset();
+        return E_FAIL;
+    }
+    flashAnimation->SetDuration(float(double(duration) / 10000000.0));
     return S_OK;
 }
 
@@ -138,8 +148,14 @@ HRESULT CQXDynamicEffect::dispatchFrame(const EffectDescriptor& effect, FrameBuf
         output.PackRect(packedRect(result.get(), width, height));
         return S_OK;
     }
-    if (isSceneEffect(effect.id) || effect.id == effect_id::kVectorAnimation) {
-        if (sceneClient && isSceneEffect(effect.id)) {
+    if (effect.id == effect_id::kVectorAnimation) {
+        // The animation's frame over the video: its magenta background keyed out.
+        if (flashAnimation) flashAnimation->Draw(frame.get(), progress, 1, 0.0f, 0.0f, 1.0f, 1.0f);
+        output.PackRect(packedRect(frame.get(), width, height));
+        return S_OK;
+    }
+    if (isSceneEffect(effect.id)) {
+        if (sceneClient) {
             sceneClient->frame = frame.get();
             sceneClient->firstImage = nullptr;
             sceneClient->secondImage = nullptr;
