@@ -78,14 +78,15 @@ protected:
             mesh->Draw(0, matrices, camera);
         }
     }
-    /// Ends the frame, saves it as `name` in the test's output folder and reads it back.
+    /// Ends the frame, saves it as "import-<name>.png" in the working folder (the test's
+    /// build folder under CTest) to be looked at, and reads it back.
     std::vector<uint32_t> Finish(const std::string& name)
     {
         renderer->EndEffect();
         Device().EndScene();
         std::shared_ptr<gpu::Surface> target;
         Device().GetRenderTarget(0, &target);
-        const std::filesystem::path png = std::filesystem::temp_directory_path() / ("qx-import-" + name + ".png");
+        const std::filesystem::path png = std::filesystem::current_path() / ("import-" + name + ".png");
         EXPECT_EQ(gpu::D3DXSaveSurfaceToFile(png.string(), gpu::D3DXIFF_PNG, *target), gpu::D3D_OK);
         return gpu::testing::readPixels(Device(), target);
     }
