@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <optional>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -185,6 +186,55 @@ int32_t largerSide(const BitmapHandle& bitmap)
     return std::max(bitmap.width(), bitmap.height());
 }
 
+/// The way a run goes when it lies straight along the column and starts at the sample
+/// itself: -1 towards row 0, +1 towards the last row. Nothing for any other run.
+std::optional<int32_t> columnRunDirection(std::span<const Step> steps)
+{
+    for (const int32_t direction : {-1, 1}) {
+        bool straight = true;
+        for (size_t k = 0; k < steps.size() && straight; ++k)
+            straight = steps[k].dx == 0 && steps[k].dy == direction * int32_t(k);
+        if (straight) return direction;
+    }
+    return std::nullopt;
+}
+
+/// One row of a column run: writes the means of the window sums into the colour bytes
+/// of `row` (alpha stays), then moves the sums on: the bytes of `entering` join the
+/// window and those of `row`, still unchanged when read, leave it.
+QX_IMAGING_INLINE void slideAlongColumn(uint32_t* __restrict sums, uint8_t* row, const uint8_t* __restrict entering,
+                                        size_t count, float inverse)
+{
+    for (size_t j = 0; j < count; ++j) {
+        const uint32_t mean = meanOf(sums[j], inverse);
+        sums[j] += uint32_t(entering[j]) - uint32_t(row[j]);
+        row[j] = (j & 3) == 3 ? row[j] : uint8_t(mean);
+    }
+}
+
+/// A motion blur whose run goes straight along the columns from each sample, in place:
+/// window sums slide along the columns, a row of sums at a time. Rows are visited in
+/// the run's own direction, so every row a later window reads is still unchanged.
+QX_IMAGING_INLINE void blurAlongColumns(BitmapHandle& bitmap, std::span<uint32_t> sums, int32_t length,
+                                        int32_t direction, float inverse)
+{
+    const size_t count = 4 * size_t(bitmap.width());
+    const int32_t last = bitmap.height() - 1;
+    const auto rowAt = [&](int32_t y) {
+        return reinterpret_cast<uint8_t*>(bitmap.row(std::clamp(y, 0, last)).data());
+    };
+    const int32_t first = direction < 0 ? last : 0;
+    std::fill(sums.begin(), sums.end(), 0u);
+    for (int32_t k = 0; k < length; ++k)
+        addRow(sums.data(), rowAt(first + direction * k), count);
+    for (int32_t i = 0; i < last; ++i) {
+        const int32_t y = first + direction * i;
+        slideAlongColumn(sums.data(), rowAt(y), rowAt(y + direction * length), count, inverse);
+    }
+    // The row at the far end: its window is complete, and no window follows it.
+    writeColourMeans(sums.data(), rowAt(first + direction * last), count, inverse);
+}
+
 }  // namespace
 
 bool blur(BitmapHandle& bitmap, int32_t size)
@@ -216,10 +266,16 @@ bool motionBlur(BitmapHandle& bitmap, int32_t length, int32_t angle, bool oneDir
     if (runLength == 1)
         return true;
     const auto steps = motionSteps(runLength, angle, oneDirection);
+    const float inverse = 1.0f / float(runLength);
+    if (const auto direction = columnRunDirection(steps)) {
+        // Along the columns the run needs no copy of the picture and no per-sample walk.
+        std::vector<uint32_t> sums(4 * size_t(bitmap.width()));
+        runVectorised<blurAlongColumns>(bitmap, std::span<uint32_t>(sums), runLength, *direction, inverse);
+        return true;
+    }
     const std::vector<uint32_t> source(bitmap.pixels().begin(), bitmap.pixels().end());
     const int32_t width = bitmap.width();
     const int32_t height = bitmap.height();
-    const float inverse = 1.0f / float(runLength);
     for (int32_t y = 0; y < height; ++y) {
         auto out = bitmap.row(y);
         for (int32_t x = 0; x < width; ++x) {
