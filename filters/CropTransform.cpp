@@ -82,28 +82,57 @@ void copySampleProperties(IMediaSample* in, IMediaSample* out, const CMediaType&
     out->SetDiscontinuity(hr == S_OK);
 }
 
-/// Copies the rows of `bitmap` in their storage order into the output frame of `width` x
-/// `height` samples, centred: the halves of the size differences truncate towards zero,
-/// so an odd difference leaves its extra column on the right and its extra row at the
-/// end of the buffer. Rows and columns that fall outside the output are left out.
-void copyRowsCentred(const imaging::BitmapHandle& bitmap, std::span<uint8_t> target, LONG width, LONG height,
-                     int64_t bytesPerSample)
+/// Where the rows of a picture land in an output frame of `width` x `height` samples:
+/// centred, with the halves of the size differences truncated towards zero, so that an
+/// odd difference leaves its extra column on the right and its extra row at the end of
+/// the buffer. Rows and columns that fall outside the output are left out.
+struct Placement {
+    int64_t rowBytes = 0;       ///< bytes of an output row
+    int64_t firstRow = 0;       ///< the picture's first row that lands, in storage order
+    int64_t endRow = 0;         ///< one past its last
+    int64_t outputRow = 0;      ///< the output row where the first row lands
+    int64_t firstColumn = 0;    ///< the picture's first column that lands
+    int64_t byteOffset = 0;     ///< where that column lands in an output row
+    size_t copiedBytes = 0;     ///< bytes of each landing row
+
+    Placement(int32_t pictureWidth, int32_t pictureHeight, LONG width, LONG height, int64_t bytesPerSample)
+    {
+        if (width <= 0 || height <= 0) return;
+        const int64_t x = (int64_t(width) - pictureWidth) / 2;
+        const int64_t y = (int64_t(height) - pictureHeight) / 2;
+        firstColumn = std::max<int64_t>(0, -x);
+        const int64_t endColumn = std::min<int64_t>(pictureWidth, width - x);
+        firstRow = std::max<int64_t>(0, -y);
+        endRow = std::clamp<int64_t>(height - y, firstRow, pictureHeight);
+        if (endColumn <= firstColumn) endRow = firstRow;
+        rowBytes = int64_t(width) * bytesPerSample;
+        outputRow = firstRow + y;
+        byteOffset = (x + firstColumn) * bytesPerSample;
+        copiedBytes = size_t(std::max<int64_t>(0, endColumn - firstColumn)) * 4;
+    }
+};
+
+/// Zeroes what the picture's rows do not cover, so that the whole output is black and,
+/// in the alpha channel, fully transparent: the output is written once.
+void zeroAroundPicture(std::span<uint8_t> target, const Placement& at)
 {
-    if (width <= 0 || height <= 0) return;
-    const int64_t x = (int64_t(width) - bitmap.width()) / 2;
-    const int64_t y = (int64_t(height) - bitmap.height()) / 2;
-    const int64_t firstColumn = std::max<int64_t>(0, -x);
-    const int64_t endColumn = std::min<int64_t>(bitmap.width(), width - x);
-    if (endColumn <= firstColumn) return;
-    const int64_t rowBytes = int64_t(width) * bytesPerSample;
-    const size_t copied = size_t(endColumn - firstColumn) * 4;
-    for (int32_t i = 0; i < bitmap.height(); ++i) {
-        const int64_t row = y + i;
-        if (row < 0 || row >= height) continue;
-        const size_t offset = size_t(row * rowBytes + (x + firstColumn) * bytesPerSample);
-        if (offset + copied > target.size()) break;
-        const auto source = bitmap.dibRow(i);
-        std::memcpy(target.data() + offset, source.data() + firstColumn, copied);
+    size_t cleared = 0;  // bytes from the start that are known to be zero or picture
+    for (int64_t i = at.firstRow; i < at.endRow; ++i) {
+        const size_t start = size_t((at.outputRow + i - at.firstRow) * at.rowBytes + at.byteOffset);
+        if (start + at.copiedBytes > target.size()) break;
+        std::memset(target.data() + cleared, 0, start - cleared);
+        cleared = start + at.copiedBytes;
+    }
+    std::memset(target.data() + cleared, 0, target.size() - cleared);
+}
+
+/// Copies the rows of `bitmap` in their storage order to where they land.
+void copyRows(const imaging::BitmapHandle& bitmap, std::span<uint8_t> target, const Placement& at)
+{
+    for (int64_t i = at.firstRow; i < at.endRow; ++i) {
+        const size_t start = size_t((at.outputRow + i - at.firstRow) * at.rowBytes + at.byteOffset);
+        if (start + at.copiedBytes > target.size()) break;
+        std::memcpy(target.data() + start, bitmap.dibRow(int32_t(i)).data() + at.firstColumn, at.copiedBytes);
     }
 }
 
@@ -244,17 +273,21 @@ HRESULT CQXCropTransform::Transform(IMediaSample* pIn, IMediaSample* pOut)
     if (!info) return E_UNEXPECTED;  // the input is not connected
     const BITMAPINFOHEADER header = info->bmiHeader;
     const int64_t bytesPerSample = header.biBitCount >> 3;
-    // 3. Padding is black, and fully transparent in the alpha channel.
-    std::memset(output.data(), 0, output.size());
     // 4. A bitmap of the input frame; the blur works on it.
     imaging::BitmapHandle bitmap;
-    if (bitmap.loadDib(dibHeaderOf(header), input) != 1) return E_FAIL;
+    if (bitmap.loadDib(dibHeaderOf(header), input) != 1) {
+        std::memset(output.data(), 0, output.size());
+        return E_FAIL;
+    }
     // 5. The anti-flicker blur, along the columns.
     if (antiFlickeringLevel > 0) {
         imaging::motionBlur(bitmap, blurLength(bitmap.height(), antiFlickeringLevel), kColumnAngle, true);
     }
-    // 6 to 8. The rows, centred in the output.
-    copyRowsCentred(bitmap, output, width, height, bytesPerSample);
+    // 3 and 6 to 8. The rows, centred in the output, on black: the padding is zeroed
+    // around them rather than before them.
+    const Placement placement(bitmap.width(), bitmap.height(), width, height, bytesPerSample);
+    zeroAroundPicture(output, placement);
+    copyRows(bitmap, output, placement);
     return S_OK;
 }
 

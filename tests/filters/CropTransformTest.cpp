@@ -231,13 +231,18 @@ TEST(CropTransform, CentresTheFrameOnTransparentBlack)
     // on the right and the extra row at the end of the buffer.
     CropGraph graph(3, 2);
     graph.crop->PutSize(8, 5);
-    const Samples out = graph.run(numbered(3, 2));
-    ASSERT_EQ(out.size(), 40u);
     Samples expected(40, 0u);
     for (size_t row = 0; row < 2; ++row)
         for (size_t column = 0; column < 3; ++column)
             expected[(1 + row) * 8 + 2 + column] = 0xFF000000u | uint32_t(row * 3 + column + 1);
-    EXPECT_EQ(out, expected);
+    EXPECT_EQ(graph.run(numbered(3, 2)), expected);
+
+    // Whatever the output buffer held is gone, up to its end past the frame.
+    auto input = bytesOf(numbered(3, 2));
+    std::vector<uint8_t> output(40 * 4 + 12, 0xAB);
+    ASSERT_EQ(graph.crop->Transform(CMediaSample::Wrap(input).get(), CMediaSample::Wrap(output).get()), S_OK);
+    expected.resize(43, 0u);
+    EXPECT_EQ(samplesOf(output), expected);
 }
 
 TEST(CropTransform, AnOutputSmallerThanTheInputKeepsItsMiddle)
