@@ -59,6 +59,8 @@ VideoReader::VideoReader(const std::string& path, int threads)
     height_ = decoder_->height;
     makeFrame(width_, height_);  // refuses sizes out of range before any frame is decoded
     rate_ = streamRate(stream);
+    timeBase_ = stream.time_base;
+    streamStart_ = stream.start_time;
     frameRate_ = av_q2d(rate_);
     frameCountHint_ = stream.nb_frames > 0 ? stream.nb_frames : 0;
     if (frameCountHint_ == 0 && input_->duration > 0) {
@@ -85,11 +87,27 @@ int64_t VideoReader::countFrames(const std::string& path)
 
 bool VideoReader::read(Frame& frame)
 {
+    if (!decodeNext()) return false;
+    convert(frame);
+    return true;
+}
+
+bool VideoReader::readYv12(std::span<uint8_t> planes)
+{
+    if (planes.size() < yv12Size()) throw CommandError("a YV12 frame needs " + std::to_string(yv12Size()) + " bytes");
+    if (!decodeNext()) return false;
+    convertYv12(planes);
+    return true;
+}
+
+// Decodes until a picture is in `decoded_`, and notes its time. False at the end.
+bool VideoReader::decodeNext()
+{
     int errors = 0;
     while (true) {
         const int rc = avcodec_receive_frame(decoder_.get(), decoded_.get());
         if (rc == 0) {
-            convert(frame);
+            noteFrameTime();
             return true;
         }
         if (rc == AVERROR_EOF) return false;
@@ -99,6 +117,18 @@ bool VideoReader::read(Frame& frame)
         }
         if (!sendNextPacket()) return false;
     }
+}
+
+void VideoReader::noteFrameTime()
+{
+    constexpr AVRational kReferenceTime{1, 10'000'000};
+    const int64_t timestamp = decoded_->best_effort_timestamp;
+    if (timestamp == AV_NOPTS_VALUE || timeBase_.num <= 0 || timeBase_.den <= 0) {
+        lastFrameTime_ = lastFrameTime_ < 0 ? 0 : lastFrameTime_ + av_rescale_q(1, av_inv_q(rate_), kReferenceTime);
+        return;
+    }
+    if (streamStart_ == AV_NOPTS_VALUE) streamStart_ = timestamp;
+    lastFrameTime_ = av_rescale_q(timestamp - streamStart_, timeBase_, kReferenceTime);
 }
 
 // Feeds the decoder the next packet of the video stream, or the end-of-stream marker.
@@ -162,6 +192,30 @@ void VideoReader::convert(Frame& frame)
         const size_t samples = size_t(banded ? rows : height_) * size_t(width_);
         for (size_t i = 0; i < samples; ++i) out[i] |= 0xFF000000u;
     }
+    av_frame_unref(decoded_.get());
+}
+
+size_t VideoReader::yv12Size() const
+{
+    const size_t chroma = size_t((width_ + 1) / 2) * size_t((height_ + 1) / 2);
+    return size_t(width_) * size_t(height_) + 2 * chroma;
+}
+
+// Converts the decoded picture to YV12 of the first frame's size; the V plane comes
+// before the U plane.
+void VideoReader::convertYv12(std::span<uint8_t> planes)
+{
+    const AVFrame& in = *decoded_;
+    yv12Scaler_.reset(sws_getCachedContext(yv12Scaler_.release(), in.width, in.height, AVPixelFormat(in.format), width_,
+                                           height_, AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
+    if (!yv12Scaler_) throw readError(path_, "cannot convert its pixel format");
+    const int chromaWidth = (width_ + 1) / 2;
+    const size_t chroma = size_t(chromaWidth) * size_t((height_ + 1) / 2);
+    uint8_t* luma = planes.data();
+    uint8_t* v = luma + size_t(width_) * size_t(height_);
+    uint8_t* targets[4] = {luma, v + chroma, v, nullptr};  // Y, U, V as the scaler counts them
+    const int strides[4] = {width_, chromaWidth, chromaWidth, 0};
+    sws_scale(yv12Scaler_.get(), in.data, in.linesize, 0, in.height, targets, strides);
     av_frame_unref(decoded_.get());
 }
 

@@ -4,6 +4,7 @@
 #include "apps/qxfx/AvHandles.h"
 #include "apps/qxfx/Frame.h"
 
+#include <span>
 #include <string>
 
 namespace qx::qxfx {
@@ -30,10 +31,23 @@ public:
     /// end of the stream; CommandError when the data cannot be decoded.
     bool read(Frame& frame);
 
+    /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and
+    /// the U planes of half the width and height (rounded up), rows without padding.
+    size_t yv12Size() const;
+    /// Decodes the next frame as YV12 into `planes` (at least yv12Size() bytes), as
+    /// read() does for BGRA.
+    bool readYv12(std::span<uint8_t> planes);
+
+    /// When the last frame read starts, in 100 ns units from the start of the stream;
+    /// frames without a time of their own follow the last one at the frame rate.
+    int64_t lastFrameTime() const { return lastFrameTime_; }
+
 private:
-    bool receiveFrame();
+    bool decodeNext();
     bool sendNextPacket();
     void convert(Frame& frame);
+    void convertYv12(std::span<uint8_t> planes);
+    void noteFrameTime();
 
     std::string path_;
     av::Input input_;
@@ -41,6 +55,7 @@ private:
     av::Frame decoded_;
     av::Packet packet_;
     av::Scaler scaler_;
+    av::Scaler yv12Scaler_;
     int streamIndex_ = -1;
     int width_ = 0;
     int height_ = 0;
@@ -48,6 +63,9 @@ private:
     AVRational rate_{25, 1};
     int64_t frameCountHint_ = 0;
     bool draining_ = false;
+    int64_t streamStart_ = AV_NOPTS_VALUE;
+    AVRational timeBase_{1, 1};
+    int64_t lastFrameTime_ = -1;
 };
 
 }  // namespace qx::qxfx

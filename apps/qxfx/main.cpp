@@ -1,7 +1,9 @@
 // qxfx: the command-line host of the effect library.
+#include "apps/qxfx/CropCommand.h"
 #include "apps/qxfx/DemoCommand.h"
 #include "apps/qxfx/ListCommand.h"
 #include "apps/qxfx/RenderCommand.h"
+#include "apps/qxfx/ScenesCommand.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -19,6 +21,8 @@ constexpr const char* kUsage =
     "commands:\n"
     "  list     the catalogue of effects\n"
     "  render   one effect over a video, an image or the test pattern\n"
+    "  crop     a video centred in frames of a fixed size, with anti-flicker\n"
+    "  scenes   the scene cuts of a video\n"
     "  demo     every effect over the test pattern, as a video and a contact sheet\n"
     "Run 'qxfx <command> --help' for the options of a command.\n";
 
@@ -27,6 +31,8 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
     if (command == "list") return qx::qxfx::runList(args);
     if (command == "render") return qx::qxfx::runRender(args);
     if (command == "demo") return qx::qxfx::runDemo(args);
+    if (command == "crop") return qx::qxfx::runCrop(args);
+    if (command == "scenes") return qx::qxfx::runScenes(args);
     if (command == "--help" || command == "-h") {
         std::fputs(kUsage, stdout);
         return 0;
