@@ -19,6 +19,9 @@ if(QX_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# The default content pack as the build assembles it, laid out as it is installed.
+set(QX_DATA_DIR ${PROJECT_BINARY_DIR}/share/qxdynamiceffects/data)
+
 find_package(PkgConfig REQUIRED)
 find_package(GTest REQUIRED)
 find_package(Threads REQUIRED)

@@ -1,6 +1,6 @@
 #include "host/DynamicEffect.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "resources/StringTable.h"
 #include "wrap3d/SceneBridge.h"
 

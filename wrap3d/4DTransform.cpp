@@ -1,21 +1,87 @@
 #include "wrap3d/4DTransform.h"
 
-#include "wrap3d/SceneBridge.h"
+#include "qx4d/core/device/GraphicsDevice.h"
+#include "wrap3d/Base3D.h"
+#include "wrap3d/Context.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace qx {
 
+namespace {
+
+/// Runs `work` under the bridge's lock, then hands the device's context back so that the
+/// next caller may take it from another thread.
+template <typename Work>
+void UnderBridgeLock(Work&& work)
+{
+    C4DContext* context = C4DContext::Instance();
+    if (!context) {
+        work();
+        return;
+    }
+    std::lock_guard guard(context->Lock());
+    work();
+    if (qx4d::GraphicsDevice* device = context->Device())
+        device->ReleaseThread();
+}
+
+}  // namespace
+
 C4DTransform::C4DTransform() { EnsureContext(); }
+
+C4DTransform::~C4DTransform()
+{
+    UnderBridgeLock([&] { player.reset(); });
+}
 
 void C4DTransform::GetDefaults(LONG*, LONG* nParams)
 {
-    if (nParams) *nParams = 0;
+    if (nParams)
+        *nParams = 0;
 }
 
 void C4DTransform::Process()
 {
-    // The scene players render here once the engine runs; a bare client leaves the frame.
+    UnderBridgeLock([&] { Draw(); });
+}
+
+void C4DTransform::ProcessFrame(uint32_t* pixels, float newProgress)
+{
+    frame = pixels;
+    firstImage = nullptr;
+    secondImage = nullptr;
+    progress = newProgress;
+    Process();
+}
+
+void C4DTransform::ProcessTransition(uint32_t* first, uint32_t* second, uint32_t* out, float newProgress)
+{
+    firstImage = first;
+    secondImage = second;
+    frame = out;
+    progress = newProgress;
+    Process();
+}
+
+void C4DTransform::Draw()
+{
+    if (gpu::Device* device = qx4d::CurrentDevice())
+        device->Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, 0xFF0000FFu, 1.0f, 0);
+}
+
+LONG C4DTransform::InitPlayer(std::unique_ptr<wrap3d::Base3D> newPlayer, std::u16string_view scenePath)
+{
+    LONG result = 0;
+    UnderBridgeLock([&] {
+        player = std::move(newPlayer);
+        if (!player || !player->Load(qx4d::String(scenePath)))
+            return;
+        player->Resize(width, height);  // its result is not looked at
+        result = 1;
+    });
+    return result;
 }
 
 void C4DTransform::SetPath(std::u16string_view text) { path = text.substr(0, kMaxPath - 1); }
@@ -23,7 +89,8 @@ void C4DTransform::SetPath(std::u16string_view text) { path = text.substr(0, kMa
 void C4DTransform::SetParams(const LONG* values, LONG count)
 {
     paramCount = std::clamp<LONG>(count, 0, LONG(params.size()));
-    if (values) std::copy_n(values, paramCount, params.begin());
+    if (values)
+        std::copy_n(values, paramCount, params.begin());
 }
 
 void C4DTransform::SetSize(LONG frameWidth, LONG frameHeight)
@@ -34,8 +101,10 @@ void C4DTransform::SetSize(LONG frameWidth, LONG frameHeight)
 
 void C4DTransform::GetSize(LONG* frameWidth, LONG* frameHeight) const
 {
-    if (frameWidth) *frameWidth = width;
-    if (frameHeight) *frameHeight = height;
+    if (frameWidth)
+        *frameWidth = width;
+    if (frameHeight)
+        *frameHeight = height;
 }
 
 }  // namespace qx

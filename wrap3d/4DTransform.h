@@ -6,27 +6,38 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace qx {
 
+namespace wrap3d {
+class Base3D;
+}
+
 class C4DTransform {
 public:
     static constexpr size_t kMaxPath = 260;  // characters, the terminator included
 
+    /// Starts the scene context if it doesn't run.
     C4DTransform();
-    virtual ~C4DTransform() = default;
+    /// Deletes the player under the bridge's lock.
+    virtual ~C4DTransform();
     C4DTransform(const C4DTransform&) = delete;
     C4DTransform& operator=(const C4DTransform&) = delete;
 
-    /// Loads what the client plays; 0 when it cannot, and the host then drops it.
+    /// Loads what the client plays; 0 when it cannot, and the caller then deletes it.
     virtual LONG Init() { return 1; }
     /// The default parameter list; this base has none.
     virtual void GetDefaults(LONG* Params, LONG* nParams);
 
-    /// Renders `frame` at `progress` in place. Without a player the frame is left as it is.
+    /// Draws under the bridge's lock.
     void Process();
+    /// `frame` is the input and the output; there are no transition inputs.
+    void ProcessFrame(uint32_t* pixels, float newProgress);
+    /// Mixes `first` and `second` into `out`.
+    void ProcessTransition(uint32_t* first, uint32_t* second, uint32_t* out, float newProgress);
 
     void SetPath(std::u16string_view text);
     void SetDuration(float seconds) { duration = seconds; }
@@ -49,6 +60,16 @@ public:
     float duration = 0.0f;
     std::array<LONG, 16> params{};
     LONG paramCount = 0;
+    std::unique_ptr<wrap3d::Base3D> player;
+
+protected:
+    /// Renders the current frame. The base clears the target to opaque blue, a fault
+    /// colour that no client in use reaches.
+    virtual void Draw();
+    /// The time between frames: 0 when the rate is 0, else 1 / fps.
+    float Step() const { return fps == 0.0f ? 0.0f : float(1.0 / double(fps)); }
+    /// Makes the player, loads `scenePath` and fits it to the frame size, under the lock.
+    LONG InitPlayer(std::unique_ptr<wrap3d::Base3D> newPlayer, std::u16string_view scenePath);
 };
 
 }  // namespace qx

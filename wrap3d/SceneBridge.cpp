@@ -1,23 +1,71 @@
 #include "wrap3d/SceneBridge.h"
 
-#include "wrap3d/4DTransform.h"
+#include "qx4d/core/TextReader.h"
+#include "qx4d/core/scene/Scene.h"
+#include "wrap3d/4DAnim.h"
+#include "wrap3d/4DEffect.h"
+#include "wrap3d/4DRotate.h"
+#include "wrap3d/Context.h"
+
+#include <new>
 
 namespace qx {
 
-// The scene context needs the graphics device and the scene engine; until they are part
-// of the build the context never becomes ready, which is the state the callers already
-// handle: no clients, frames passed through, scene durations of one second.
+namespace {
 
-LONG EnsureContext() { return 0; }
+template <typename Client>
+std::unique_ptr<C4DTransform> Make()
+{
+    return std::unique_ptr<C4DTransform>(new (std::nothrow) Client());
+}
 
-bool IsContextReady() { return false; }
+std::unique_ptr<C4DTransform> MakeClient(LONG id)
+{
+    switch (id) {
+    case 5000: return Make<C4DCube>();
+    case 5002: return Make<C4DRotate>();
+    case 5003: return Make<C4DParticles>();
+    case 5004:
+    case 5005: return Make<C4DEffect>();
+    case 20000: return Make<C4DTransition>();
+    case 30000: return Make<C4DAnim>();
+    default: return nullptr;  // 5001 too
+    }
+}
 
-std::unique_ptr<C4DTransform> CreateClient(LONG, LONG, LONG) { return nullptr; }
+}  // namespace
 
-float GetSceneDuration(std::u16string_view)
+std::unique_ptr<C4DTransform> CreateClient(LONG id, LONG width, LONG height)
+{
+    if (!EnsureContext())
+        return nullptr;
+    std::unique_ptr<C4DTransform> client = MakeClient(id);
+    if (client)
+        client->SetSize(width, height);
+    return client;
+}
+
+float GetSceneDuration(std::u16string_view path)
 {
     const C4DTransform probe;  // making a client is what starts the context
-    return 1.0f;
+    if (!IsContextReady())
+        return 1.0f;
+    std::lock_guard guard(C4DContext::Instance()->Lock());
+    return qx4d::GetDuration(qx4d::String(path));
+}
+
+LONG GetSceneImagesCount(std::u16string_view path)
+{
+    qx4d::TextReader reader;
+    if (!reader.Open(u"SCENES:" + std::u16string(path)))
+        return 0;
+    qx4d::String key;
+    while (reader.NextToken(key, true)) {
+        if (key == u"Composition")
+            return reader.NextToken(true) ? reader.ToInt() : 0;
+        reader.SkipLine();
+    }
+    return -1;
 }
 
 }  // namespace qx

@@ -1,6 +1,6 @@
 #include "apps/qxfx/EffectSession.h"
 
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 #include "platform/os/WideText.h"
 
 #include <algorithm>
@@ -62,6 +62,12 @@ void EffectSession::select(const EffectSettings& settings)
     if (host_->put_Index(settings.effectId) != S_OK) {
         throw CommandError("unknown effect id " + std::to_string(settings.effectId) + " (see 'qxfx list')");
     }
+    // As an editor does: the data path first, since the first scene client starts the
+    // scene context, which mounts the content found there once and for all.
+    if (!settings.dataPath.empty()) {
+        Bstr dataPath(limitedText(settings.dataPath, kMaxDataPath, "data path"));
+        host_->SetGlobalDataPath(dataPath.get());
+    }
     const std::string params = settings.params ? *settings.params : defaultParamsText(settings.effectId).value_or("");
     Bstr paramsText(os::fromUtf8(params));
     if (const HRESULT hr = host_->put_Params(paramsText.get()); FAILED(hr)) {
@@ -70,10 +76,6 @@ void EffectSession::select(const EffectSettings& settings)
     }
     Bstr source(limitedText(settings.source, CQXDynamicEffect::kMaxSource, "source path"));
     host_->put_Source(source.get());
-    if (!settings.dataPath.empty()) {
-        Bstr dataPath(limitedText(settings.dataPath, kMaxDataPath, "data path"));
-        host_->SetGlobalDataPath(dataPath.get());
-    }
     if (settings.durationSeconds > 0.0) host_->put_Duration(settings.durationSeconds);
     host_->put_Fps(settings.fps);
     host_->put_AspectRatio(settings.aspectRatio);

@@ -26,6 +26,8 @@ Device::Device(std::shared_ptr<Context> context, const D3DPRESENT_PARAMETERS& pa
     scratchBuffer_ = createGlName(context_, GlKind::Buffer);
     for (GlName& sampler : samplers_)
         sampler = createGlName(context_, GlKind::Sampler);
+    for (GlName& sampler : singleLevelSamplers_)
+        sampler = createGlName(context_, GlKind::Sampler);
     // Direct3D's depth range and top-down images: row 0 of every target is its top row.
     glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);

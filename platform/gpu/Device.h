@@ -120,6 +120,7 @@ public:
 private:
     Device(std::shared_ptr<Context> context, const D3DPRESENT_PARAMETERS& parameters);
     bool makeImplicitSurfaces();
+    void bindSampler(DWORD stage);
     void setDefaultStates();
     const Surface* usableDepth() const;
     bool bindFramebuffer();
@@ -138,6 +139,9 @@ private:
     GlName vertexArray_;
     GlName scratchBuffer_;
     std::array<GlName, kSamplerCount> samplers_;
+    // The same states without a mip filter, for textures of one level: the same texels,
+    // and a software rasteriser then skips the level of detail of every pixel.
+    std::array<GlName, kSamplerCount> singleLevelSamplers_;
     std::array<DWORD, kRenderStateCount> renderStates_{};
     std::array<std::array<DWORD, kSamplerStateCount>, kSamplerCount> samplerStates_{};
     std::array<std::shared_ptr<Texture>, kSamplerCount> textures_;

@@ -109,13 +109,24 @@ HRESULT Device::SetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD v
         return D3DERR_INVALIDCALL;
     auto& states = samplerStates_[sampler];
     states[type] = value;
-    const GLuint name = samplers_[sampler].get();
-    glSamplerParameteri(name, GL_TEXTURE_WRAP_S, addressMode(states[D3DSAMP_ADDRESSU]));
-    glSamplerParameteri(name, GL_TEXTURE_WRAP_T, addressMode(states[D3DSAMP_ADDRESSV]));
-    glSamplerParameteri(name, GL_TEXTURE_MAG_FILTER, states[D3DSAMP_MAGFILTER] >= D3DTEXF_LINEAR ? GL_LINEAR : GL_NEAREST);
-    glSamplerParameteri(name, GL_TEXTURE_MIN_FILTER, minifyFilter(states[D3DSAMP_MINFILTER], states[D3DSAMP_MIPFILTER]));
-    glBindSampler(sampler, name);
+    for (const GLuint name : {samplers_[sampler].get(), singleLevelSamplers_[sampler].get()}) {
+        glSamplerParameteri(name, GL_TEXTURE_WRAP_S, addressMode(states[D3DSAMP_ADDRESSU]));
+        glSamplerParameteri(name, GL_TEXTURE_WRAP_T, addressMode(states[D3DSAMP_ADDRESSV]));
+        glSamplerParameteri(name, GL_TEXTURE_MAG_FILTER,
+                            states[D3DSAMP_MAGFILTER] >= D3DTEXF_LINEAR ? GL_LINEAR : GL_NEAREST);
+    }
+    glSamplerParameteri(samplers_[sampler].get(), GL_TEXTURE_MIN_FILTER,
+                        minifyFilter(states[D3DSAMP_MINFILTER], states[D3DSAMP_MIPFILTER]));
+    glSamplerParameteri(singleLevelSamplers_[sampler].get(), GL_TEXTURE_MIN_FILTER,
+                        minifyFilter(states[D3DSAMP_MINFILTER], D3DTEXF_NONE));
+    bindSampler(sampler);
     return D3D_OK;
+}
+
+void Device::bindSampler(DWORD stage)
+{
+    const bool oneLevel = textures_[stage] && textures_[stage]->GetLevelCount() == 1;
+    glBindSampler(stage, (oneLevel ? singleLevelSamplers_ : samplers_)[stage].get());
 }
 
 HRESULT Device::GetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD* value) const
@@ -132,6 +143,7 @@ HRESULT Device::SetTexture(DWORD stage, std::shared_ptr<Texture> texture)
         return D3DERR_INVALIDCALL;
     glBindTextureUnit(stage, texture ? texture->glName() : 0);
     textures_[stage] = std::move(texture);
+    bindSampler(stage);
     return D3D_OK;
 }
 

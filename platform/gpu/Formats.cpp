@@ -9,6 +9,7 @@ FormatInfo formatInfo(D3DFORMAT format)
     case D3DFMT_X8R8G8B8: return {GL_RGBA8, GL_BGRA, GL_UNSIGNED_BYTE, 4, false, false, true};
     case D3DFMT_A8: return {GL_R8, GL_RED, GL_UNSIGNED_BYTE, 1};
     case D3DFMT_L8: return {GL_R8, GL_RED, GL_UNSIGNED_BYTE, 1};
+    case D3DFMT_R32F: return {GL_R32F, GL_RED, GL_FLOAT, 4};
     case D3DFMT_DXT1: return {GL_COMPRESSED_RGBA_S3TC_DXT1_EXT, 0, 0, 8, true};
     case D3DFMT_DXT3: return {GL_COMPRESSED_RGBA_S3TC_DXT3_EXT, 0, 0, 16, true};
     case D3DFMT_DXT5: return {GL_COMPRESSED_RGBA_S3TC_DXT5_EXT, 0, 0, 16, true};

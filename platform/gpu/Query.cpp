@@ -4,6 +4,13 @@
 
 namespace qx::gpu {
 
+namespace {
+
+/// How long a flushing GetData waits for its fence before it answers "not yet".
+constexpr GLuint64 kFlushWaitNs = 200'000;
+
+}  // namespace
+
 std::shared_ptr<Query> Query::create(const std::shared_ptr<Context>& context, D3DQUERYTYPE type)
 {
     if ((type != D3DQUERYTYPE_EVENT && type != D3DQUERYTYPE_OCCLUSION) || !context->makeCurrent())
@@ -49,7 +56,11 @@ HRESULT Query::GetData(void* data, DWORD size, DWORD flags)
     if (!issued_ || !context_->makeCurrent())
         return D3DERR_INVALIDCALL;
     if (type_ == D3DQUERYTYPE_EVENT) {
-        const GLenum state = glClientWaitSync(fence_, (flags & D3DGETDATA_FLUSH) ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, 0);
+        // A caller that flushes is waiting for the card: it waits a moment in the driver
+        // rather than asking again at once, so that its polling leaves the processor to a
+        // software renderer's own threads.
+        const bool flush = flags & D3DGETDATA_FLUSH;
+        const GLenum state = glClientWaitSync(fence_, flush ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, flush ? kFlushWaitNs : 0);
         if (state == GL_TIMEOUT_EXPIRED)
             return S_FALSE;
         const int32_t done = 1;

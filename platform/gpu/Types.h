@@ -25,6 +25,7 @@ inline constexpr D3DFORMAT D3DFMT_D24S8 = 75;
 inline constexpr D3DFORMAT D3DFMT_D24X8 = 77;
 inline constexpr D3DFORMAT D3DFMT_D16 = 80;
 inline constexpr D3DFORMAT D3DFMT_INDEX16 = 101;
+inline constexpr D3DFORMAT D3DFMT_R32F = 114;
 inline constexpr D3DFORMAT D3DFMT_INDEX32 = 102;
 inline constexpr D3DFORMAT D3DFMT_DXT1 = makeFourCC('D', 'X', 'T', '1');
 inline constexpr D3DFORMAT D3DFMT_DXT3 = makeFourCC('D', 'X', 'T', '3');

@@ -108,12 +108,12 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
     return runs;
 }
 
-void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model)
+unsigned SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
+                            const Matrix3x4& model)
 {
     qx::gpu::Device* device = CurrentDevice();
     if (!device)
-        return;
+        return ShaderConstantRuns::kFirstRegister;
     const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model);
     if (!runs.vertex.empty())
         device->SetVertexShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.vertex.data(),
@@ -121,6 +121,7 @@ void SetShaderConstants(const Material& material, const ShadingScene& scene, con
     if (!runs.pixel.empty())
         device->SetPixelShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.pixel.data(),
                                         unsigned(runs.pixel.size() / 4));
+    return ShaderConstantRuns::kFirstRegister + unsigned(runs.vertex.size() / 4);
 }
 
 }  // namespace qx4d

@@ -4,14 +4,12 @@
 // vertex shader and one for the pixel shader.
 #include "qx4d/content/Material.h"
 #include "qx4d/content/ShadingScene.h"
+#include "qx4d/core/Matrix.h"
 
 #include <array>
 #include <vector>
 
 namespace qx4d {
-
-/// A 3x4 world matrix for column vectors: three rows of four, translation in column 3.
-using Matrix3x4 = std::array<float, 12>;
 
 struct ShaderConstantRuns {
     static constexpr unsigned kFirstRegister = 2;
@@ -25,8 +23,9 @@ struct ShaderConstantRuns {
 ShaderConstantRuns ComputeShaderConstants(const Material& material, const ShadingScene& scene,
                                           const ShadingCamera& camera, const Matrix3x4& model);
 
-/// Writes both runs to the current device.
-void SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
-                        const Matrix3x4& model);
+/// Writes both runs to the current device. Returns the vertex register after the vertex
+/// run, where a skinned material's array of model matrices begins.
+unsigned SetShaderConstants(const Material& material, const ShadingScene& scene, const ShadingCamera& camera,
+                            const Matrix3x4& model);
 
 }  // namespace qx4d

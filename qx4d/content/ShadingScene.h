@@ -2,13 +2,13 @@
 // What material and shader code read of the current scene, its lights and the active
 // camera. The scene and entity code fills these records before meshes are built and
 // drawn; materials only read them.
+#include "qx4d/core/Matrix.h"
+
 #include <array>
 #include <cstdint>
 #include <vector>
 
 namespace qx4d {
-
-using Float3 = std::array<float, 3>;
 
 /// The values of one `Light` that reach the shader constants.
 struct ShaderLight {
@@ -49,5 +49,11 @@ struct ShadingCamera {
     std::array<float, 16> viewProjection{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     Float3 position{};
 };
+
+/// What materials read of the current scene: the scene that becomes current hands in its
+/// record, and the last one handed in stays until another (or null) is. With none, an
+/// empty scene: no lights, no fog.
+const ShadingScene& CurrentShadingScene();
+void SetCurrentShadingScene(const ShadingScene* scene);
 
 }  // namespace qx4d

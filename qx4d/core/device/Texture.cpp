@@ -9,7 +9,7 @@ namespace qx4d {
 
 void Texture::OnDeviceLost()
 {
-    if (name.empty())
+    if (InDefaultPool())
         ReleaseDevice();
 }
 
@@ -26,7 +26,7 @@ bool Texture::Restore()
     if (baseTexture)
         return true;
     gpu::Device* device = CurrentDevice();
-    if (!device || !(name.empty() ? RestoreWithoutFile(*device) : RestoreFromFile(*device)))
+    if (!device || !(InDefaultPool() ? RestoreWithoutFile(*device) : RestoreFromFile(*device)))
         return false;
     baseTexture = cubeTexture ? cubeTexture : texture;
     return true;
@@ -60,6 +60,18 @@ bool Texture::RestoreFromFile(gpu::Device& device)
         return false;
     surface = texture->GetSurfaceLevel(0);
     return true;
+}
+
+bool Texture::MakeDynamic(uint32_t width, uint32_t height)
+{
+    ReleaseDevice();
+    flags &= ~kResourceCube;
+    info.Width = width;
+    info.Height = height;
+    info.Format = gpu::D3DFMT_A8R8G8B8;
+    info.MipLevels = 1;
+    usage = gpu::D3DUSAGE_DYNAMIC;
+    return Restore();
 }
 
 bool Texture::Upload(const uint8_t* pixels, uint32_t sourcePitch)

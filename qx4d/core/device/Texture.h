@@ -17,6 +17,13 @@ public:
     /// `sourcePitch` bytes per row: 4 bytes a pixel for A8R8G8B8 and X8R8G8B8, 1 for other
     /// formats. False without a 2D texture or when the lock fails.
     bool Upload(const uint8_t* pixels, uint32_t sourcePitch);
+    /// Gives up the device object and makes an empty dynamic A8R8G8B8 texture of this size
+    /// in its place, for live pixels; it stays one through a lost device. False when the
+    /// device can't make it.
+    bool MakeDynamic(uint32_t width, uint32_t height);
+    /// Lives in the default pool, whose pixels a lost device takes: made without a file,
+    /// or replaced by a dynamic texture.
+    bool InDefaultPool() const { return name.empty() || (usage & gpu::D3DUSAGE_DYNAMIC); }
 
     gpu::D3DXIMAGE_INFO info;
     uint32_t usage = 0;

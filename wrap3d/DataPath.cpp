@@ -1,4 +1,4 @@
-#include "host/DataPath.h"
+#include "wrap3d/DataPath.h"
 
 #include <mutex>
 
