@@ -31,8 +31,9 @@ constexpr int32_t kColumnAngle = 9000;
 
 /// The length of the anti-flicker blur on a frame of `rows` rows: the height over 100,
 /// times the level over 10, as a float, rounded up. Level 10 on 480 rows gives 5 and
-/// level 1 gives 1 (0.48 rounded up); the product is taken as written, although figures
-/// of 48 and 5 for those two cases are also quoted, which would need the height over 10.
+/// level 1 gives 1 (0.48 rounded up). Lengths of 48 and 5 for those two levels would
+/// take the height over 10; the length here is a hundredth of the height per ten
+/// levels, which is the formula the filter computes.
 int32_t blurLength(int32_t rows, int16_t level)
 {
     const float dim = float((double(rows) / 100.0) * (double(level) / 10.0));

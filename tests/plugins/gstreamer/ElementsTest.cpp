@@ -273,14 +273,16 @@ TEST_F(Elements, SceneCutPostsEachCutAndTheListAtTheEnd)
     EXPECT_EQ(messages.listedFrames, (std::vector<guint64>{2, 4}));
 }
 
-TEST_F(Elements, SceneCutOfAOneFrameClipListsNothing)
+TEST_F(Elements, SceneCutOfAnEmptyOrOneFrameClipListsNothing)
 {
-    SceneHarness scene(yv12Caps(64, 48));
-    EXPECT_TRUE(scene.play({yv12Frame(64, 48, 255)}));
-    const CutMessages messages = scene.end();
-    EXPECT_TRUE(messages.cuts.empty());
-    ASSERT_TRUE(messages.listed);
-    EXPECT_TRUE(messages.listedTimes.empty());
+    for (const size_t frames : {0, 1}) {
+        SceneHarness scene(yv12Caps(64, 48));
+        EXPECT_TRUE(scene.play(std::vector<std::vector<uint8_t>>(frames, yv12Frame(64, 48, 255))));
+        const CutMessages messages = scene.end();
+        EXPECT_TRUE(messages.cuts.empty());
+        ASSERT_TRUE(messages.listed) << frames << " frames";
+        EXPECT_TRUE(messages.listedTimes.empty());
+    }
 }
 
 TEST_F(Elements, SceneCutTakesOddAndPaddedLayouts)
