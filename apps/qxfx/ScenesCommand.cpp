@@ -117,7 +117,9 @@ std::vector<Cut> detect(const ScenesOptions& o, long& frames, double& fps)
         throw CommandError("the scene detector does not take " + std::to_string(reader.width()) + "x" +
                            std::to_string(reader.height()) + " video");
     }
-    ProgressBar bar("scenes", long(VideoReader::countFrames(o.input)));
+    // The container's count is enough for a progress bar; counting the packets would
+    // read the file twice.
+    ProgressBar bar("scenes", long(reader.frameCountHint()));
     std::vector<int64_t> frameTimes;
     for (frames = 0;; ++frames) {
         com::ComPtr<media::IMediaSample> sample;
