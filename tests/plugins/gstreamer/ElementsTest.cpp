@@ -136,6 +136,19 @@ TEST_F(Elements, CropKeepsTheFirstInputSizeForSidesLeftAtZero)
     EXPECT_EQ(sampleAt(out, 4, 0, 0), 0u);
 }
 
+TEST_F(Elements, CropTakesANewSizeSetWhilePlayingAtTheNextFrame)
+{
+    const auto h = harness("qxcrop");
+    g_object_set(h->element, "width", 8, "height", 6, nullptr);
+    gst_harness_set_src_caps_str(h.get(), bgrxCaps(4, 2).c_str());
+    EXPECT_EQ(pushAndPull(h.get(), numberedBgrx(4, 2)).size(), 8u * 6u * 4u);
+    g_object_set(h->element, "width", 6, nullptr);
+    const auto out = pushAndPull(h.get(), numberedBgrx(4, 2), 40 * GST_MSECOND);
+    EXPECT_EQ(outputSize(h.get()), std::pair(6, 6));
+    ASSERT_EQ(out.size(), 6u * 6u * 4u);
+    EXPECT_EQ(sampleAt(out, 6, 1, 2), 0xFF000000u | 1u);
+}
+
 TEST_F(Elements, CropAntiFlickerAveragesEachPixelWithThoseBelowIt)
 {
     // 2 x 480 with one white row at 100: level 10 makes a run of 5 rows (480 / 100 *
