@@ -39,7 +39,10 @@
 // have their own, it is none.
 static const float2 offset = float2(0.0, 0.0);
 
-// Weight of the second position stream when two are tweened.
+// Weight of the second position stream when two are tweened. Only a material with the
+// tween flag reads it, and nothing in the engine sets that flag: meshes with two position
+// streams add them. So no code writes this register for meshes; the shadow pass and the
+// lens flares use c0 for their own matrices.
 float g_TweenFactor : register(c0);
 
 struct DistantLight

@@ -1,5 +1,6 @@
 #include "platform/gpu/FxParser.h"
 
+#include "platform/gpu/FxParameters.h"
 #include "platform/gpu/FxStates.h"
 #include "platform/gpu/FxTokens.h"
 
@@ -152,18 +153,6 @@ size_t statementEnd(const std::vector<FxToken>& tokens, size_t at)
     return std::min(at + 1, tokens.size());
 }
 
-// The token after the `}` closing the block that opens at or after `at`.
-size_t blockEnd(const std::vector<FxToken>& tokens, size_t at)
-{
-    int depth = 0;
-    for (; at < tokens.size(); ++at) {
-        depth += tokens[at].text == "{" ? 1 : tokens[at].text == "}" ? -1 : 0;
-        if (depth == 0 && tokens[at].text == "}")
-            return at + 1;
-    }
-    return tokens.size();
-}
-
 bool isTextureKeyword(const std::string& text)
 {
     return text == "texture" || text == "Texture" || text == "texture2D" || text == "textureCUBE";
@@ -171,14 +160,14 @@ bool isTextureKeyword(const std::string& text)
 
 }  // namespace
 
-// Besides techniques, two effect-only forms are cut out, which the HLSL compiler does not
-// take: `texture` declarations and `= sampler_state { ... }` initialisers. Samplers then
-// take their states from passes and the device, their textures from SetTexture.
+// Besides techniques, `texture` declarations are cut out, which the HLSL compiler does not
+// take; the binding of parameters has already turned `sampler_state` blocks into states.
 bool parseEffectText(const std::string& text, FxText& out)
 {
-    const std::vector<FxToken> tokens = tokenizeEffect(text);
     out = FxText{};
     out.hlsl = text;
+    out.bindings = bindParameters(out.hlsl);
+    const std::vector<FxToken> tokens = tokenizeEffect(out.hlsl);
     int depth = 0;
     for (size_t at = 0; at < tokens.size();) {
         const std::string& token = tokens[at].text;
@@ -192,8 +181,6 @@ bool parseEffectText(const std::string& text, FxText& out)
             next = reader.position();
         } else if (depth == 0 && isTextureKeyword(token)) {
             next = statementEnd(tokens, at);
-        } else if (token == "=" && at + 1 < tokens.size() && tokens[at + 1].text == "sampler_state") {
-            next = blockEnd(tokens, at);
         } else {
             depth = std::max(depth + (token == "{" ? 1 : token == "}" ? -1 : 0), 0);
             ++at;

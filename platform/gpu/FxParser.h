@@ -31,13 +31,43 @@ struct FxTechnique {
     std::vector<FxPass> passes;
 };
 
+/// A global constant that the effect sets by name.
+struct FxParameter {
+    std::string name;
+    DWORD firstRegister = 0;
+    DWORD registerCount = 0;
+    /// Elements of one array entry: rows and columns (a vector has one row).
+    DWORD rows = 1;
+    DWORD columns = 1;
+    /// Matrices are column-major unless declared `row_major`: a register holds a column.
+    bool columnMajor = false;
+    /// Four floats a register, from the declaration's initialiser (zeros without one).
+    std::vector<float> defaults;
+};
+
+/// A sampler that the text declares.
+struct FxSampler {
+    std::string name;
+    DWORD stage = 0;
+    /// The texture parameter of its `sampler_state` block; empty without one.
+    std::string texture;
+    std::vector<StateAssignment> states;
+};
+
+struct FxBindings {
+    std::vector<FxParameter> parameters;
+    std::vector<FxSampler> samplers;
+};
+
 struct FxText {
     std::vector<FxTechnique> techniques;
     std::string hlsl;
+    FxBindings bindings;
 };
 
 /// False on a technique block that does not close or says something unreadable.
-/// States this layer does not know are skipped.
+/// States this layer does not know are skipped. Parameters without registers are bound
+/// (see FxParameters.h) before the blocks are cut out.
 bool parseEffectText(const std::string& text, FxText& out);
 
 }  // namespace qx::gpu
