@@ -11,7 +11,6 @@
 //   runVectorised<rotateHues>(samples, shift);
 #define QX_IMAGING_INLINE __attribute__((always_inline)) inline
 
-#include <algorithm>
 #include <utility>
 
 namespace qx::imaging {
@@ -64,22 +63,6 @@ void runVectorised(Args&&... args)
     case VectorLevel::baseline:
         break;
     }
-#endif
-    detail::runBaseline<Kernel>(std::forward<Args>(args)...);
-}
-
-/// As runVectorised, at most at `Widest`: for kernels that the compiler turns into
-/// better instructions at a narrower width (GCC finds the 16-bit high multiply for
-/// 256-bit vectors but not for 512-bit ones, where it widens to 32-bit lanes).
-template <VectorLevel Widest, auto Kernel, class... Args>
-void runVectorisedUpTo(Args&&... args)
-{
-#if defined(__x86_64__)
-    const VectorLevel level = std::min(activeVectorLevel(), Widest);
-    if (level == VectorLevel::avx512)
-        return detail::runAvx512<Kernel>(std::forward<Args>(args)...);
-    if (level == VectorLevel::avx2)
-        return detail::runAvx2<Kernel>(std::forward<Args>(args)...);
 #endif
     detail::runBaseline<Kernel>(std::forward<Args>(args)...);
 }
