@@ -76,6 +76,7 @@ private:
     HRESULT setupVideoEffect(LONG id, LONG width, LONG height);
     void setupSceneClient(LONG id, LONG width, LONG height);
     HRESULT setupRoutine(const EffectDescriptor& effect);
+    HRESULT setupFlashAnimation(LONG width, LONG height);
     ParamValues paramValues() const { return {params, paramCount}; }
 
     /// The path of the effect that the last Setup prepared, for the row `runnerIndex`.

@@ -17,7 +17,7 @@ namespace qx {
 
 namespace {
 
-// The animation object of this row is not part of the build yet: its frames pass through.
+// The vector animation, which CSwfRenderer plays from the Source file; it has no parameters.
 constexpr EffectDescriptor kVectorAnimationEffect{.id = effect_id::kVectorAnimation,
                                                   .category = category_id::kAnimatedObjects};
 

@@ -2,6 +2,7 @@
 // one Execute carries the input frame through the effect's routine or object to the
 // output. Setup chooses the path once, by the tests on the effect's id; Execute only
 // unpacks, runs that path and leaves the packing to it.
+#include "filters/SwfRenderer.h"
 #include "host/DynamicEffect.h"
 #include "host/ExternalFilter.h"
 #include "host/FramePaths.h"
@@ -67,8 +68,15 @@ HRESULT CQXDynamicEffect::setupRunner(const EffectDescriptor& effect, LONG width
         return S_OK;
     }
     if (id != effect_id::kVectorAnimation) return setupRoutine(effect);
-    // The vector animation object is not part of this build: its frames pass through.
-    runner = std::make_unique<PassThroughRunner>();
+    return setupFlashAnimation(width, height);
+}
+
+HRESULT CQXDynamicEffect::setupFlashAnimation(LONG width, LONG height)
+{
+    auto animation = std::make_unique<CSwfRenderer>();
+    if (!animation->Load(source, width, height, 0)) return E_FAIL;
+    animation->SetDuration(float(double(duration) / 10000000.0));
+    runner = std::make_unique<FlashAnimationRunner>(std::move(animation), width, height);
     return S_OK;
 }
 

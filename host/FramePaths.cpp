@@ -1,6 +1,7 @@
 #include "host/FramePaths.h"
 
 #include "effects/VideoEffect.h"
+#include "filters/SwfRenderer.h"
 #include "platform/draw2d/Bitmap.h"
 #include "platform/imaging/BitmapHandle.h"
 #include "wrap3d/4DTransform.h"
@@ -69,6 +70,23 @@ HRESULT SceneClientRunner::run(FrameWork& work)
         client_->progress = work.progress;
         client_->Process();
     }
+    packFrame(work);
+    return S_OK;
+}
+
+FlashAnimationRunner::FlashAnimationRunner(std::unique_ptr<CSwfRenderer> animation, LONG width, LONG height)
+    : animation_(std::move(animation)), width_(width), height_(height)
+{
+}
+
+FlashAnimationRunner::~FlashAnimationRunner() = default;
+
+HRESULT FlashAnimationRunner::run(FrameWork& work)
+{
+    // The renderer draws frames of the size of Setup, as the video effects do.
+    if (work.width != width_ || work.height != height_) return E_INVALIDARG;
+    // The animation's frame over the video: its magenta background keyed out.
+    animation_->Draw(work.frame.get(), work.progress, 1, 0.0f, 0.0f, 1.0f, 1.0f);
     packFrame(work);
     return S_OK;
 }

@@ -12,6 +12,7 @@
 namespace qx {
 
 class C4DTransform;
+class CSwfRenderer;
 class CVideoEffect;
 
 /// One Execute: the input frame, unpacked into a buffer of its own, and what the path
@@ -41,8 +42,8 @@ public:
     HRESULT run(FrameWork&) override { return S_OK; }
 };
 
-/// The input goes to the output unchanged (the vector animation, whose object is not
-/// part of this build).
+/// The input goes to the output unchanged: the vector animation before a Setup made its
+/// renderer.
 class PassThroughRunner final : public EffectRunner {
 public:
     HRESULT run(FrameWork& work) override;
@@ -72,6 +73,20 @@ public:
 
 private:
     std::unique_ptr<C4DTransform> client_;
+    LONG width_;
+    LONG height_;
+};
+
+/// The vector animation draws its frame over the frame buffer, which then goes to the
+/// output.
+class FlashAnimationRunner final : public EffectRunner {
+public:
+    FlashAnimationRunner(std::unique_ptr<CSwfRenderer> animation, LONG width, LONG height);
+    ~FlashAnimationRunner() override;
+    HRESULT run(FrameWork& work) override;
+
+private:
+    std::unique_ptr<CSwfRenderer> animation_;
     LONG width_;
     LONG height_;
 };

@@ -47,6 +47,12 @@ std::unique_ptr<Bitmap> Bitmap::clone() const
     return copy;
 }
 
+Pyramid& Bitmap::reduced() const
+{
+    if (!reduced_) reduced_ = std::make_unique<Pyramid>();
+    return *reduced_;
+}
+
 Status Bitmap::lockBits(BitmapData& data)
 {
     if (status_ != Status::Ok) return Status::InvalidParameter;

@@ -1,6 +1,7 @@
 #pragma once
 // A 32-bit ARGB bitmap (straight alpha, B, G, R, A bytes, top-down) either over caller
 // memory, as the frame routines draw on the frame buffer in place, or owning its pixels.
+#include "platform/draw2d/Pyramid.h"
 #include "platform/draw2d/Types.h"
 #include "platform/pixel/FrameMemory.h"
 
@@ -37,13 +38,13 @@ public:
     int pitch() const { return pitch_; }
     uint32_t* data()
     {
-        opaque_.reset();
+        changed();
         return scan0_;
     }
     const uint32_t* data() const { return scan0_; }
     std::span<uint32_t> row(int y)
     {
-        opaque_.reset();
+        changed();
         return {scan0_ + size_t(y) * size_t(pitch_), size_t(width_)};
     }
     std::span<const uint32_t> row(int y) const { return {scan0_ + size_t(y) * size_t(pitch_), size_t(width_)}; }
@@ -59,6 +60,9 @@ public:
     /// True when every sample has alpha 255; the drawing code uses it to skip alpha
     /// conversions. The answer is kept until the pixels are next reached for writing.
     bool opaque() const;
+    /// Smaller copies of the bitmap for draws that shrink it, kept until the pixels are
+    /// next reached for writing.
+    Pyramid& reduced() const;
 
 private:
     struct Uninitialised {};
@@ -70,7 +74,14 @@ private:
     int height_ = 0;
     int pitch_ = 0;
     bool locked_ = false;
+    void changed()
+    {
+        opaque_.reset();
+        reduced_.reset();
+    }
+
     mutable std::optional<bool> opaque_;
+    mutable std::unique_ptr<Pyramid> reduced_;
     Status status_ = Status::InvalidParameter;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/draw2d/Graphics.h"
 
+#include "platform/draw2d/AffineDraw.h"
 #include "platform/draw2d/Blend.h"
 #include "platform/pixel/Alpha.h"
 #include "platform/pixel/FrameMemory.h"
@@ -210,6 +211,37 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
     if (destination.Width == 0.0f || destination.Height == 0.0f || source.Width == 0.0f || source.Height == 0.0f) {
         return Status::Ok;  // nothing to cover
     }
+    const ImageAttributes* key = attributes && attributes->colorKeyEnabled ? attributes : nullptr;
+    const bool recolours = attributes && attributes->colorMatrixEnabled;
+    if (transform_.axisAligned() && !recolours) {
+        // Scales and moves only: the destination in pixels, for the row resampler.
+        const PointF corner = transform_.apply({destination.X, destination.Y});
+        const RectF pixels{corner.X, corner.Y, float(destination.Width * transform_.m11),
+                           float(destination.Height * transform_.m22)};
+        if (!finite(pixels)) return Status::InvalidParameter;
+        return drawAxisAligned(image, pixels, source, key);
+    }
+    flushCairo();
+    // Samples still as the caller left them are converted only where the picture lands.
+    const bool straight = content_ == Content::Straight;
+    if (!straight) premultiplyContent();
+    TransformedDraw draw;
+    draw.image = &image;
+    draw.sourceRect = source;
+    draw.destination = destination;
+    draw.world = transform_;
+    draw.attributes = attributes;
+    draw.copy = mode_ == CompositingMode::SourceCopy;
+    draw.straightTarget = straight;
+    drawTransformed(target_, draw);
+    if (!straight) drewWith(mode_ == CompositingMode::SourceOver);
+    return Status::Ok;
+}
+
+Status Graphics::drawAxisAligned(const Bitmap& image, const RectF& destination, const RectF& source,
+                                 const ImageAttributes* key)
+{
+    if (destination.Width == 0.0f || destination.Height == 0.0f) return Status::Ok;
     // The maps take destination pixels to source pixels; a negative size mirrors.
     const double scaleX = double(source.Width) / destination.Width;
     const double scaleY = double(source.Height) / destination.Height;
@@ -219,7 +251,6 @@ Status Graphics::drawImage(const Bitmap& image, const RectF& destination, const 
     const int height = target_.height();
     const bool coversAll = Coverage(destination.X, double(destination.X) + destination.Width, width).coversAll(width) &&
                            Coverage(destination.Y, double(destination.Y) + destination.Height, height).coversAll(height);
-    const ImageAttributes* key = attributes && attributes->colorKeyEnabled ? attributes : nullptr;
     flushCairo();
 
     if (coversAll && !key && image.opaque()) {
@@ -290,6 +321,43 @@ void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, con
         blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples,
                      rowCover == 255 ? columnCover : cover, mode_ == CompositingMode::SourceCopy);
     }
+}
+
+Status Graphics::combineTransform(const Matrix& change, MatrixOrder order)
+{
+    if (status_ != Status::Ok) return status_;
+    const Matrix combined = order == MatrixOrder::Prepend ? Matrix::product(change, transform_)
+                                                          : Matrix::product(transform_, change);
+    for (const double v : {combined.m11, combined.m12, combined.m21, combined.m22, combined.dx, combined.dy}) {
+        if (!std::isfinite(v)) return Status::InvalidParameter;
+    }
+    transform_ = combined;
+    return Status::Ok;
+}
+
+Status Graphics::ScaleTransform(double sx, double sy, MatrixOrder order)
+{
+    return combineTransform({sx, 0, 0, sy, 0, 0}, order);
+}
+
+Status Graphics::TranslateTransform(double dx, double dy, MatrixOrder order)
+{
+    return combineTransform({1, 0, 0, 1, dx, dy}, order);
+}
+
+Status Graphics::RotateTransform(double angle, MatrixOrder order)
+{
+    const double radians = angle * 3.14159265358979323846 / 180.0;
+    const double c = std::cos(radians);
+    const double s = std::sin(radians);
+    return combineTransform({c, s, -s, c, 0, 0}, order);
+}
+
+Status Graphics::ResetTransform()
+{
+    if (status_ != Status::Ok) return status_;
+    transform_ = Matrix{};
+    return Status::Ok;
 }
 
 Status Graphics::fillRectangle(Color color, int x, int y, int width, int height)

@@ -33,9 +33,19 @@ public:
     Status drawImage(const Bitmap& image, const RectF& destination, const RectF& source);
     /// Draws the whole of `image` into `destination`.
     Status drawImage(const Bitmap& image, const RectF& destination);
-    /// The same with image attributes (a colour key), applied to the source samples.
+    /// The same with image attributes (a colour key, a colour matrix), applied to the
+    /// source samples.
     Status drawImage(const Bitmap& image, const RectF& destination, const RectF& source,
                      const ImageAttributes* attributes);
+
+    /// The world transform, from the coordinates of the drawing calls to pixels. Image
+    /// draws follow it; the other drawing calls work in pixels.
+    Status ScaleTransform(double sx, double sy, MatrixOrder order = MatrixOrder::Prepend);
+    Status TranslateTransform(double dx, double dy, MatrixOrder order = MatrixOrder::Prepend);
+    /// Turns by `angle` degrees, clockwise on the top-down bitmap.
+    Status RotateTransform(double angle, MatrixOrder order = MatrixOrder::Prepend);
+    Status ResetTransform();
+    const Matrix& transform() const { return transform_; }
 
     Status setCompositingMode(CompositingMode mode);
     /// Fills whole pixels of the rectangle with `color`, blended by its alpha.
@@ -66,11 +76,15 @@ private:
     void flushCairo();
 
     Status stroke(const Pen& pen);
+    Status combineTransform(const Matrix& change, MatrixOrder order);
+    Status drawAxisAligned(const Bitmap& image, const RectF& destination, const RectF& source,
+                           const ImageAttributes* key);
     bool transferRows(const Bitmap& image, const AxisMap& mapX, const AxisMap& mapY, const ImageAttributes* key);
     void compositeImage(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY, const RectF& destination);
 
     Bitmap& target_;
     CompositingMode mode_ = CompositingMode::SourceOver;
+    Matrix transform_;
     Content content_ = Content::Straight;
     Color clearColor_;
     CairoSurface surface_;

@@ -65,18 +65,62 @@ struct Pen {
     const HatchBrush* brush = nullptr;  // when set, the pen paints with it instead of `color`
 };
 
-/// Image attributes of a draw: an optional colour key. Source samples whose red, green and
-/// blue all lie within the inclusive ranges of `keyLow` to `keyHigh` become transparent.
+/// Where a new transform goes relative to the current one: applied before it (prepended,
+/// the default) or after it.
+enum class MatrixOrder { Prepend = 0, Append = 1 };
+
+/// An affine map of row vectors: x' = x m11 + y m21 + dx, y' = x m12 + y m22 + dy.
+struct Matrix {
+    double m11 = 1.0;
+    double m12 = 0.0;
+    double m21 = 0.0;
+    double m22 = 1.0;
+    double dx = 0.0;
+    double dy = 0.0;
+
+    PointF apply(PointF p) const
+    {
+        return {float(p.X * m11 + p.Y * m21 + dx), float(p.X * m12 + p.Y * m22 + dy)};
+    }
+    /// `first`, then `then`.
+    static Matrix product(const Matrix& first, const Matrix& then)
+    {
+        return {first.m11 * then.m11 + first.m12 * then.m21,
+                first.m11 * then.m12 + first.m12 * then.m22,
+                first.m21 * then.m11 + first.m22 * then.m21,
+                first.m21 * then.m12 + first.m22 * then.m22,
+                first.dx * then.m11 + first.dy * then.m21 + then.dx,
+                first.dx * then.m12 + first.dy * then.m22 + then.dy};
+    }
+    /// True when the map only scales and moves: axes stay axes.
+    bool axisAligned() const { return m12 == 0.0 && m21 == 0.0; }
+};
+
+/// A 5 by 5 colour matrix over row vectors (red, green, blue, alpha, 1) of values 0 to 1.
+struct ColorMatrix {
+    float m[5][5] = {{1, 0, 0, 0, 0}, {0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 1}};
+};
+
+/// Image attributes of a draw: an optional colour key and an optional colour matrix.
+/// Source samples whose red, green and blue all lie within the inclusive ranges of
+/// `keyLow` to `keyHigh` become transparent; the colour matrix then maps the colours.
 struct ImageAttributes {
     bool colorKeyEnabled = false;
     Color keyLow;
     Color keyHigh;
+    bool colorMatrixEnabled = false;
+    ColorMatrix colorMatrix;
 
     void SetColorKey(Color low, Color high)
     {
         colorKeyEnabled = true;
         keyLow = low;
         keyHigh = high;
+    }
+    void SetColorMatrix(const ColorMatrix& matrix)
+    {
+        colorMatrixEnabled = true;
+        colorMatrix = matrix;
     }
 };
 

@@ -97,6 +97,7 @@ private:
     friend class DXSurface;
     SurfaceLock(std::shared_ptr<DXSurface> surface, const Bounds& bounds, bool writable);
     bool coversRect(const Bounds& rect) const;
+    bool wholeRows(const DXPACKEDRECTDESC& desc) const;
     uint32_t* row(LONG y) const;
 
     std::shared_ptr<DXSurface> surface_;

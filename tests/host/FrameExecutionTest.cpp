@@ -43,17 +43,6 @@ TEST(FrameExecution, SceneEffectWithoutClientPassesTheFrameThrough)
     EXPECT_EQ(harness.output(), frame);
 }
 
-TEST(FrameExecution, VectorAnimationWithoutItsObjectPassesTheFrameThrough)
-{
-    EffectHarness harness(8, 8);
-    const auto frame = gradientFrame(8, 8);
-    harness.setInput(frame);
-    ASSERT_EQ(harness.select(15000), S_OK);
-    EXPECT_EQ(harness.setup(), S_OK);
-    EXPECT_EQ(harness.execute(0.0f), S_OK);
-    EXPECT_EQ(harness.output(), frame);
-}
-
 TEST(FrameExecution, VideoEffectIdWithoutItsObjectLeavesTheOutputUnwritten)
 {
     EffectHarness harness(8, 8);
