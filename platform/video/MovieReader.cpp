@@ -315,7 +315,7 @@ bool MovieReader::seekTo(double seconds)
 {
     const AVStream& stream = *input_->streams[streamIndex_];
     const int64_t start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-    const int64_t target = start + av_rescale_q(int64_t(std::max(0.0, seconds) * AV_TIME_BASE), AV_TIME_BASE_Q, stream.time_base);
+    const int64_t target = start + av_rescale_q(int64_t(std::max(0.0, seconds) * AV_TIME_BASE), AVRational{1, AV_TIME_BASE}, stream.time_base);
     hasShown_ = false;
     aheadReady_ = false;
     if (av_seek_frame(input_.get(), streamIndex_, target, AVSEEK_FLAG_BACKWARD) >= 0) {
