@@ -22,11 +22,11 @@ void ColorKeyFrame(draw2d::Bitmap& bitmap, float, ParamValues params)
         const auto bound = [](uint32_t channel, int64_t offset) {
             return uint32_t(std::clamp<int64_t>(int64_t(channel) + offset, 0, 255));
         };
-        attributes.SetColorKey(
-            draw2d::Color::fromArgb(255, bound(key.red(), -int64_t(tolerance)), bound(key.green(), -int64_t(tolerance)),
-                                    bound(key.blue(), -int64_t(tolerance))),
-            draw2d::Color::fromArgb(255, bound(key.red(), tolerance), bound(key.green(), tolerance),
-                                    bound(key.blue(), tolerance)));
+        attributes.SetColorKey(draw2d::Color::fromArgb(255, bound(key.red(), -int64_t(tolerance)),
+                                                       bound(key.green(), -int64_t(tolerance)),
+                                                       bound(key.blue(), -int64_t(tolerance))),
+                               draw2d::Color::fromArgb(255, bound(key.red(), tolerance), bound(key.green(), tolerance),
+                                                       bound(key.blue(), tolerance)));
     }
     const float W = float(bitmap.width());
     const float H = float(bitmap.height());

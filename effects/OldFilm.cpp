@@ -89,8 +89,8 @@ void flash(Graphics& graphics, ParamValues params, int W, int H)
 {
     const int c = rand() % 100;
     if (c <= params[OldFilmParam::kFlashStrength]) {
-        graphics.fillRectangle(c % 2 == 0 ? Color::fromArgb(50, 255, 255, 255) : Color::fromArgb(50, 0, 0, 0), 0, 0,
-                               W, H);
+        graphics.fillRectangle(c % 2 == 0 ? Color::fromArgb(50, 255, 255, 255) : Color::fromArgb(50, 0, 0, 0), 0, 0, W,
+                               H);
     }
 }
 

@@ -86,10 +86,7 @@ void pan(Bitmap& bitmap, float s, ParamValues params, PanAxis axis)
 
 void ZoomOutFrame(Bitmap& bitmap, float progress, ParamValues params) { zoom(bitmap, progress, params); }
 
-void ZoomInFrame(Bitmap& bitmap, float progress, ParamValues params)
-{
-    zoom(bitmap, float(1.0 - progress), params);
-}
+void ZoomInFrame(Bitmap& bitmap, float progress, ParamValues params) { zoom(bitmap, float(1.0 - progress), params); }
 
 void PanLeftToRightFrame(Bitmap& bitmap, float progress, ParamValues params)
 {

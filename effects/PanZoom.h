@@ -51,8 +51,9 @@ struct FreeMoveParam {
 
 // The rectangle picker of the dialog keeps every side inside the picture: 0 to 1000.
 inline constexpr std::array<ParamDescriptor, 4> kZoomParams{{
-    {RectangleParam::kLeft, "left", "Left side of the region that fills the frame when zoomed in, in thousandths of the width",
-     100, 0, 1000, ParamKind::RectangleSide, "Gauche :"},
+    {RectangleParam::kLeft, "left",
+     "Left side of the region that fills the frame when zoomed in, in thousandths of the width", 100, 0, 1000,
+     ParamKind::RectangleSide, "Gauche :"},
     {RectangleParam::kTop, "top", "Top side of that region, in thousandths of the height", 100, 0, 1000,
      ParamKind::RectangleSide, "Haut :"},
     {RectangleParam::kRight, "right", "Right side of that region, in thousandths of the width", 900, 0, 1000,
@@ -67,8 +68,8 @@ inline constexpr std::array<ParamDescriptor, 4> kPanParams{{
      "left edge",
      250, 0, 1000, ParamKind::RectangleSide, "Gauche :"},
     {RectangleParam::kTop, "top",
-     "Top side of that region, in thousandths of the height; a horizontal pan keeps it on the top edge", 250,
-     0, 1000, ParamKind::RectangleSide, "Haut :"},
+     "Top side of that region, in thousandths of the height; a horizontal pan keeps it on the top edge", 250, 0, 1000,
+     ParamKind::RectangleSide, "Haut :"},
     {RectangleParam::kRight, "right", "Right side of that region, in thousandths of the width", 750, 0, 1000,
      ParamKind::RectangleSide, "Droite :"},
     {RectangleParam::kBottom, "bottom", "Bottom side of that region, in thousandths of the height", 750, 0, 1000,
@@ -76,16 +77,16 @@ inline constexpr std::array<ParamDescriptor, 4> kPanParams{{
 }};
 
 inline constexpr std::array<ParamDescriptor, 8> kFreeMoveParams{{
-    {FreeMoveParam::kSourceLeft, "source left", "Left side of the view at the start, in thousandths of the width", 0,
-     0, 1000, ParamKind::RectangleSide},
+    {FreeMoveParam::kSourceLeft, "source left", "Left side of the view at the start, in thousandths of the width", 0, 0,
+     1000, ParamKind::RectangleSide},
     {FreeMoveParam::kSourceTop, "source top", "Top side of the view at the start, in thousandths of the height", 0, 0,
      1000, ParamKind::RectangleSide},
     {FreeMoveParam::kSourceRight, "source right", "Right side of the view at the start, in thousandths of the width",
      500, 0, 1000, ParamKind::RectangleSide},
     {FreeMoveParam::kSourceBottom, "source bottom",
      "Bottom side of the view at the start, in thousandths of the height", 500, 0, 1000, ParamKind::RectangleSide},
-    {FreeMoveParam::kDestinationLeft, "destination left", "Left side of the view at the end, in thousandths of the width",
-     500, 0, 1000, ParamKind::RectangleSide},
+    {FreeMoveParam::kDestinationLeft, "destination left",
+     "Left side of the view at the end, in thousandths of the width", 500, 0, 1000, ParamKind::RectangleSide},
     {FreeMoveParam::kDestinationTop, "destination top", "Top side of the view at the end, in thousandths of the height",
      500, 0, 1000, ParamKind::RectangleSide},
     {FreeMoveParam::kDestinationRight, "destination right",

@@ -28,12 +28,11 @@ int nextHole(int r, int hole, int lastMove, int columns, int rows)
     const int vertical = topRow ? hole + columns : hole - columns;
     const int horizontal = lastColumn ? hole - 1 : hole + 1;
     switch (r) {
-    case 0:
-        return firstColumn ? (lastMove == kLeft ? vertical : hole + 1) : (lastMove == kRight ? vertical : hole - 1);
-    case 1:
-        return lastColumn ? (lastMove == kRight ? vertical : hole - 1) : (lastMove == kLeft ? vertical : hole + 1);
+    case 0: return firstColumn ? (lastMove == kLeft ? vertical : hole + 1) : (lastMove == kRight ? vertical : hole - 1);
+    case 1: return lastColumn ? (lastMove == kRight ? vertical : hole - 1) : (lastMove == kLeft ? vertical : hole + 1);
     case 2:
-        return topRow ? (lastMove == kUp ? horizontal : hole + columns) : (lastMove == kDown ? horizontal : hole - columns);
+        return topRow ? (lastMove == kUp ? horizontal : hole + columns)
+                      : (lastMove == kDown ? horizontal : hole - columns);
     default:
         return bottomRow ? (lastMove == kDown ? horizontal : hole - columns)
                          : (lastMove == kUp ? horizontal : hole + columns);

@@ -17,8 +17,7 @@ public:
         // The count saturates for sizes no frame has, which the effects then refuse.
         : pixelCount(LONG(std::clamp<int64_t>(int64_t(frameWidth) * frameHeight, 0, INT32_MAX))), height(frameHeight),
           width(frameWidth)
-    {
-    }
+    {}
     virtual ~CVideoEffect() = default;
     CVideoEffect(const CVideoEffect&) = delete;
     CVideoEffect& operator=(const CVideoEffect&) = delete;

@@ -43,7 +43,10 @@ HRESULT getField(const T& field, T* out)
 
 }  // namespace
 
-com::ComPtr<CQXDynamicEffect> CQXDynamicEffect::Create() { return com::ComPtr<CQXDynamicEffect>(new CQXDynamicEffect()); }
+com::ComPtr<CQXDynamicEffect> CQXDynamicEffect::Create()
+{
+    return com::ComPtr<CQXDynamicEffect>(new CQXDynamicEffect());
+}
 
 // One input required and at most one; a morphing effect.
 CQXDynamicEffect::CQXDynamicEffect() : CDXBaseNTo1(1, 1, transform::DXTET_MORPH) {}

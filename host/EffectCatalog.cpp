@@ -25,31 +25,11 @@ constexpr EffectDescriptor kVectorAnimationEffect{.id = effect_id::kVectorAnimat
 
 // Not in id order on purpose: hosts store ids, and "Film ancien 2" (2000) sits at index 10.
 constinit const std::array<EffectDescriptor, kEffectTableSize> EffectTable{{
-    kZoomOutEffect,
-    kZoomInEffect,
-    kPanLeftToRightEffect,
-    kPanRightToLeftEffect,
-    kPanTopToBottomEffect,
-    kPanBottomToTopEffect,
-    kFreeMoveEffect,
-    kFadeInEffect,
-    kFadeOutEffect,
-    kOldFilmEffect,
-    kOldFilm2Effect,
-    kSpectrumEffect,
-    kColorizeEffect,
-    kSaturationUpEffect,
-    kSaturationDownEffect,
-    kPuzzleEffect,
-    kWaterDropsEffect,
-    kColorKeyEffect,
-    kMove3DEffect,
-    kCubeEffect,
-    kParticles3DEffect,
-    kScene3DEffect,
-    kAnimation3DEffect,
-    kVectorAnimationEffect,
-    kExternalFilterEffect,
+    kZoomOutEffect,        kZoomInEffect,     kPanLeftToRightEffect, kPanRightToLeftEffect,  kPanTopToBottomEffect,
+    kPanBottomToTopEffect, kFreeMoveEffect,   kFadeInEffect,         kFadeOutEffect,         kOldFilmEffect,
+    kOldFilm2Effect,       kSpectrumEffect,   kColorizeEffect,       kSaturationUpEffect,    kSaturationDownEffect,
+    kPuzzleEffect,         kWaterDropsEffect, kColorKeyEffect,       kMove3DEffect,          kCubeEffect,
+    kParticles3DEffect,    kScene3DEffect,    kAnimation3DEffect,    kVectorAnimationEffect, kExternalFilterEffect,
 }};
 
 constinit const std::array<CategoryDescriptor, kCategoryTableSize> CategoryTable{{

@@ -35,8 +35,7 @@ HRESULT PassThroughRunner::run(FrameWork& work)
 
 VideoEffectRunner::VideoEffectRunner(std::unique_ptr<CVideoEffect> effect, LONG width, LONG height)
     : effect_(std::move(effect)), width_(width), height_(height)
-{
-}
+{}
 
 VideoEffectRunner::~VideoEffectRunner() = default;
 
@@ -54,8 +53,7 @@ HRESULT VideoEffectRunner::run(FrameWork& work)
 
 SceneClientRunner::SceneClientRunner(std::unique_ptr<C4DTransform> client, LONG width, LONG height)
     : client_(std::move(client)), width_(width), height_(height)
-{
-}
+{}
 
 SceneClientRunner::~SceneClientRunner() = default;
 
@@ -76,8 +74,7 @@ HRESULT SceneClientRunner::run(FrameWork& work)
 
 FlashAnimationRunner::FlashAnimationRunner(std::unique_ptr<CSwfRenderer> animation, LONG width, LONG height)
     : animation_(std::move(animation)), width_(width), height_(height)
-{
-}
+{}
 
 FlashAnimationRunner::~FlashAnimationRunner() = default;
 
@@ -114,7 +111,7 @@ HRESULT ImageRoutineRunner::run(FrameWork& work)
     const size_t bytes = size_t(width) * size_t(height) * sizeof(uint32_t);
     const auto* bits = reinterpret_cast<const uint8_t*>(work.frame.get());
     if (handle.loadDib(imaging::frameDibHeader(width, height), {bits, bytes}) != 1) return E_FAIL;
-    work.frame.reset();  // the handle has its own copy
+    work.frame.reset();                                           // the handle has its own copy
     routine_->apply(handle, double(work.progress), work.params);  // the routine's status is not used
     // The DIB block's rows, in its memory order, are the frame's rows: they are packed
     // straight from the handle, without making the block.

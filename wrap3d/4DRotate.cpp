@@ -18,12 +18,10 @@ float Radians(double degrees) { return float(degrees * double(float(std::numbers
 
 LONG C4DObjectMotion::InitMotion(const char16_t* sceneFile, const qx4d::Float3& scale)
 {
-    if (!InitPlayer(std::make_unique<wrap3d::Effect3D>(), sceneFile))
-        return 0;
+    if (!InitPlayer(std::make_unique<wrap3d::Effect3D>(), sceneFile)) return 0;
     qx4d::Scene& scene = player->scene;
     // A scene without an object to move or a camera to see it has nothing to play.
-    if (scene.objectInstances.empty() || scene.cameras.empty())
-        return 0;
+    if (scene.objectInstances.empty() || scene.cameras.empty()) return 0;
     entity = scene.objectInstances.front();
     entity->scale = scale;
     qx4d::Camera& camera = *scene.cameras.front();
@@ -53,17 +51,14 @@ void C4DRotate::GetDefaults(LONG* Params, LONG* nParams) { WriteDefaults(kMove3D
 
 void C4DRotate::Draw()
 {
-    if (!player || !entity)
-        return;
+    if (!player || !entity) return;
     // Rotations A, B, C, then the position X, Y, Z.
     constexpr int kStarts[6] = {Move3DParam::kHorizontalRotationStart, Move3DParam::kVerticalRotationStart,
                                 Move3DParam::kZRotationStart,          Move3DParam::kHorizontalPositionStart,
                                 Move3DParam::kVerticalPositionStart,   Move3DParam::kDepthStart};
-    for (size_t i = 0; i < 6; ++i)
-        current[i] = Interpolate(kStarts[i]);
+    for (size_t i = 0; i < 6; ++i) current[i] = Interpolate(kStarts[i]);
     // Positions come in hundredths of a scene unit.
-    for (size_t i = 3; i < 6; ++i)
-        current[i] = float(double(current[i]) / 100.0);
+    for (size_t i = 3; i < 6; ++i) current[i] = float(double(current[i]) / 100.0);
     entity->position = {current[3], current[4], -current[5]};
     TurnAndRender(current[0], current[1], current[2]);
 }
@@ -74,11 +69,9 @@ void C4DCube::GetDefaults(LONG* Params, LONG* nParams) { WriteDefaults(kCubePara
 
 void C4DCube::Draw()
 {
-    if (!player || !entity)
-        return;
+    if (!player || !entity) return;
     constexpr int kStarts[3] = {CubeParam::kRotationXStart, CubeParam::kRotationYStart, CubeParam::kRotationZStart};
-    for (size_t i = 0; i < 3; ++i)
-        current[i] = Interpolate(kStarts[i]);
+    for (size_t i = 0; i < 3; ++i) current[i] = Interpolate(kStarts[i]);
     // The cube goes away for the first half of the effect and comes back for the second.
     const double t = progress < 0.5f ? double(progress) : 1.0 - double(progress);
     current[3] = float(-3.0 - 2.0 * t * double(params[CubeParam::kDepth]));

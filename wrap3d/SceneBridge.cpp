@@ -38,19 +38,16 @@ std::unique_ptr<C4DTransform> MakeClient(LONG id)
 
 std::unique_ptr<C4DTransform> CreateClient(LONG id, LONG width, LONG height)
 {
-    if (!EnsureContext())
-        return nullptr;
+    if (!EnsureContext()) return nullptr;
     std::unique_ptr<C4DTransform> client = MakeClient(id);
-    if (client)
-        client->SetSize(width, height);
+    if (client) client->SetSize(width, height);
     return client;
 }
 
 float GetSceneDuration(std::u16string_view path)
 {
     const C4DTransform probe;  // making a client is what starts the context
-    if (!IsContextReady())
-        return 1.0f;
+    if (!IsContextReady()) return 1.0f;
     std::lock_guard guard(C4DContext::Instance()->Lock());
     return qx4d::GetDuration(qx4d::String(path));
 }
@@ -58,12 +55,10 @@ float GetSceneDuration(std::u16string_view path)
 LONG GetSceneImagesCount(std::u16string_view path)
 {
     qx4d::TextReader reader;
-    if (!reader.Open(u"SCENES:" + std::u16string(path)))
-        return 0;
+    if (!reader.Open(u"SCENES:" + std::u16string(path))) return 0;
     qx4d::String key;
     while (reader.NextToken(key, true)) {
-        if (key == u"Composition")
-            return reader.NextToken(true) ? reader.ToInt() : 0;
+        if (key == u"Composition") return reader.NextToken(true) ? reader.ToInt() : 0;
         reader.SkipLine();
     }
     return -1;

@@ -63,8 +63,8 @@ inline constexpr std::array<ParamDescriptor, 7> kCubeParams{{
      ParamKind::Integer, "Z :"},
     {CubeParam::kRotationZEnd, "z end", "Rotation of the Z row at the end, in degrees", 360, -3600, 3600,
      ParamKind::Integer, "Z :"},
-    {CubeParam::kDepth, "depth", "How far the cube moves away from the camera at mid-span and back, in scene units", 10, 0,
-     40, ParamKind::Integer, "Profondeur du déplacement"},
+    {CubeParam::kDepth, "depth", "How far the cube moves away from the camera at mid-span and back, in scene units", 10,
+     0, 40, ParamKind::Integer, "Profondeur du déplacement"},
 }};
 
 inline constexpr std::array<ParamDescriptor, 12> kMove3DParams{{
@@ -74,8 +74,8 @@ inline constexpr std::array<ParamDescriptor, 12> kMove3DParams{{
      -3600, 3600, ParamKind::Integer, "Rotation horizontale :"},
     {Move3DParam::kVerticalRotationStart, "vertical rotation start", "Vertical rotation at the start, in degrees", 0,
      -3600, 3600, ParamKind::Integer, "Rotation verticale :"},
-    {Move3DParam::kVerticalRotationEnd, "vertical rotation end", "Vertical rotation at the end, in degrees", 360,
-     -3600, 3600, ParamKind::Integer, "Rotation verticale :"},
+    {Move3DParam::kVerticalRotationEnd, "vertical rotation end", "Vertical rotation at the end, in degrees", 360, -3600,
+     3600, ParamKind::Integer, "Rotation verticale :"},
     {Move3DParam::kZRotationStart, "z rotation start", "Rotation about the axis of view at the start, in degrees", 0,
      -3600, 3600, ParamKind::Integer, "Rotation Z :"},
     {Move3DParam::kZRotationEnd, "z rotation end", "Rotation about the axis of view at the end, in degrees", 0, -3600,
@@ -89,20 +89,24 @@ inline constexpr std::array<ParamDescriptor, 12> kMove3DParams{{
     {Move3DParam::kVerticalPositionStart, "vertical position start",
      "Vertical position at the start, in hundredths of a unit", 0, -800, 800, ParamKind::Integer,
      "Position vérticale :"},
-    {Move3DParam::kVerticalPositionEnd, "vertical position end", "Vertical position at the end, in hundredths of a unit",
-     0, -800, 800, ParamKind::Integer, "Position vérticale :"},
-    {Move3DParam::kDepthStart, "depth start", "Depth at the start, in hundredths of a unit", -400,
-     -2500, 0, ParamKind::Integer, "Profondeur :"},
+    {Move3DParam::kVerticalPositionEnd, "vertical position end",
+     "Vertical position at the end, in hundredths of a unit", 0, -800, 800, ParamKind::Integer, "Position vérticale :"},
+    {Move3DParam::kDepthStart, "depth start", "Depth at the start, in hundredths of a unit", -400, -2500, 0,
+     ParamKind::Integer, "Profondeur :"},
     {Move3DParam::kDepthEnd, "depth end", "Depth at the end, in hundredths of a unit", -200, -2500, 0,
      ParamKind::Integer, "Profondeur :"},
 }};
 
-inline constexpr EffectDescriptor kMove3DEffect{
-    .id = effect_id::kMove3D, .nameStringId = 115, .hasDialog = 1, .category = category_id::kAdvanced,
-    .params = kMove3DParams};
-inline constexpr EffectDescriptor kCubeEffect{
-    .id = effect_id::kCube, .nameStringId = 116, .hasDialog = 1, .category = category_id::kAdvanced,
-    .params = kCubeParams};
+inline constexpr EffectDescriptor kMove3DEffect{.id = effect_id::kMove3D,
+                                                .nameStringId = 115,
+                                                .hasDialog = 1,
+                                                .category = category_id::kAdvanced,
+                                                .params = kMove3DParams};
+inline constexpr EffectDescriptor kCubeEffect{.id = effect_id::kCube,
+                                              .nameStringId = 116,
+                                              .hasDialog = 1,
+                                              .category = category_id::kAdvanced,
+                                              .params = kCubeParams};
 inline constexpr EffectDescriptor kParticles3DEffect{.id = effect_id::kParticles3D,
                                                      .category = category_id::kParticles};
 inline constexpr EffectDescriptor kScene3DEffect{.id = effect_id::kScene3D, .category = category_id::kAdvanced};

@@ -15,7 +15,8 @@ std::string categoryName(CQXDynamicEffect& host, LONG categoryId)
     for (LONG i = 0; i < count; ++i) {
         LONG id = -1;
         Bstr name;
-        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId && host.GetCategoryString(i, name.out()) == S_OK) {
+        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId &&
+            host.GetCategoryString(i, name.out()) == S_OK) {
             return os::toUtf8(name.view());
         }
     }

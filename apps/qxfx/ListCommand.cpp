@@ -58,8 +58,8 @@ void printParams(ParamTable params)
 
 void printTable(const std::vector<CatalogueEntry>& entries)
 {
-    std::printf("%-5s %-6s %s %s %-6s %s\n", "index", "id", padded("name", 32).c_str(),
-                padded("category", 14).c_str(), "dialog", "defaults");
+    std::printf("%-5s %-6s %s %s %-6s %s\n", "index", "id", padded("name", 32).c_str(), padded("category", 14).c_str(),
+                "dialog", "defaults");
     for (const auto& e : entries) {
         std::printf("%-5d %-6d %s %s %-6s %s\n", e.index, e.id, padded(e.name.empty() ? "-" : e.name, 32).c_str(),
                     padded(e.categoryName, 14).c_str(), e.hasDialog ? "yes" : "no", e.defaults.c_str());
@@ -86,11 +86,12 @@ void printJson(const std::vector<CatalogueEntry>& entries)
     std::printf("[\n");
     for (size_t i = 0; i < entries.size(); ++i) {
         const auto& e = entries[i];
-        std::printf("  {\"index\": %d, \"id\": %d, \"name\": %s, \"category\": %d, \"categoryName\": %s, "
-                    "\"hasDialog\": %s, \"defaults\": %s, \"params\": %s}%s\n",
-                    e.index, e.id, jsonString(e.name).c_str(), e.category, jsonString(e.categoryName).c_str(),
-                    e.hasDialog ? "true" : "false", jsonString(e.defaults).c_str(), jsonParams(e.params).c_str(),
-                    i + 1 < entries.size() ? "," : "");
+        std::printf(
+            "  {\"index\": %d, \"id\": %d, \"name\": %s, \"category\": %d, \"categoryName\": %s, "
+            "\"hasDialog\": %s, \"defaults\": %s, \"params\": %s}%s\n",
+            e.index, e.id, jsonString(e.name).c_str(), e.category, jsonString(e.categoryName).c_str(),
+            e.hasDialog ? "true" : "false", jsonString(e.defaults).c_str(), jsonParams(e.params).c_str(),
+            i + 1 < entries.size() ? "," : "");
     }
     std::printf("]\n");
 }

@@ -18,7 +18,7 @@ struct EffectSettings {
     /// The parameter text; none means the effect's default list.
     std::optional<std::string> params;
     std::string source;
-    std::string dataPath;  // empty: the host's data path is left unset
+    std::string dataPath;          // empty: the host's data path is left unset
     double durationSeconds = 0.0;  // the effect's span; 0 leaves the host's value
     float fps = 25.0f;
     float aspectRatio = 0.0f;  // 0 lets the effect take the ratio of the frame

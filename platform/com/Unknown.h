@@ -67,7 +67,10 @@ template <typename T>
 class ComPtr {
 public:
     ComPtr() = default;
-    ComPtr(T* p) : p_(p) { if (p_) p_->AddRef(); }
+    ComPtr(T* p) : p_(p)
+    {
+        if (p_) p_->AddRef();
+    }
     ComPtr(const ComPtr& other) : ComPtr(other.p_) {}
     ComPtr(ComPtr&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
     ComPtr& operator=(ComPtr other) noexcept

@@ -69,8 +69,7 @@ public:
     HRESULT CreateOffscreenPlainSurface(UINT width, UINT height, D3DFORMAT format, D3DPOOL pool,
                                         std::shared_ptr<Surface>* surface);
     /// `elements` ends with D3DDECL_END; at most 64 records are read.
-    HRESULT CreateVertexDeclaration(const D3DVERTEXELEMENT9* elements,
-                                    std::shared_ptr<VertexDeclaration>* declaration);
+    HRESULT CreateVertexDeclaration(const D3DVERTEXELEMENT9* elements, std::shared_ptr<VertexDeclaration>* declaration);
     HRESULT CreateQuery(D3DQUERYTYPE type, std::shared_ptr<Query>* query);
 
     // States.

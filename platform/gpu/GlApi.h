@@ -18,8 +18,7 @@ static_assert(std::is_same_v<GLuint, uint32_t> && std::is_same_v<GLint, int32_t>
 /// Forgets earlier OpenGL errors, so that the next glGetError speaks of what follows.
 inline void drainGlErrors()
 {
-    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
-    }
+    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {}
 }
 
 /// Makes a new object of the kind with glCreate* (the context must be current).

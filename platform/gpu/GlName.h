@@ -15,7 +15,8 @@ class GlName {
 public:
     GlName() = default;
     GlName(std::shared_ptr<Context> context, GlKind kind, uint32_t name)
-        : context_(std::move(context)), kind_(kind), name_(name) {}
+        : context_(std::move(context)), kind_(kind), name_(name)
+    {}
     ~GlName() { reset(); }
     GlName(GlName&& other) noexcept { *this = std::move(other); }
     GlName& operator=(GlName&& other) noexcept

@@ -99,8 +99,7 @@ public:
 protected:
     CDXBaseNTo1(ULONG requiredInputs, ULONG maxInputs, LONG capabilities)
         : DXTransformCore(requiredInputs, maxInputs, capabilities)
-    {
-    }
+    {}
 };
 
 }  // namespace qx::transform

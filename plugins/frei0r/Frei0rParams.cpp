@@ -117,22 +117,16 @@ std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& valu
 }  // namespace
 
 const PluginKind kGenericPlugin = {
-    "qxfx",
-    "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
-    kGenericParams,
-    kProgress,
-    kDuration,
-    kMilliseconds,
+    "qxfx",          "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
+    kGenericParams,  kProgress,
+    kDuration,       kMilliseconds,
     genericSettings,
 };
 
 const PluginKind kRectanglePlugin = {
-    "qxfx-rect",
-    "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
-    kRectParams,
-    kRectProgress,
-    kRectDuration,
-    kRectMilliseconds,
+    "qxfx-rect",       "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
+    kRectParams,       kRectProgress,
+    kRectDuration,     kRectMilliseconds,
     rectangleSettings,
 };
 

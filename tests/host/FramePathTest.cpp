@@ -106,7 +106,7 @@ TEST_F(FramePath, RoutinesRenderAPartOfTheFrame)
     const transform::Bounds half{0, 0, W / 2, H};
     ASSERT_EQ(harness.effect().Execute(nullptr, &half, nullptr), S_OK);
     const auto output = harness.output();
-    EXPECT_EQ(output[0], 0xFFFF0000u);        // red covers the left half
+    EXPECT_EQ(output[0], 0xFFFF0000u);          // red covers the left half
     EXPECT_EQ(output[size_t(W - 1)], kMarker);  // the right half is not touched
 }
 

@@ -26,21 +26,21 @@ struct CatalogueRow {
 
 // In table order: the index is the position.
 const CatalogueRow kCatalogue[] = {
-    {0, 101, Routine::Frame, 1, 0},      {1, 102, Routine::Frame, 1, 0},     {2, 103, Routine::Frame, 1, 0},
-    {3, 104, Routine::Frame, 1, 0},      {4, 105, Routine::Frame, 1, 0},     {5, 106, Routine::Frame, 1, 0},
-    {6, 107, Routine::Frame, 1, 0},      {7, 108, Routine::Frame, 1, 0},     {8, 109, Routine::Frame, 1, 0},
-    {9, 110, Routine::Image, 1, 1},      {2000, 114, Routine::VideoEffect, 0, 1},
-    {10, 111, Routine::Image, 0, 1},     {11, 112, Routine::Image, 0, 1},    {13, 125, Routine::Image, 0, 1},
-    {14, 126, Routine::Image, 0, 1},     {12, 113, Routine::Frame, 0, 1},    {2001, 118, Routine::VideoEffect, 1, 1},
-    {15, 0, Routine::Frame, 0, 1},       {5002, 115, Routine::None, 1, 1},   {5000, 116, Routine::None, 1, 1},
-    {5003, 0, Routine::None, 0, 2},      {5004, 0, Routine::None, 0, 1},     {5005, 0, Routine::None, 0, 3},
-    {15000, 0, Routine::None, 0, 4},     {10000, 0, Routine::Image, 0, 1},
+    {0, 101, Routine::Frame, 1, 0},   {1, 102, Routine::Frame, 1, 0},          {2, 103, Routine::Frame, 1, 0},
+    {3, 104, Routine::Frame, 1, 0},   {4, 105, Routine::Frame, 1, 0},          {5, 106, Routine::Frame, 1, 0},
+    {6, 107, Routine::Frame, 1, 0},   {7, 108, Routine::Frame, 1, 0},          {8, 109, Routine::Frame, 1, 0},
+    {9, 110, Routine::Image, 1, 1},   {2000, 114, Routine::VideoEffect, 0, 1}, {10, 111, Routine::Image, 0, 1},
+    {11, 112, Routine::Image, 0, 1},  {13, 125, Routine::Image, 0, 1},         {14, 126, Routine::Image, 0, 1},
+    {12, 113, Routine::Frame, 0, 1},  {2001, 118, Routine::VideoEffect, 1, 1}, {15, 0, Routine::Frame, 0, 1},
+    {5002, 115, Routine::None, 1, 1}, {5000, 116, Routine::None, 1, 1},        {5003, 0, Routine::None, 0, 2},
+    {5004, 0, Routine::None, 0, 1},   {5005, 0, Routine::None, 0, 3},          {15000, 0, Routine::None, 0, 4},
+    {10000, 0, Routine::Image, 0, 1},
 };
 
 Routine routineOf(const EffectDescriptor& effect)
 {
-    const int kinds = int(effect.frameRoutine != nullptr) + int(effect.imageRoutine != nullptr) +
-                      int(effect.videoEffect != nullptr);
+    const int kinds =
+        int(effect.frameRoutine != nullptr) + int(effect.imageRoutine != nullptr) + int(effect.videoEffect != nullptr);
     if (kinds > 1) ADD_FAILURE() << "effect " << effect.id << " has more than one kind of routine";
     if (effect.frameRoutine) return Routine::Frame;
     if (effect.imageRoutine) return Routine::Image;
@@ -69,7 +69,8 @@ TEST(CatalogueTable, ObjectsAreMadeOnlyWhereTheIdRangeSendsFrames)
         const bool sceneRange = effect.id >= effect_id::kSceneFirst && effect.id < effect_id::kSceneEnd;
         EXPECT_EQ(effect.videoEffect != nullptr, videoRange) << "id " << effect.id;
         if (sceneRange || videoRange || effect.id == effect_id::kVectorAnimation) {
-            EXPECT_FALSE(effect.frameRoutine || effect.imageRoutine) << "id " << effect.id << " never reaches a routine";
+            EXPECT_FALSE(effect.frameRoutine || effect.imageRoutine)
+                << "id " << effect.id << " never reaches a routine";
         }
     }
 }
@@ -104,23 +105,40 @@ const std::vector<EffectParams> kParams = {
     {8, "0;", {kColour}},
     {9,
      "20;5;10;30;30;50;20;0;2;",
-     {kPercent, {1, 20, ParamKind::Integer}, {0, 50, ParamKind::Integer}, kPercent, kPercent,
-      {0, 100, ParamKind::Integer}, {2, 64, ParamKind::Integer}, kPercent, {0, 20, ParamKind::Integer}}},
+     {kPercent,
+      {1, 20, ParamKind::Integer},
+      {0, 50, ParamKind::Integer},
+      kPercent,
+      kPercent,
+      {0, 100, ParamKind::Integer},
+      {2, 64, ParamKind::Integer},
+      kPercent,
+      {0, 20, ParamKind::Integer}}},
     {2000, "", {}},
     {10, "", {}},
     {11, "", {}},
     {13, "", {}},
     {14, "", {}},
-    {12, "4;3;12;0;", {{1, 256, ParamKind::Integer}, {1, 256, ParamKind::Integer}, {1, kLongMax, ParamKind::Integer},
-                       kColour}},
+    {12,
+     "4;3;12;0;",
+     {{1, 256, ParamKind::Integer}, {1, 256, ParamKind::Integer}, {1, kLongMax, ParamKind::Integer}, kColour}},
     {2001, "1;", {{1, 10, ParamKind::Integer}}},
     // The colour key reads a colour and a tolerance, -1 in either meaning no key, but its
     // default list is empty: the editor gives both.
     {15, "", {{-1, 0xFFFFFF, ParamKind::Color}, {-1, 255, ParamKind::Integer}}},
     {5002,
      "0;0;0;360;0;0;0;0;0;0;-400;-200;",
-     {kTurn, kTurn, kTurn, kTurn, kTurn, kTurn, {-1000, 1000, ParamKind::Integer}, {-1000, 1000, ParamKind::Integer},
-      {-800, 800, ParamKind::Integer}, {-800, 800, ParamKind::Integer}, {-2500, 0, ParamKind::Integer},
+     {kTurn,
+      kTurn,
+      kTurn,
+      kTurn,
+      kTurn,
+      kTurn,
+      {-1000, 1000, ParamKind::Integer},
+      {-1000, 1000, ParamKind::Integer},
+      {-800, 800, ParamKind::Integer},
+      {-800, 800, ParamKind::Integer},
+      {-2500, 0, ParamKind::Integer},
       {-2500, 0, ParamKind::Integer}}},
     {5000, "0;360;0;360;0;360;10;", {kTurn, kTurn, kTurn, kTurn, kTurn, kTurn, {0, 40, ParamKind::Integer}}},
     {5003, "", {}},
