@@ -1,6 +1,7 @@
 #include "apps/qxfx/Catalogue.h"
 
 #include "host/DynamicEffect.h"
+#include "host/EffectCatalog.h"
 #include "platform/os/WideText.h"
 
 namespace qx::qxfx {
@@ -14,7 +15,8 @@ std::string categoryName(CQXDynamicEffect& host, LONG categoryId)
     for (LONG i = 0; i < count; ++i) {
         LONG id = -1;
         Bstr name;
-        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId && host.GetCategoryString(i, name.out()) == S_OK) {
+        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId &&
+            host.GetCategoryString(i, name.out()) == S_OK) {
             return os::toUtf8(name.view());
         }
     }
@@ -49,6 +51,9 @@ std::vector<CatalogueEntry> readCatalogue()
         LONG valueCount = 0;
         host->GetEffectDefaults(index, values, &valueCount);
         entry.defaults = os::toUtf8(formatParams(std::span(values, size_t(valueCount))));
+        // The host's interface has no member for the meaning of the values: the tables
+        // are read directly.
+        entry.params = EffectTable[size_t(index)].params;
         entries.push_back(std::move(entry));
     }
     return entries;

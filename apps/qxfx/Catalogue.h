@@ -1,5 +1,8 @@
 #pragma once
-// The catalogue as the effect host reports it, gathered for display.
+// The catalogue as the effect host reports it, gathered for display, with the table of
+// each effect's parameters.
+#include "effects/ParamTable.h"
+
 #include <string>
 #include <vector>
 
@@ -13,6 +16,7 @@ struct CatalogueEntry {
     std::string categoryName;
     bool hasDialog = false;
     std::string defaults;  // the parameter text of the defaults
+    ParamTable params;     // what each value of the list means
 };
 
 /// Every row of the effect table, the external filter included, asked of a new host.

@@ -28,8 +28,7 @@ void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source)
     harness.effect().GetEffectDefaults(index, values, &count);
     std::u16string params;
     for (LONG i = 0; i < count; ++i)
-        for (const char c : std::to_string(values[i]) + ";")
-            params.push_back(char16_t(c));
+        for (const char c : std::to_string(values[i]) + ";") params.push_back(char16_t(c));
     harness.select(id, params);
     Bstr path(source);
     harness.effect().put_Source(path.get());

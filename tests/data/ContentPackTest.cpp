@@ -32,8 +32,7 @@ protected:
         parameters.BackBufferFormat = qx::gpu::D3DFMT_A8R8G8B8;
         parameters.EnableAutoDepthStencil = 1;
         parameters.AutoDepthStencilFormat = qx::gpu::D3DFMT_D24X8;
-        if (!device.Create(parameters))
-            GTEST_SKIP() << "no EGL device";
+        if (!device.Create(parameters)) GTEST_SKIP() << "no EGL device";
         renderer = std::make_unique<Renderer>();
     }
     void TearDown() override
@@ -57,8 +56,7 @@ TEST_F(ContentPackTest, EveryEffectFileCompiles)
     MountFolders();
     int count = 0;
     for (const auto& entry : fs::directory_iterator(kPack / "Effects")) {
-        if (entry.path().extension() != ".fx")
-            continue;
+        if (entry.path().extension() != ".fx") continue;
         ++count;
         ResourceHandle effect = renderer->LoadEffect(String(entry.path().filename().u16string()));
         EXPECT_FALSE(effect.IsNull()) << entry.path().filename();
@@ -91,8 +89,7 @@ void ExpectSceneLoads(Renderer& renderer, const PackScene& packScene)
     EXPECT_FALSE(scene.cameras.empty());
     EXPECT_FALSE(scene.objectInstances.empty());
     EXPECT_GT(scene.endTime, scene.startTime);
-    for (const ObjectInstance* instance : scene.objectInstances)
-        EXPECT_FALSE(instance->object->items.empty());
+    for (const ObjectInstance* instance : scene.objectInstances) EXPECT_FALSE(instance->object->items.empty());
     for (const char16_t* name : packScene.placeholders) {
         ResourceHandle picture = renderer.FindTexture(name);
         EXPECT_FALSE(picture.IsNull()) << std::string(name, name + std::char_traits<char16_t>::length(name));

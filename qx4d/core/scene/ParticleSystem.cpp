@@ -6,8 +6,7 @@ namespace qx4d {
 
 bool ParticleSystem::ReadOwnKey(const String& key, TextReader& reader, Scene& /*scene*/, bool& /*refuse*/)
 {
-    if (key != u"FileName")
-        return false;
+    if (key != u"FileName") return false;
     reader.ReadValue(fileName);
     return true;
 }

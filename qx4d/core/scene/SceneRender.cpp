@@ -60,12 +60,10 @@ ShadingCamera ActiveShadingCamera()
 
 bool Scene::IsQueued(const ObjectInstance& instance, const ShadingCamera& camera) const
 {
-    if (!instance.IsVisible())
-        return false;
+    if (!instance.IsVisible()) return false;
     const Float3 at = Translation(instance.matrix);
     float d = 0.0f;
-    for (int c = 0; c < 3; ++c)
-        d += (at[c] - camera.position[c]) * (at[c] - camera.position[c]);
+    for (int c = 0; c < 3; ++c) d += (at[c] - camera.position[c]) * (at[c] - camera.position[c]);
     return d < kFarthestSquared;
 }
 
@@ -78,16 +76,14 @@ void Scene::RenderShadows(gpu::Device& device, Renderer& renderer, const Shading
     for (Light* light : lights) {
         const Texture* map = renderer.GetTexture(light->shadowTarget);
         const DepthStencilSurface* depth = renderer.GetDepthStencil(light->shadowDepth);
-        if (!light->castShadows || !map || !map->surface || !depth)
-            continue;
+        if (!light->castShadows || !map || !map->surface || !depth) continue;
         device.SetRenderTarget(0, map->surface);
         device.SetDepthStencilSurface(depth->surface);
         device.Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, 0xFF0000FFu, 1.0f, 0);
         const Matrix4x4 shadowMatrix = light->ShadowMatrix();
         device.SetVertexShaderConstantF(0, shadowMatrix.data(), 4);
         for (ObjectInstance* instance : objectInstances) {
-            if (!IsQueued(*instance, camera))
-                continue;
+            if (!IsQueued(*instance, camera)) continue;
             instance->EvaluateRecords(time);
             for (const DrawRecord& record : instance->records) {
                 const ProfileEvent event(0xFF000000u, "RenderShadowMap(" + NarrowName(instance->name) + ")");
@@ -136,14 +132,11 @@ void Scene::RenderFogColor(Renderer& renderer) const
 void Scene::RenderObjects(const ShadingCamera& camera)
 {
     RenderQueue* queue = RenderQueue::Instance();
-    if (!queue)
-        return;
+    if (!queue) return;
     for (ObjectInstance* instance : objectInstances) {
-        if (!IsQueued(*instance, camera))
-            continue;
+        if (!IsQueued(*instance, camera)) continue;
         instance->EvaluateRecords(time);
-        for (const DrawRecord& record : instance->records)
-            queue->Add(record);
+        for (const DrawRecord& record : instance->records) queue->Add(record);
     }
     const ProfileEvent objectsEvent(0xFF000000u, "Render Objects");
     {
@@ -178,11 +171,9 @@ void Scene::Render()
 {
     Renderer* renderer = Renderer::Instance();
     gpu::Device* device = CurrentDevice();
-    if (!renderer || !device)
-        return;
+    if (!renderer || !device) return;
     const ShadingCamera camera = ActiveShadingCamera();
-    if (flags & kSomeLightCastsShadows)
-        RenderShadows(*device, *renderer, camera);
+    if (flags & kSomeLightCastsShadows) RenderShadows(*device, *renderer, camera);
     RenderBackdrop(*device, *renderer);
     RenderFogColor(*renderer);
     RenderObjects(camera);
