@@ -1,5 +1,6 @@
 #include "apps/qxfx/Catalogue.h"
 
+#include "apps/session/ContentPack.h"
 #include "host/DynamicEffect.h"
 #include "host/EffectCatalog.h"
 #include "platform/os/WideText.h"
@@ -51,6 +52,8 @@ std::vector<CatalogueEntry> readCatalogue()
         LONG valueCount = 0;
         host->GetEffectDefaults(index, values, &valueCount);
         entry.defaults = os::toUtf8(formatParams(std::span(values, size_t(valueCount))));
+        entry.needsPack = needsPack(id);
+        entry.source = packSource(id);
         // The host's interface has no member for the meaning of the values: the tables
         // are read directly.
         entry.params = EffectTable[size_t(index)].params;

@@ -3,11 +3,11 @@
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/Catalogue.h"
 #include "apps/qxfx/ContactSheet.h"
-#include "apps/qxfx/DataPack.h"
 #include "apps/qxfx/FrameCanvas.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoWriter.h"
+#include "apps/session/ContentPack.h"
 #include "apps/session/EffectSession.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ struct DemoOptions {
     int width = 320;
     int height = 180;
     long frames = 25;
-    std::string dataPath = defaultDataPath();
+    std::string dataPath = findDataPath("/proc/self/exe");
     int threads = 0;
     bool help = false;
 };
@@ -78,6 +78,7 @@ std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions
     EffectSettings settings;
     settings.effectId = entry.id;
     settings.dataPath = o.dataPath;
+    settings.source = packSource(entry.id);
     settings.fps = kFps;
     settings.durationSeconds = double(o.frames) / kFps;
     EffectSession session(settings, o.width, o.height);

@@ -14,7 +14,8 @@ namespace {
 constexpr const char* kUsage =
     "usage: qxfx list [--json]\n"
     "Prints the catalogue of effects: table index, effect id, name, category, whether\n"
-    "the effect has a property dialog, and its default parameter text; under each\n"
+    "the effect has a property dialog, whether it plays content of the data path (the\n"
+    "content pack: scenes, animations) and its default parameter text; under each\n"
     "effect, the values of its parameter list: slot, name, default, range, kind and\n"
     "meaning.\n"
     "  --json   one JSON array, for scripts\n";
@@ -58,11 +59,13 @@ void printParams(ParamTable params)
 
 void printTable(const std::vector<CatalogueEntry>& entries)
 {
-    std::printf("%-5s %-6s %s %s %-6s %s\n", "index", "id", padded("name", 32).c_str(), padded("category", 14).c_str(),
-                "dialog", "defaults");
+    std::printf("%-5s %-6s %s %s %-6s %-4s %s\n", "index", "id", padded("name", 32).c_str(),
+                padded("category", 14).c_str(), "dialog", "pack", "defaults");
     for (const auto& e : entries) {
-        std::printf("%-5d %-6d %s %s %-6s %s\n", e.index, e.id, padded(e.name.empty() ? "-" : e.name, 32).c_str(),
-                    padded(e.categoryName, 14).c_str(), e.hasDialog ? "yes" : "no", e.defaults.c_str());
+        std::printf("%-5d %-6d %s %s %-6s %-4s %s\n", e.index, e.id, padded(e.name.empty() ? "-" : e.name, 32).c_str(),
+                    padded(e.categoryName, 14).c_str(), e.hasDialog ? "yes" : "no", e.needsPack ? "yes" : "no",
+                    e.defaults.c_str());
+        if (!e.source.empty()) std::printf("      source: %s\n", e.source.c_str());
         printParams(e.params);
     }
 }
@@ -88,10 +91,10 @@ void printJson(const std::vector<CatalogueEntry>& entries)
         const auto& e = entries[i];
         std::printf(
             "  {\"index\": %d, \"id\": %d, \"name\": %s, \"category\": %d, \"categoryName\": %s, "
-            "\"hasDialog\": %s, \"defaults\": %s, \"params\": %s}%s\n",
+            "\"hasDialog\": %s, \"needsPack\": %s, \"source\": %s, \"defaults\": %s, \"params\": %s}%s\n",
             e.index, e.id, jsonString(e.name).c_str(), e.category, jsonString(e.categoryName).c_str(),
-            e.hasDialog ? "true" : "false", jsonString(e.defaults).c_str(), jsonParams(e.params).c_str(),
-            i + 1 < entries.size() ? "," : "");
+            e.hasDialog ? "true" : "false", e.needsPack ? "true" : "false", jsonString(e.source).c_str(),
+            jsonString(e.defaults).c_str(), jsonParams(e.params).c_str(), i + 1 < entries.size() ? "," : "");
     }
     std::printf("]\n");
 }

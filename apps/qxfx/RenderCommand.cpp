@@ -1,11 +1,11 @@
 #include "apps/qxfx/RenderCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
-#include "apps/qxfx/DataPack.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"
 #include "apps/qxfx/VideoWriter.h"
+#include "apps/session/ContentPack.h"
 #include "apps/session/EffectSession.h"
 
 #include <algorithm>
@@ -25,7 +25,8 @@ constexpr const char* kUsage =
     "      --index N        the effect by its table index instead\n"
     "  -p, --params TEXT    parameter text, each value followed by ';' (default: the\n"
     "                       effect's defaults)\n"
-    "      --source PATH    the effect's source (scene or animation file)\n"
+    "      --source PATH    the effect's source (scene or animation file, under the\n"
+    "                       data path); default: the pack's own for 5003 to 5005, 15000\n"
     "      --data PATH      data path of the content pack (default: the built or\n"
     "                       installed pack)\n"
     "  -i, --input PATH     video or image (anything FFmpeg reads); default: test pattern\n"
@@ -100,7 +101,7 @@ void readOption(ArgReader& args, std::string_view option, RenderOptions& o)
 RenderOptions parseOptions(std::span<const std::string_view> arguments)
 {
     RenderOptions options;
-    options.effect.dataPath = defaultDataPath();
+    options.effect.dataPath = findDataPath("/proc/self/exe");
     ArgReader args(arguments);
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
@@ -124,6 +125,7 @@ LONG effectIdOfIndex(long index)
 int render(RenderOptions& o)
 {
     if (o.effectIndex) o.effect.effectId = effectIdOfIndex(*o.effectIndex);
+    if (o.effect.source.empty()) o.effect.source = packSource(o.effect.effectId);
     std::unique_ptr<VideoReader> reader;
     if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, o.threads);
     const int width = reader ? reader->width() : o.width;
