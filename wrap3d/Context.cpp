@@ -20,10 +20,22 @@ std::mutex& PointerGuard()
     return guard;
 }
 
+/// The context that static destruction found still running, kept reachable.
+C4DContext* leftToTheProcess = nullptr;
+
+/// The owner of the process-wide context. DestroyContext tears it down. Static destruction
+/// doesn't: it runs at process exit or while a host unloads the library, under the
+/// loader's lock, and the worker's teardown would wait on that lock forever (its OpenGL
+/// calls resolve their entry points through the loader). The process keeps it then.
+struct ContextOwner {
+    ~ContextOwner() { leftToTheProcess = context.release(); }
+    std::unique_ptr<C4DContext> context;
+};
+
 std::unique_ptr<C4DContext>& TheContext()
 {
-    static std::unique_ptr<C4DContext> context;
-    return context;
+    static ContextOwner owner;
+    return owner.context;
 }
 
 /// Pixel shaders of version 1.3 and up: the encoded version 0xFFFF0103.

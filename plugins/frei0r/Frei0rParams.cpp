@@ -1,7 +1,10 @@
 #include "plugins/frei0r/Frei0rParams.h"
 
+#include "apps/session/ContentPack.h"
 #include "effects/PanZoom.h"
 #include "host/EffectCatalog.h"
+
+#include <dlfcn.h>
 
 #include <algorithm>
 #include <array>
@@ -32,9 +35,20 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
     {"duration", F0R_PARAM_DOUBLE,
      "Span of the effect in thousands of seconds (0.01 = 10 s); above 0 the progress follows the host's time"},
     {"milliseconds", F0R_PARAM_BOOL, "The host's time is in milliseconds (ffmpeg), not seconds (MLT, GStreamer)"},
-    {"source", F0R_PARAM_STRING, "Source file of effects that read one (scenes, animations)"},
-    {"data path", F0R_PARAM_STRING, "Folder of the content pack"},
+    {"source", F0R_PARAM_STRING,
+     "Source file of effects that read one (scenes, animations), under the data path (empty: the pack's own)"},
+    {"data path", F0R_PARAM_STRING,
+     "Folder of the content pack (empty: the pack installed with the plugin, or the build's)"},
 }};
+
+// The pack found from where this plugin lies: installed beside it under the prefix, or
+// the build's.
+std::string pluginDataPath()
+{
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
+    return findDataPath(info.dli_fname);
+}
 
 std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values)
 {
@@ -43,8 +57,8 @@ std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values
     qxfx::EffectSettings settings;
     settings.effectId = *id;
     if (!values.texts[kParams].empty()) settings.params = values.texts[kParams];
-    settings.source = values.texts[kSource];
-    settings.dataPath = values.texts[kDataPath];
+    settings.source = values.texts[kSource].empty() ? packSource(*id) : values.texts[kSource];
+    settings.dataPath = values.texts[kDataPath].empty() ? pluginDataPath() : values.texts[kDataPath];
     settings.durationSeconds = spanSeconds(values.numbers[kDuration]);
     return settings;
 }

@@ -3,6 +3,7 @@
 // pan and zoom effects with their rectangles as parameters), for ffmpeg
 // (-vf frei0r=qxfx:...), GStreamer (frei0r-filter-qxfx) and MLT (frei0r.qxfx).
 #include "plugins/frei0r/Frei0rFilter.h"
+#include "wrap3d/Context.h"
 
 namespace {
 
@@ -22,7 +23,9 @@ extern "C" {
 
 int f0r_init() { return 1; }
 
-void f0r_deinit() {}
+// The host is done with the plugin: the scene context goes now, on this thread, not
+// while the host's loader unloads the module.
+void f0r_deinit() { qx::DestroyContext(); }
 
 void f0r_get_plugin_info(f0r_plugin_info_t* info)
 {

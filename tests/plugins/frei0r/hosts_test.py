@@ -87,6 +87,19 @@ def test_ffmpeg(qxfx, work, clip, expected, source):
     compare("ffmpeg, unknown effect passes through", open(out, "rb").read(), source)
 
 
+def test_ffmpeg_cube(qxfx, work, clip):
+    """The cube (5000) from the pack the plugin finds by itself, as qxfx render plays it."""
+    frames = os.path.join(work, "cube-%02d.png")
+    run([qxfx, "render", "-i", clip, "-e", "5000", "-o", frames])
+    expected = to_raw(frames, os.path.join(work, "cube.raw"))
+    out = os.path.join(work, "ffmpeg-cube.raw")
+    run(["ffmpeg", "-v", "error", "-y", "-i", clip, "-vf", f"frei0r=qxfx:5000||0|{SPAN}|y",
+         "-f", "rawvideo", "-pix_fmt", "bgra", out])
+    if expected == to_raw(clip, os.path.join(work, "clip-again.raw")):
+        sys.exit("qxfx render left the clip unchanged under the cube: the scene context did not start")
+    compare("ffmpeg, the cube", open(out, "rb").read(), expected)
+
+
 def test_gstreamer(work, clip_raw, expected):
     out = os.path.join(work, "gst.raw")
     run(["gst-launch-1.0", "-q", "filesrc", f"location={clip_raw}", "!", "rawvideoparse", f"width={WIDTH}",
@@ -117,6 +130,7 @@ def main():
     clip, expected, source = prepare(qxfx, work)
     if host == "ffmpeg":
         test_ffmpeg(qxfx, work, clip, expected, source)
+        test_ffmpeg_cube(qxfx, work, clip)
     elif host == "gstreamer":
         test_gstreamer(work, os.path.join(work, "clip.raw"), expected)
     elif host == "melt":
