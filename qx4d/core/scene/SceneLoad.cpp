@@ -104,6 +104,7 @@ void Scene::Read(TextReader& reader)
     if ((flags & kSomeLightCastsShadows) && shadowEffect.IsNull())
         if (Renderer* renderer = Renderer::Instance())
             shadowEffect = renderer->LoadEffect(u"ShadowMap.fx");
+    SetUpFilterChain();
 }
 
 template <typename T>
