@@ -6,14 +6,14 @@
 
 namespace qx4d {
 
-/// rand() * 3.051851e-05: about rand / 32767, from 0 to 1.
-inline float UnitRandom() { return float(double(qx::os::rand()) * 3.051851e-05); }
+/// rand() * 3.051851e-05: about rand / 32767, from 0 to 1. It stays in double, as every
+/// value drawn from it is worked out in double and stored to float once.
+inline double UnitRandom() { return double(qx::os::rand()) * 3.051851e-05; }
 
 /// (`max` - `min`) * r + `min`, with a new unit random r.
 inline float Draw(const FloatRange& range)
 {
-    const double r = UnitRandom();
-    return float((double(range.max) - range.min) * r + range.min);
+    return float((double(range.max) - range.min) * UnitRandom() + range.min);
 }
 
 /// One draw an axis, X first.

@@ -44,6 +44,7 @@ bool WriteObjects(const fs::path& objects)
                 && WriteFile(objects / "plane.qxo", WriteObject(TwoSidedPlane(sample1, lit)))
                 && WriteFile(objects / "flag.qxo", WriteObject(WavingFlag(sample1, lit, 32, 24, 30, 12)))
                 && WriteFile(objects / "screen.qxo", WriteObject(TwoSidedPlane("cartes\\sample 2.dds", frameLit)))
+                && WriteFile(objects / "frame.qxo", WriteObject(TwoSidedPlane(sample1, frameLit)))
                 && WriteFile(objects / "transition-cube.qxo", WriteObject(Box(transitionFaces, frameLit)));
     for (int card = 1; card <= 4; ++card) {
         const std::string name = "cartes\\carte " + std::to_string(card) + ".dds";

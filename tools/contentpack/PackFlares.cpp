@@ -65,7 +65,8 @@ Picture Glow(double red, double green, double blue)
 {
     return Draw(kFlareSize, kFlareSize, [=](double x, double y) {
         const double r = std::hypot(x, y);
-        const double level = std::pow(std::max(0.0, 1.0 - r), 2.2) + 0.35 * std::exp(-r * r * 60.0);
+        // A hot core and a wide, faint halo: the quad spans most of the frame.
+        const double level = std::exp(-r * r * 60.0) + 0.22 * std::exp(-r * r * 9.0) + 0.06 * std::pow(std::max(0.0, 1.0 - r), 2.0);
         return Rgba{level * red, level * green, level * blue, 1.0};
     });
 }
@@ -110,13 +111,13 @@ Picture RandomStreaks()
     Noise noise(20240611u);
     std::vector<std::array<double, 3>> rays(48);
     for (auto& ray : rays)
-        ray = {noise.Next() * 2.0 * kPi, 0.4 + 0.6 * noise.Next(), 0.3 + 0.7 * noise.Next()};
+        ray = {noise.Next() * 2.0 * kPi, 0.4 + 0.6 * noise.Next(), 0.1 + 0.35 * noise.Next()};
     return Draw(kFlareSize, kFlareSize, [&](double x, double y) {
         const double r = std::hypot(x, y), angle = std::atan2(y, x);
         double level = 0.0;
         for (const auto& [direction, length, strength] : rays) {
             const double off = std::remainder(angle - direction, 2.0 * kPi);
-            level += strength * std::exp(-off * off * 2500.0) * std::max(0.0, 1.0 - r / length);
+            level += strength * std::exp(-off * off * 4000.0) * std::pow(std::max(0.0, 1.0 - r / length), 2.0);
         }
         return Light(std::min(level, 1.0));
     });
@@ -141,10 +142,10 @@ Picture Star(int rays, bool doubled)
         for (int i = 0; i < count; ++i) {
             const bool shorter = doubled && (i % 2 == 1);
             const double off = std::remainder(angle - 2.0 * kPi * i / count - kPi / 2.0, 2.0 * kPi);
-            const double width = 0.02 + 0.03 * r;
-            level += std::exp(-off * off / (width * width)) * std::max(0.0, 1.0 - r / (shorter ? 0.6 : 1.0));
+            const double width = 0.012 + 0.02 * r;
+            level += 0.8 * std::exp(-off * off / (width * width)) * std::pow(std::max(0.0, 1.0 - r / (shorter ? 0.6 : 1.0)), 2.0);
         }
-        return Light(std::min(1.0, level + 0.5 * std::exp(-r * r * 40.0)));
+        return Light(std::min(1.0, level + 0.3 * std::exp(-r * r * 60.0)));
     });
 }
 

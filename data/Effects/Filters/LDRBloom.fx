@@ -1,7 +1,22 @@
 // Image filter "LDRBloom": bright areas glow. Pass 3 keeps the bright parts of the picture,
 // pass 1 brings a level down to half its size, pass 2 blurs with five taps whose offsets
 // stand in constants 0 to 4 (x, y), and pass 0 adds the four blurred levels, in samplers 1
-// to 4, to the picture in sampler 0. Pass 4 puts the states back.
+// to 4, to the picture in sampler 0. Pass 4 puts the states back. Every quad covers its
+// whole target: the vertex stage places it from its texture coordinates.
+
+struct VS_OUTPUT
+{
+    float4 Pos : POSITION;
+    float2 TexCoord : TEXCOORD0;
+};
+
+VS_OUTPUT vs_main(float3 pos : POSITION0, float2 uv : TEXCOORD0)
+{
+    VS_OUTPUT OUT;
+    OUT.Pos = float4(uv.x * 2.0 - 1.0, 1.0 - uv.y * 2.0, 0.0, 1.0);
+    OUT.TexCoord = uv;
+    return OUT;
+}
 
 sampler g_Picture : register(s0);
 sampler g_Level1 : register(s1);
@@ -12,8 +27,8 @@ float4 g_Taps[5] : register(c0);
 
 float4 ps_final(float2 uv : TEXCOORD0) : COLOR0
 {
-    float3 glow = tex2D(g_Level1, uv).rgb * 0.5 + tex2D(g_Level2, uv).rgb * 0.6
-                + tex2D(g_Level3, uv).rgb * 0.7 + tex2D(g_Level4, uv).rgb * 0.8;
+    float3 glow = tex2D(g_Level1, uv).rgb * 0.3 + tex2D(g_Level2, uv).rgb * 0.3
+                + tex2D(g_Level3, uv).rgb * 0.25 + tex2D(g_Level4, uv).rgb * 0.2;
     return float4(tex2D(g_Picture, uv).rgb + glow, 1.0);
 }
 
@@ -36,7 +51,7 @@ float4 ps_bright(float2 uv : TEXCOORD0) : COLOR0
 {
     float3 colour = tex2D(g_Picture, uv).rgb;
     float luminance = dot(colour, float3(0.299, 0.587, 0.114));
-    return float4(colour * saturate((luminance - 0.6) * 2.5), 1.0);
+    return float4(colour * saturate((luminance - 0.7) * 3.3), 1.0);
 }
 
 technique t0
@@ -58,6 +73,7 @@ technique t0
         AddressV[3] = CLAMP;
         AddressU[4] = CLAMP;
         AddressV[4] = CLAMP;
+        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_final();
     }
     pass downsample
@@ -69,6 +85,7 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
+        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_downsample();
     }
     pass blur
@@ -80,6 +97,7 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
+        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_blur();
     }
     pass bright
@@ -91,6 +109,7 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
+        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_bright();
     }
     pass restore
