@@ -6,11 +6,10 @@ namespace qx4d {
 
 namespace {
 
-/// Positions in pixels and texture coordinates: x, y, z, u, v. The effect's vertex stage
-/// places each quad over its whole target from the texture coordinates, so that every
-/// pixel reads the texel under its centre and no level drifts by half a texel.
+/// Positions in pixels (pre-transformed, their w taken as 1) and texture coordinates:
+/// x, y, z, u, v.
 const gpu::D3DVERTEXELEMENT9 kBlockDeclaration[] = {
-    {0, 0, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_POSITION, 0},
+    {0, 0, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_POSITIONT, 0},
     {0, 12, gpu::D3DDECLTYPE_FLOAT2, 0, gpu::D3DDECLUSAGE_TEXCOORD, 0},
     gpu::D3DDECL_END,
 };

@@ -3,11 +3,14 @@
 // holds the centre x and y and the radius, in texture coordinates (0 to 1 across the
 // frame), and the angle in radians.
 
+#include "Filters\Filter.fxh"
+
 sampler g_Picture : register(s0);
 float4 g_Twirl : register(c0);
 
 float4 ps_main(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float2 offset = uv - g_Twirl.xy;
     float distance = length(offset);
     float strength = saturate(1.0 - distance / max(g_Twirl.z, 0.0001));

@@ -3,11 +3,14 @@
 // middle of the picture draws together into a burst. Constant 0 holds the centre x and y
 // and the radius, in texture coordinates.
 
+#include "Filters\Filter.fxh"
+
 sampler g_Picture : register(s0);
 float4 g_Burst : register(c0);
 
 float4 ps_main(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float2 offset = uv - g_Burst.xy;
     float strength = saturate(1.0 - length(offset) / max(g_Burst.z, 0.0001));
     return float4(tex2D(g_Picture, g_Burst.xy + offset * (1.0 + 1.5 * strength * strength)).rgb, 1.0);

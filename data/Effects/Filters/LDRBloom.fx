@@ -1,22 +1,10 @@
 // Image filter "LDRBloom": bright areas glow. Pass 3 keeps the bright parts of the picture,
 // pass 1 brings a level down to half its size, pass 2 blurs with five taps whose offsets
 // stand in constants 0 to 4 (x, y), and pass 0 adds the four blurred levels, in samplers 1
-// to 4, to the picture in sampler 0. Pass 4 puts the states back. Every quad covers its
-// whole target: the vertex stage places it from its texture coordinates.
+// to 4, to the picture in sampler 0. Pass 4 puts the states back. The quads come in
+// pixels, each the size of its target.
 
-struct VS_OUTPUT
-{
-    float4 Pos : POSITION;
-    float2 TexCoord : TEXCOORD0;
-};
-
-VS_OUTPUT vs_main(float3 pos : POSITION0, float2 uv : TEXCOORD0)
-{
-    VS_OUTPUT OUT;
-    OUT.Pos = float4(uv.x * 2.0 - 1.0, 1.0 - uv.y * 2.0, 0.0, 1.0);
-    OUT.TexCoord = uv;
-    return OUT;
-}
+#include "Filters\Filter.fxh"
 
 sampler g_Picture : register(s0);
 sampler g_Level1 : register(s1);
@@ -27,6 +15,7 @@ float4 g_Taps[5] : register(c0);
 
 float4 ps_final(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float3 glow = tex2D(g_Level1, uv).rgb * 0.3 + tex2D(g_Level2, uv).rgb * 0.3
                 + tex2D(g_Level3, uv).rgb * 0.25 + tex2D(g_Level4, uv).rgb * 0.2;
     return float4(tex2D(g_Picture, uv).rgb + glow, 1.0);
@@ -34,11 +23,13 @@ float4 ps_final(float2 uv : TEXCOORD0) : COLOR0
 
 float4 ps_downsample(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     return tex2D(g_Picture, uv);
 }
 
 float4 ps_blur(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float3 sum = tex2D(g_Picture, uv + g_Taps[0].xy).rgb * 0.0625
                + tex2D(g_Picture, uv + g_Taps[1].xy).rgb * 0.25
                + tex2D(g_Picture, uv + g_Taps[2].xy).rgb * 0.375
@@ -49,9 +40,10 @@ float4 ps_blur(float2 uv : TEXCOORD0) : COLOR0
 
 float4 ps_bright(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float3 colour = tex2D(g_Picture, uv).rgb;
     float luminance = dot(colour, float3(0.299, 0.587, 0.114));
-    return float4(colour * saturate((luminance - 0.7) * 3.3), 1.0);
+    return float4(colour * saturate((luminance - 0.55) * 2.2), 1.0);
 }
 
 technique t0
@@ -73,7 +65,6 @@ technique t0
         AddressV[3] = CLAMP;
         AddressU[4] = CLAMP;
         AddressV[4] = CLAMP;
-        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_final();
     }
     pass downsample
@@ -85,7 +76,6 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
-        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_downsample();
     }
     pass blur
@@ -97,7 +87,6 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
-        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_blur();
     }
     pass bright
@@ -109,7 +98,6 @@ technique t0
         AlphaTestEnable = FALSE;
         AddressU[0] = CLAMP;
         AddressV[0] = CLAMP;
-        VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_bright();
     }
     pass restore

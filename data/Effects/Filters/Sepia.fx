@@ -1,11 +1,14 @@
 // Image filter "Sepia": the luminance of the picture in sampler 0 looked up in the tone
 // ramp in sampler 1 ("sepia.tga", dark brown to cream from left to right).
 
+#include "Filters\Filter.fxh"
+
 sampler g_Picture : register(s0);
 sampler g_ToneRamp : register(s1);
 
 float4 ps_main(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float luminance = dot(tex2D(g_Picture, uv).rgb, float3(0.299, 0.587, 0.114));
     return float4(tex2D(g_ToneRamp, float2(luminance, 0.5)).rgb, 1.0);
 }

@@ -2,11 +2,14 @@
 // rings around the centre, a ripple that fades out at the radius. Constant 0 holds the
 // centre x and y and the radius, in texture coordinates.
 
+#include "Filters\Filter.fxh"
+
 sampler g_Picture : register(s0);
 float4 g_Wave : register(c0);
 
 float4 ps_main(float2 uv : TEXCOORD0) : COLOR0
 {
+    uv = TexelCentre(uv);
     float2 offset = uv - g_Wave.xy;
     float distance = length(offset);
     float strength = saturate(1.0 - distance / max(g_Wave.z, 0.0001));
