@@ -15,9 +15,18 @@ VideoReader::VideoReader(const std::string& path, int threads) : path_(path)
     if (!reader_) throw readError(path, error);
 }
 
-bool VideoReader::read(Frame& frame)
+bool VideoReader::read(Frame& frame) { return outcome(reader_->readNext(frame.samples)); }
+
+bool VideoReader::readYv12(std::span<uint8_t> planes)
 {
-    switch (reader_->readNext(frame.samples)) {
+    if (planes.size() < yv12Size()) throw CommandError("a YV12 frame needs " + std::to_string(yv12Size()) + " bytes");
+    return outcome(reader_->readNextYv12(planes));
+}
+
+// True for a frame, false at the end; a decoding error becomes a command error.
+bool VideoReader::outcome(video::MovieReader::Read read) const
+{
+    switch (read) {
     case video::MovieReader::Read::Frame:
         return true;
     case video::MovieReader::Read::End:

@@ -6,6 +6,7 @@
 #include "platform/video/MovieReader.h"
 
 #include <memory>
+#include <span>
 #include <string>
 
 namespace qx::qxfx {
@@ -32,8 +33,20 @@ public:
     /// end of the stream; CommandError when the data cannot be decoded.
     bool read(Frame& frame);
 
+    /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and
+    /// the U planes of half the width and height (rounded up), rows without padding.
+    size_t yv12Size() const { return reader_->yv12Size(); }
+    /// Decodes the next frame as YV12 into `planes` (at least yv12Size() bytes), as
+    /// read() does for BGRA.
+    bool readYv12(std::span<uint8_t> planes);
+    /// When the last frame read starts, in 100 ns units from the start of the stream;
+    /// frames without a time of their own follow the last one at the frame rate.
+    int64_t lastFrameTime() const { return reader_->lastFrameTime(); }
+
 private:
     std::string path_;
+    bool outcome(video::MovieReader::Read read) const;
+
     std::unique_ptr<video::MovieReader> reader_;
 };
 

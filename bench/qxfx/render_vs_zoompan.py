@@ -11,38 +11,18 @@ shows how much of each figure decoding takes.
 usage: render_vs_zoompan.py [QXFX] [--runs N]   (QXFX defaults to build/apps/qxfx/qxfx)
 """
 import os
-import resource
 import subprocess
 import sys
-import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(ROOT, "bench", "common"))
+from timing import best_seconds, report as report_rate  # noqa: E402
+
 FRAMES = 250
 
 
-def children_cpu():
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
-
-
-def best_seconds(command, runs):
-    """The best wall time and the best processor time of `runs` runs."""
-    best_wall = best_cpu = None
-    for _ in range(runs):
-        cpu = children_cpu()
-        start = time.perf_counter()
-        subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wall = time.perf_counter() - start
-        cpu = children_cpu() - cpu
-        best_wall = wall if best_wall is None else min(best_wall, wall)
-        best_cpu = cpu if best_cpu is None else min(best_cpu, cpu)
-    return best_wall, best_cpu
-
-
 def report(name, seconds):
-    wall, cpu = seconds
-    print(f"{name:28s} {FRAMES / wall:7.1f} frames/s wall ({wall:5.2f} s), "
-          f"{FRAMES / cpu:7.1f} frames/s of processor time ({cpu:5.2f} s)")
+    report_rate(name, FRAMES, seconds)
 
 
 def make_clip(path):

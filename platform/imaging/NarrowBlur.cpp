@@ -115,8 +115,10 @@ __attribute__((target("avx2"))) void blurRowNarrow(std::span<const uint32_t> row
     }
 }
 
+}  // namespace
+
 /// Column sums, sixteen bytes' worth at a time.
-QX_AVX2 void addRowNarrow(std::span<uint16_t> columns, const uint8_t* row)
+__attribute__((target("avx2"))) void addRowNarrow(std::span<uint16_t> columns, const uint8_t* row)
 {
     size_t j = 0;
     for (; j + 16 <= columns.size(); j += 16) {
@@ -127,8 +129,6 @@ QX_AVX2 void addRowNarrow(std::span<uint16_t> columns, const uint8_t* row)
         columns[j] = uint16_t(columns[j] + row[j]);
 }
 
-/// One row of the vertical pass: the means of the column sums into the blue, green and
-/// red bytes of `out` (its alpha bytes stay), then the sums moved down a row.
 __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> columns, uint8_t* out,
                                                        const uint8_t* entering, const uint8_t* leaving,
                                                        const WindowDivisor& divisor)
@@ -139,20 +139,24 @@ __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> colum
     for (; j + 32 <= columns.size(); j += 32) {
         const __m256i first = loadWide(sums + j);
         const __m256i second = loadWide(sums + j + 16);
+        // The moves of the sums first: `entering` and `leaving` may be `out` itself.
+        const __m256i firstDelta = _mm256_sub_epi16(widenBytes(entering + j), widenBytes(leaving + j));
+        const __m256i secondDelta = _mm256_sub_epi16(widenBytes(entering + j + 16), widenBytes(leaving + j + 16));
         auto* target = reinterpret_cast<__m256i*>(out + j);
         const __m256i means = meanBytes(first, second, divisor);
         _mm256_storeu_si256(target, _mm256_blendv_epi8(means, _mm256_loadu_si256(target), alpha));
-        const __m256i firstDelta = _mm256_sub_epi16(widenBytes(entering + j), widenBytes(leaving + j));
-        const __m256i secondDelta = _mm256_sub_epi16(widenBytes(entering + j + 16), widenBytes(leaving + j + 16));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums + j), _mm256_add_epi16(first, firstDelta));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums + j + 16), _mm256_add_epi16(second, secondDelta));
     }
     for (; j < columns.size(); ++j) {
+        const int delta = int(entering[j]) - int(leaving[j]);
         if (j % 4 != 3)
             out[j] = uint8_t(divisor.meanOf(sums[j]));
-        sums[j] = uint16_t(sums[j] + entering[j] - leaving[j]);
+        sums[j] = uint16_t(sums[j] + delta);
     }
 }
+
+namespace {
 
 #undef QX_AVX2
 

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace qx::imaging {
 
@@ -22,6 +23,16 @@ struct WindowDivisor {
 /// The divisor for a window of 2 * radius + 1 samples, where one exists that is exact
 /// for every sum the window can have; none for windows above 255 samples.
 std::optional<WindowDivisor> windowDivisor(int32_t radius);
+
+/// Adds the bytes of `row` to the 16-bit column sums, one per byte. Needs AVX2.
+void addRowNarrow(std::span<uint16_t> columns, const uint8_t* row);
+
+/// One row of a vertical window pass in 16-bit sums: the means of the column sums into
+/// the blue, green and red bytes of `out` (its alpha bytes stay), then the sums moved
+/// on: the bytes of `entering` join them and those of `leaving` leave. Both are read
+/// before `out` is written, so either may be `out` itself. Needs AVX2.
+void blurColumnsNarrow(std::span<uint16_t> columns, uint8_t* out, const uint8_t* entering, const uint8_t* leaving,
+                       const WindowDivisor& divisor);
 
 /// Blurs `bitmap` (not null) with a box of `radius` in 16-bit sums. Returns false,
 /// having changed nothing, where that does not apply: the processor has no AVX2, the

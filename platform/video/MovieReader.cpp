@@ -1,5 +1,7 @@
 #include "platform/video/MovieReader.h"
 
+#include <cstring>
+
 extern "C" {
 #include <libavutil/pixdesc.h>
 }
@@ -139,7 +141,31 @@ int64_t MovieReader::countFrames(const std::string& path)
 MovieReader::Read MovieReader::readNext(std::span<uint32_t> out)
 {
     if (!decodeNext()) return error_.empty() ? Read::End : Read::Error;
+    noteFrameTime();
     return convert(out) ? Read::Frame : Read::Error;
+}
+
+MovieReader::Read MovieReader::readNextYv12(std::span<uint8_t> planes)
+{
+    if (!decodeNext()) return error_.empty() ? Read::End : Read::Error;
+    noteFrameTime();
+    return convertYv12(planes) ? Read::Frame : Read::Error;
+}
+
+void MovieReader::noteFrameTime()
+{
+    constexpr AVRational kReferenceTime{1, 10'000'000};
+    const AVRational timeBase = input_->streams[streamIndex_]->time_base;
+    const int64_t timestamp = decoded_->best_effort_timestamp;
+    if (timestamp == AV_NOPTS_VALUE || timeBase.num <= 0 || timeBase.den <= 0) {
+        lastFrameTime_ = lastFrameTime_ < 0 ? 0 : lastFrameTime_ + av_rescale_q(1, av_inv_q(rate_), kReferenceTime);
+        return;
+    }
+    if (streamStart_ == AV_NOPTS_VALUE) {
+        const int64_t start = input_->streams[streamIndex_]->start_time;
+        streamStart_ = start == AV_NOPTS_VALUE ? timestamp : start;
+    }
+    lastFrameTime_ = av_rescale_q(timestamp - streamStart_, timeBase, kReferenceTime);
 }
 
 bool MovieReader::decodeNext()
@@ -200,7 +226,7 @@ bool MovieReader::convert(std::span<uint32_t> out)
     scaler_.reset(sws_getCachedContext(scaler_.release(), in.width, in.height, AVPixelFormat(in.format), width_,
                                        height_, AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr));
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(in.format));
-    if (!scaler_ || !format || out.size() < size_t(width_) * size_t(height_) || !padded()) {
+    if (!scaler_ || !format || out.size() < size_t(width_) * size_t(height_) || !padded(converted_, AV_PIX_FMT_BGRA)) {
         error_ = "cannot convert its pixel format";
         av_frame_unref(decoded_.get());
         return false;
@@ -226,18 +252,53 @@ bool MovieReader::convert(std::span<uint32_t> out)
     return true;
 }
 
-bool MovieReader::padded()
+bool MovieReader::padded(av::Frame& picture, AVPixelFormat format)
 {
-    if (converted_ && converted_->width == width_ && converted_->height == height_) return true;
-    converted_.reset(av_frame_alloc());
-    if (!converted_) return false;
-    converted_->format = AV_PIX_FMT_BGRA;
-    converted_->width = width_;
-    converted_->height = height_;
-    if (av_frame_get_buffer(converted_.get(), 64) < 0) {
-        converted_.reset();
+    if (picture && picture->width == width_ && picture->height == height_) return true;
+    picture.reset(av_frame_alloc());
+    if (!picture) return false;
+    picture->format = format;
+    picture->width = width_;
+    picture->height = height_;
+    if (av_frame_get_buffer(picture.get(), 64) < 0) {
+        picture.reset();
         return false;
     }
+    return true;
+}
+
+size_t MovieReader::yv12Size() const
+{
+    const size_t chroma = size_t((width_ + 1) / 2) * size_t((height_ + 1) / 2);
+    return size_t(width_) * size_t(height_) + 2 * chroma;
+}
+
+// Converts the decoded picture to YV12 of the first frame's size, through a padded
+// picture as the BGRA conversion does; the V plane comes before the U plane.
+bool MovieReader::convertYv12(std::span<uint8_t> planes)
+{
+    const AVFrame& in = *decoded_;
+    yv12Scaler_.reset(sws_getCachedContext(yv12Scaler_.release(), in.width, in.height, AVPixelFormat(in.format), width_,
+                                           height_, AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
+    if (!yv12Scaler_ || planes.size() < yv12Size() || !padded(convertedYv12_, AV_PIX_FMT_YUV420P)) {
+        error_ = "cannot convert its pixel format";
+        av_frame_unref(decoded_.get());
+        return false;
+    }
+    sws_scale(yv12Scaler_.get(), in.data, in.linesize, 0, in.height, convertedYv12_->data, convertedYv12_->linesize);
+    const int chromaWidth = (width_ + 1) / 2, chromaHeight = (height_ + 1) / 2;
+    uint8_t* luma = planes.data();
+    uint8_t* v = luma + size_t(width_) * size_t(height_);
+    uint8_t* u = v + size_t(chromaWidth) * size_t(chromaHeight);
+    const auto copyPlane = [&](int plane, uint8_t* target, int width, int height) {
+        for (int y = 0; y < height; ++y)
+            std::memcpy(target + size_t(y) * size_t(width),
+                        convertedYv12_->data[plane] + ptrdiff_t(y) * convertedYv12_->linesize[plane], size_t(width));
+    };
+    copyPlane(0, luma, width_, height_);
+    copyPlane(1, u, chromaWidth, chromaHeight);
+    copyPlane(2, v, chromaWidth, chromaHeight);
+    av_frame_unref(decoded_.get());
     return true;
 }
 

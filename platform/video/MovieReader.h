@@ -50,6 +50,16 @@ public:
     const uint32_t* frameAt(double seconds);
     const std::string& lastError() const { return error_; }
 
+    /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and
+    /// the U planes of half the width and height (rounded up), rows without padding.
+    size_t yv12Size() const;
+    /// Decodes the next frame as YV12 into `planes` (at least yv12Size() bytes), as
+    /// readNext does for BGRA.
+    Read readNextYv12(std::span<uint8_t> planes);
+    /// When the last frame read starts, in 100 ns units from the start of the stream;
+    /// frames without a time of their own follow the last one at the frame rate.
+    int64_t lastFrameTime() const { return lastFrameTime_; }
+
     /// The number of packets of the video stream of `path`, which is its number of frames
     /// (1 for a still picture); 0 when it cannot be read.
     static int64_t countFrames(const std::string& path);
@@ -61,8 +71,10 @@ private:
     bool decodeNext();
     bool sendNextPacket();
     bool convert(std::span<uint32_t> out);
-    /// The padded picture the converter writes into; false when it cannot be had.
-    bool padded();
+    bool convertYv12(std::span<uint8_t> planes);
+    void noteFrameTime();
+    /// The padded picture of `format` the converter writes into; false when it cannot be had.
+    bool padded(av::Frame& picture, AVPixelFormat format);
     double frameTime(const AVFrame& frame) const;
     bool seekTo(double seconds);
 
@@ -73,6 +85,10 @@ private:
     av::Packet packet_;
     av::Scaler scaler_;
     av::Frame converted_;
+    av::Scaler yv12Scaler_;
+    av::Frame convertedYv12_;
+    int64_t streamStart_ = AV_NOPTS_VALUE;
+    int64_t lastFrameTime_ = -1;
     int streamIndex_ = -1;
     int width_ = 0;
     int height_ = 0;

@@ -181,6 +181,45 @@ TEST(MotionBlur, MeasuresTheRunAlongTheAngleItself)
     EXPECT_EQ(at(bitmap, 4, 6), bgra(170, 170, 170));
 }
 
+TEST(MotionBlur, RunsAlongTheColumnHoldTheEdgeRowAndKeepAlpha)
+{
+    // Rows of 10 * y in every channel, alpha 7 + y. A run of 3 towards row 0 averages a
+    // row with the two above it, row 0 repeated above the picture: 10 * (y - 1) from row 2
+    // on. Towards the last row it is the two below, the last row repeated: 10 * (y + 1).
+    const int32_t rows = 9;
+    std::vector<uint32_t> samples;
+    for (int32_t y = 0; y < rows; ++y)
+        samples.insert(samples.end(), 4, bgra(10 * y, 10 * y, 10 * y, 7 + y));
+    for (const int32_t angle : {9000, 27000}) {
+        auto bitmap = testing::makeBitmap(4, rows, samples);
+        ASSERT_TRUE(motionBlur(bitmap, 3, angle, true));
+        for (int32_t y = 0; y < rows; ++y) {
+            int32_t expected = angle == 9000 ? 10 * (y - 1) : 10 * (y + 1);
+            if (angle == 9000 && y == 0) expected = 0;
+            if (angle == 9000 && y == 1) expected = 3;  // (10 + 0 + 0) / 3
+            if (angle == 27000 && y == rows - 1) expected = 10 * y;
+            if (angle == 27000 && y == rows - 2) expected = 77;  // (70 + 80 + 80) / 3
+            for (int32_t x = 0; x < 4; ++x)
+                ASSERT_EQ(at(bitmap, x, y), bgra(expected, expected, expected, 7 + y)) << angle << " row " << y;
+        }
+    }
+}
+
+TEST(MotionBlur, ARunLongerThanThePictureAveragesTheEdgeRowIn)
+{
+    // Rows of 0, 90, 180 (top-down), 9 samples wide so that a run of 9 is not cut to the
+    // picture's larger side. Towards row 0, the last row averages itself, the row above
+    // and row 0 seven times.
+    std::vector<uint32_t> samples;
+    for (const int value : {0, 90, 180})
+        samples.insert(samples.end(), 9, bgra(value, value, value));
+    auto bitmap = testing::makeBitmap(9, 3, samples);
+    ASSERT_TRUE(motionBlur(bitmap, 9, 9000, true));
+    EXPECT_EQ(at(bitmap, 4, 2), bgra(30, 30, 30));
+    EXPECT_EQ(at(bitmap, 4, 1), bgra(10, 10, 10));
+    EXPECT_EQ(at(bitmap, 4, 0), bgra(0, 0, 0));
+}
+
 TEST(MotionBlur, TwoDirectionsCentreTheRun)
 {
     EXPECT_EQ(smearOfImpulse(3, 0, false), (Positions{{4, 5}, {5, 5}, {6, 5}}));

@@ -44,6 +44,8 @@ const std::vector<std::pair<std::string, Operation>>& operations()
         {"noise", [](BitmapHandle& b) { seedNoise(11); return addNoise(b, 300, 0); }},
         {"blur 2", [](BitmapHandle& b) { return blur(b, 2); }},
         {"blur 130", [](BitmapHandle& b) { return blur(b, 130); }},
+        {"motion blur up 5", [](BitmapHandle& b) { return motionBlur(b, 5, 9000, true); }},
+        {"motion blur down 48", [](BitmapHandle& b) { return motionBlur(b, 48, 27000, true); }},
     };
     return all;
 }
@@ -76,8 +78,8 @@ TEST(VectorLevels, EachSampleOfAWidePictureComesOutAsWhenAlone)
     // One sample runs only the remainder loop; a wide picture mostly the vector loop.
     const auto samples = colourSweep();
     for (const auto& [name, operation] : operations()) {
-        if (name.starts_with("noise") || name.starts_with("blur"))
-            continue;  // neither treats a sample on its own
+        if (name.starts_with("noise") || name.starts_with("blur") || name.starts_with("motion"))
+            continue;  // none treats a sample on its own
         const auto together = applied(operation, 61, 67, samples);
         for (size_t i = 0; i < samples.size(); i += 7)
             ASSERT_EQ(applied(operation, 1, 1, {samples[i]})[0], together[i]) << name << " sample " << i;

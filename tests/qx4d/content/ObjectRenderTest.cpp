@@ -188,6 +188,37 @@ TEST_F(ObjectRenderTest, MddFramesBlendBetweenTheirPlaces)
     EXPECT_EQ(At(pixels, 0.8f, 0.0f), kBlack);
 }
 
+// A morph of two position and normal streams: the second holds the offsets that the
+// shader adds to the first, here half a unit to the right.
+TEST_F(ObjectRenderTest, MorphsAddTheirSecondPositionStream)
+{
+    struct MorphVertex {
+        float x, y, z, dx, dy, dz, nx, ny, nz, dnx, dny, dnz;
+    };
+    const MorphVertex vertices[] = {{-0.2f, 0.2f, 0, 0.5f, 0, 0, 0, 0, -1, 0, 0, 0},
+                                    {0.2f, 0.2f, 0, 0.5f, 0, 0, 0, 0, -1, 0, 0, 0},
+                                    {0.2f, -0.2f, 0, 0.5f, 0, 0, 0, 0, -1, 0, 0, 0},
+                                    {-0.2f, -0.2f, 0, 0.5f, 0, 0, 0, 0, -1, 0, 0, 0}};
+    tools::MeshModel mesh = Square(0.2f, {1, 1, 0});
+    mesh.declaration = {
+        {0, 0, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_POSITION, 0},
+        {0, 12, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_POSITION, 1},
+        {0, 24, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_NORMAL, 0},
+        {0, 36, gpu::D3DDECLTYPE_FLOAT3, 0, gpu::D3DDECLUSAGE_NORMAL, 1},
+        gpu::D3DDECL_END,
+    };
+    mesh.stride = sizeof(MorphVertex);
+    mesh.vertices.assign(reinterpret_cast<const uint8_t*>(vertices),
+                         reinterpret_cast<const uint8_t*>(vertices) + sizeof vertices);
+    ObjectModel model;
+    model.items.push_back(MeshItemModel("morph", mesh));
+    Load(model);
+    DrawAll();
+    const std::vector<uint32_t> pixels = Finish();
+    EXPECT_EQ(At(pixels, 0.5f, 0.0f), 0xFFFFFF00u);
+    EXPECT_EQ(At(pixels, 0.0f, 0.0f), kBlack);
+}
+
 TEST_F(ObjectRenderTest, TransparentTrianglesAreWrittenFarthestFirst)
 {
     // Two squares, the near one first in the file, the far one 1 unit behind it.

@@ -1,0 +1,166 @@
+#!/usr/bin/env python3
+"""qxfx scenes and qxfx crop run as a user runs them, on clips that ffmpeg makes.
+
+usage: filters_cli_test.py QXFX WORK_DIR
+
+- scenes: a clip of six patterns of 25 frames each, joined end to end, has its cuts at
+  frames 25, 50, 75, 100 and 125. qxfx must find exactly the first four; ffmpeg's scdet
+  filter runs on the same clip and its list is compared with ours (see the comment
+  there for the one cut where they differ).
+- crop: frames of known samples come out centred in the size asked for, with the
+  anti-flicker blur where its geometry puts it.
+- bad input ends with one line naming the problem and exit code 1.
+"""
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+
+RATE = 25
+SEGMENT = 25
+failures = []
+
+
+def check(name, condition, detail=""):
+    if not condition:
+        failures.append(f"{name}: {detail}")
+    print(("ok   " if condition else "FAIL ") + name)
+
+
+def run(command, **kwargs):
+    return subprocess.run(command, capture_output=True, text=True, timeout=300, **kwargs)
+
+
+def ffmpeg(*args):
+    result = run(["ffmpeg", "-v", "error", "-y", *args])
+    if result.returncode != 0:
+        sys.exit(f"ffmpeg failed: {' '.join(args)}\n{result.stderr[-2000:]}")
+
+
+def make_cut_clip(path, size="320:240"):
+    """Six segments: bars, white, the test source, dark grey, bars, and the bars mirrored,
+    scaled to `size` (W:H, odd sides allowed)."""
+    sources = ["smptebars=", "color=c=white:", "testsrc=", "color=c=0x202020:", "smptebars=", "smptebars="]
+    inputs = []
+    for source in sources:
+        inputs += ["-f", "lavfi", "-i", f"{source}size=320x240:rate={RATE}:duration={SEGMENT / RATE}"]
+    graph = f"[5:v]hflip[mirror];[0:v][1:v][2:v][3:v][4:v][mirror]concat=n=6:v=1:a=0,scale={size},format=yuv420p"
+    ffmpeg(*inputs, "-filter_complex", graph, "-c:v", "ffv1", path)
+
+
+def scdet_frames(path):
+    """The frames where ffmpeg's scdet sees a scene change, at its default threshold."""
+    result = run(["ffmpeg", "-hide_banner", "-i", path, "-vf", "scdet,metadata=mode=print", "-f", "null", "-"])
+    times = [float(t) for t in re.findall(r"lavfi\.scd\.time=([0-9.]+)", result.stderr)]
+    return [round(t * RATE) for t in times]
+
+
+def test_scenes(qxfx, work):
+    clip = os.path.join(work, "cuts.mkv")
+    make_cut_clip(clip)
+    result = run([qxfx, "scenes", "-i", clip, "--json"])
+    check("scenes --json runs", result.returncode == 0, result.stderr)
+    report = json.loads(result.stdout)
+    frames = [cut["frame"] for cut in report["cuts"]]
+    check("scenes finds the four cuts between patterns of different brightness", frames == [25, 50, 75, 100],
+          str(frames))
+    # The cut time is the start of the new scene's first frame plus 0.1 s.
+    seconds = [cut["seconds"] for cut in report["cuts"]]
+    check("cut times are 0.1 s after the frame", seconds == [f / RATE + 0.1 for f in frames], str(seconds))
+    check("scenes counts the frames", report["frames"] == 6 * SEGMENT, str(report["frames"]))
+
+    # ffmpeg's scdet measures the mean absolute difference of co-located pixels, ours
+    # the difference of the 16-bin luma histograms. They agree on every cut between
+    # pictures of different brightness; the cut at 125 joins the bars to their own
+    # mirror image, whose histogram is the same, so only scdet finds it.
+    theirs = scdet_frames(clip)
+    check("scdet finds the same cuts and the mirror cut", theirs == frames + [125], f"scdet {theirs}, ours {frames}")
+
+    text = run([qxfx, "scenes", "-i", clip])
+    check("scenes prints a table", text.returncode == 0 and text.stdout.startswith("4 cuts in 150 frames")
+          and re.search(r"^\s+100\s+4\.100$", text.stdout, re.M) is not None, text.stdout)
+
+    one = os.path.join(work, "one.mkv")
+    ffmpeg("-f", "lavfi", "-i", "testsrc=size=64x48:rate=25", "-frames:v", "1", "-c:v", "ffv1", one)
+    result = run([qxfx, "scenes", "-i", one])
+    check("a one-frame clip has no cuts", result.returncode == 0 and result.stdout == "0 cuts in 1 frame\n",
+          result.stdout)
+
+    # Odd sizes: the chroma planes are half the size rounded up.
+    odd = os.path.join(work, "odd.mkv")
+    make_cut_clip(odd, "161:91")
+    result = run([qxfx, "scenes", "-i", odd, "--json"])
+    check("odd sizes find the same cuts", result.returncode == 0 and
+          [c["frame"] for c in json.loads(result.stdout)["cuts"]] == [25, 50, 75, 100], result.stdout + result.stderr)
+
+
+def raw_bgra(path):
+    result = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-f", "rawvideo", "-pix_fmt", "bgra", "-"],
+                            capture_output=True, timeout=120)
+    return result.stdout
+
+
+def test_crop(qxfx, work):
+    # A 6 x 4 white frame (PNG, lossless) into 10 x 9: x = 2, y = 2 (halves truncated),
+    # so the extra row is at the bottom of the picture, and the padding is transparent.
+    still = os.path.join(work, "white.png")
+    ffmpeg("-f", "lavfi", "-i", "color=c=white:size=6x4", "-frames:v", "1", still)
+    out = os.path.join(work, "crop-%02d.png")
+    result = run([qxfx, "crop", "-i", still, "--size", "10x9", "-o", out])
+    check("crop runs", result.returncode == 0, result.stderr)
+    frame = raw_bgra(os.path.join(work, "crop-01.png"))
+    check("crop output has the size asked for", len(frame) == 10 * 9 * 4, str(len(frame)))
+    if len(frame) == 10 * 9 * 4:
+        lit = sorted((i // 4 % 10, i // 40) for i in range(0, len(frame), 4) if frame[i + 3] != 0)
+        expected = sorted((x, y) for x in range(2, 8) for y in range(2, 6))
+        check("crop centres the frame on transparent black", lit == expected, str(lit))
+
+    # Anti-flicker: rows 0..39 black, one white row at 20 of a 8 x 40 frame; level 30
+    # gives a run of 40 / 100 * 30 / 10 = 1.2, rounded up to 2: the row and the one
+    # above it (qxfx frames are top-down) at half the white.
+    line = os.path.join(work, "line.png")
+    ffmpeg("-f", "lavfi", "-i", "color=c=black:size=8x40", "-vf", "drawbox=x=0:y=20:w=8:h=1:color=white:t=fill",
+           "-frames:v", "1", line)
+    out = os.path.join(work, "flicker-%02d.png")
+    result = run([qxfx, "crop", "-i", line, "--anti-flicker", "30", "-o", out])
+    frame = raw_bgra(os.path.join(work, "flicker-01.png"))
+    greys = [frame[y * 32] for y in range(40)] if len(frame) == 8 * 40 * 4 else []
+    check("anti-flicker blurs the line into the row above", result.returncode == 0 and
+          greys == [0] * 19 + [128, 128] + [0] * 19, str(greys))
+
+
+def test_bad_input(qxfx, work):
+    text_file = os.path.join(work, "notes.txt")
+    with open(text_file, "w") as f:
+        f.write("not a video\n")
+    cases = [
+        ("scenes without input", ["scenes"], "give the video with -i"),
+        ("scenes of a missing file", ["scenes", "-i", os.path.join(work, "absent.mkv")], "No such file"),
+        ("scenes of text", ["scenes", "-i", text_file], "notes.txt"),
+        ("scenes unknown option", ["scenes", "-i", text_file, "--fast"], "unknown option '--fast'"),
+        ("crop without output", ["crop", "-i", text_file], "-o OUTPUT or --discard"),
+        ("crop size malformed", ["crop", "-i", text_file, "--discard", "--size", "10by9"], "--size"),
+        ("crop level out of range", ["crop", "-i", text_file, "--discard", "--anti-flicker", "40000"],
+         "--anti-flicker"),
+    ]
+    for name, args, needle in cases:
+        result = run([qxfx, *args])
+        one_line = result.stderr.count("\n") == 1
+        check(name, result.returncode == 1 and one_line and needle in result.stderr, result.stderr)
+
+
+def main():
+    qxfx, work = sys.argv[1], sys.argv[2]
+    shutil.rmtree(work, ignore_errors=True)
+    os.makedirs(work)
+    test_scenes(qxfx, work)
+    test_crop(qxfx, work)
+    test_bad_input(qxfx, work)
+    if failures:
+        sys.exit("\n".join(failures))
+
+
+if __name__ == "__main__":
+    main()
