@@ -2,8 +2,10 @@
 // plays them: frames one after another at 25 a second, the live frame on its screen, and
 // what each scene adds told by colours where its geometry puts them. The filter chain is
 // made for the size the player hands in.
+#include "qx4d/core/device/GraphicsDevice.h"
 #include "tests/host/EffectHarness.h"
 #include "tests/wrap3d/SceneFixture.h"
+#include "wrap3d/Context.h"
 
 #include <gtest/gtest.h>
 
@@ -103,6 +105,25 @@ TEST_F(SceneContentTest, FilterScenesChangeTheFrameAsTheirNamesSay)
     const uint32_t nearYellow = At(bloom, kWidth, 0.5f, 0.04f), plainGreen = At(straight, kWidth, 0.5f, 0.04f);
     EXPECT_GT(int((nearYellow >> 16) & 0xFF), int((plainGreen >> 16) & 0xFF) + 25);
     EXPECT_LE(std::abs(int((At(bloom, kWidth, -0.5f, 0.5f) >> 8) & 0xFF) - int((At(straight, kWidth, -0.5f, 0.5f) >> 8) & 0xFF)), 6);
+}
+
+// A device lost and reset between frames: the filter chain's targets, the bloom's levels
+// and the flare's effects come back with it, and the next frames are as before.
+TEST_F(SceneContentTest, FiltersAndFlaresComeBackWithAResetDevice)
+{
+    for (const char16_t* source : {u"Effects\\Eclat.afx", u"Effects\\Soleil.afx"}) {
+        EffectHarness harness(kWidth, kHeight);
+        harness.setInput(QuadrantFrame(kWidth, kHeight));
+        ASSERT_EQ(harness.select(5004, DefaultParams(harness.effect(), 5004)), S_OK);
+        Bstr path(source);
+        harness.effect().put_Source(path.get());
+        ASSERT_EQ(harness.setup(), S_OK);
+        ASSERT_EQ(harness.execute(1.0f), S_OK);
+        const std::vector<uint32_t> before = harness.output();
+        C4DContext::Instance()->Device()->GetDevice()->SimulateDeviceLoss(true);
+        ASSERT_EQ(harness.execute(1.0f), S_OK);
+        EXPECT_LE(MeanDifference(harness.output(), before), 0.5);
+    }
 }
 
 }  // namespace

@@ -14,9 +14,11 @@ namespace qx4d {
 
 namespace {
 
-/// Below this many new particles a batch is made on the calling thread: waking the pool
-/// costs more than it saves.
-constexpr int32_t kParallelBatch = 64;
+/// Below this many new particles a batch is made on the calling thread. A birth costs a
+/// few hundred nanoseconds, and the hundreds of births of a usual frame are done before
+/// the pool's threads would be awake; on a busy machine a worker not yet given a core
+/// would hold the whole frame up at the join.
+constexpr int32_t kParallelBatch = 2048;
 /// A speed clamp below this much is in force; the default of 1e8 turns both clamps off.
 constexpr float kClampInForce = 99999.0f;
 /// Radians in a revolution, as the engine writes them.
