@@ -23,6 +23,8 @@ constexpr double kPointPixels = 81.0;
 /// Half the side of the square of the viewport test, and its area.
 constexpr double kHalfSquare = 9.0;
 constexpr double kSquarePixels = 324.0;
+/// Normalised coordinates beyond this are as good as infinitely off the frame.
+constexpr double kFarOff = 1e6;
 /// How long the frame waits for an occlusion count before it takes the light as hidden.
 constexpr auto kQueryPatience = std::chrono::seconds(2);
 
@@ -78,10 +80,13 @@ void LensFlare::UpdateVisibility()
     double clip[4];
     for (int r = 0; r < 4; ++r)
         clip[r] = double(m[r * 4]) * light[0] + double(m[r * 4 + 1]) * light[1] + double(m[r * 4 + 2]) * light[2] + m[r * 4 + 3];
-    const double nx = clip[0] / clip[3], ny = clip[1] / clip[3], nz = clip[2] / clip[3];
+    const double nz = clip[2] / clip[3];
     // Behind the camera, or beyond its far plane.
     if (!(nz >= 0.0 && nz <= 1.0))
         return;
+    // A light all but in the camera's plane lands far off the frame: held where a float
+    // still holds it.
+    const double nx = std::clamp(clip[0] / clip[3], -kFarOff, kFarOff), ny = std::clamp(clip[1] / clip[3], -kFarOff, kFarOff);
     gpu::D3DVIEWPORT9 viewport;
     device->GetViewport(&viewport);
     screenX = float(viewport.X + viewport.Width * (nx * 0.5 + 0.5));

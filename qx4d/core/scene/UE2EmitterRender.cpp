@@ -38,7 +38,14 @@ int64_t CellIndex(float value)
     return int64_t(std::min(value, 1e9f));
 }
 
-uint32_t ToChannel(double value) { return uint32_t(std::clamp(std::nearbyint(value), 0.0, 255.0)); }
+/// A channel rounded to the nearest and held to 0 to 255; a value that is no number (a
+/// particle not yet aged, whose life is no number either) is 0.
+uint32_t ToChannel(double value)
+{
+    if (!(value > 0.0))
+        return 0;
+    return uint32_t(std::min(std::nearbyint(value), 255.0));
+}
 
 }  // namespace
 

@@ -140,6 +140,16 @@ TEST_F(ParticleRenderTest, ACellOfTheTextureShowsOnTheQuad)
     EXPECT_EQ(At(frame, 32, 32), 0xFF0000FFu);
 }
 
+TEST_F(ParticleRenderTest, AParticleWithoutLifeDrawsNothing)
+{
+    // Born at the end of the step with a life of 0 and drawn before it ages: its share of
+    // life, 0 / 0, is no number.
+    const auto frame = Frame(Scene({R"(<General MaxParticles="1"/><Time LifetimeRange="0 0"/>
+        <Size StartSizeRange="0.3 0.3, 0.3 0.3"/><Color FadeOutStartTime="0.5" UseColorScale="true"/>)"}));
+    ASSERT_EQ(scene->particleSystems.front()->instances.front()->Count(), 1);
+    EXPECT_EQ(At(frame, 32, 32), 0xFF7F7F7Fu);
+}
+
 TEST_F(ParticleRenderTest, MoreQuadsThanOneBatchAllReachTheCard)
 {
     Frame(Scene({R"(<General MaxParticles="600" ParticlesPerSecond="600"/><Time LifetimeRange="10 10"/>
