@@ -15,16 +15,16 @@ void fillWith(draw2d::Bitmap& bitmap, LONG colorRef, uint32_t alpha)
 
 }  // namespace
 
-void FadeInFrame(draw2d::Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void FadeInFrame(draw2d::Bitmap& bitmap, float progress, ParamValues params)
 {
-    fillWith(bitmap, params[0], uint32_t((1.0 - progress) * 255.0));
+    fillWith(bitmap, params[FadeParam::kColor], uint32_t((1.0 - progress) * 255.0));
 }
 
-void FadeOutFrame(draw2d::Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void FadeOutFrame(draw2d::Bitmap& bitmap, float progress, ParamValues params)
 {
     // The remaining share is stored as a float before the alpha is taken from it.
     const float remaining = float(1.0 - progress);
-    fillWith(bitmap, params[0], uint32_t((1.0 - remaining) * 255.0));
+    fillWith(bitmap, params[FadeParam::kColor], uint32_t((1.0 - remaining) * 255.0));
 }
 
 }  // namespace qx

@@ -18,16 +18,10 @@ uint32_t fastrand()
     return next;
 }
 
-uint32_t fastrandSeed()
-{
-    return sharedSeed.load(std::memory_order_relaxed);
-}
+uint32_t fastrandSeed() { return sharedSeed.load(std::memory_order_relaxed); }
 
 FastRandRun::FastRandRun() : seed(sharedSeed.load(std::memory_order_relaxed)) {}
 
-FastRandRun::~FastRandRun()
-{
-    sharedSeed.store(seed, std::memory_order_relaxed);
-}
+FastRandRun::~FastRandRun() { sharedSeed.store(seed, std::memory_order_relaxed); }
 
 }  // namespace qx

@@ -15,10 +15,7 @@ uint32_t fastrand();
 uint32_t fastrandSeed();
 
 /// One step of the generator from `seed`: the draw that follows it.
-constexpr uint32_t fastrandStep(uint32_t seed)
-{
-    return seed * 1103515245u + 12345u;
-}
+constexpr uint32_t fastrandStep(uint32_t seed) { return seed * 1103515245u + 12345u; }
 
 /// A run of draws taken from the process-wide sequence in a local copy, for loops that
 /// draw once per sample; the sequence goes on from the run's end when it is destroyed.

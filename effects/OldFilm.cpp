@@ -32,22 +32,23 @@ constexpr Color kBlack = Color::fromArgb(255, 0, 0, 0);
 
 // Shake: the picture painted on itself moved by whole rows. Returns the offset, or
 // nothing when this frame does not shake.
-std::optional<int> shake(Graphics& graphics, const draw2d::Bitmap& picture, const LONG* params, int W, int H)
+std::optional<int> shake(Graphics& graphics, const draw2d::Bitmap& picture, ParamValues params, int W, int H)
 {
-    if (!chance(params[0])) return std::nullopt;
+    if (!chance(params[OldFilmParam::kShakeLevel])) return std::nullopt;
     const int sign = randomSign();
-    const int offset = sign * randomBelow(params[1] + 1);
+    const int offset = sign * randomBelow(params[OldFilmParam::kShakeStrength] + 1);
     graphics.setCompositingMode(draw2d::CompositingMode::SourceCopy);
     graphics.drawImage(picture, {0.0f, float(offset), float(W), float(H)});
     graphics.setCompositingMode(draw2d::CompositingMode::SourceOver);
     return offset;
 }
 
-void hairCurves(Graphics& graphics, const LONG* params, int W, int H)
+void hairCurves(Graphics& graphics, ParamValues params, int W, int H)
 {
     const draw2d::Pen pen{kBlack, 1.0f, nullptr};
     // The bound is drawn anew before every pass, the pass that ends the loop included.
-    const auto limit = [&]() { return params[2] < 1 ? 0.0 : (H / 320.0) * (rand() % params[2]); };
+    const LONG bound = params[OldFilmParam::kHairCount];
+    const auto limit = [&]() { return bound < 1 ? 0.0 : (H / 320.0) * (rand() % bound); };
     for (int i = 0; i < limit(); ++i) {
         const float x = float(rand() % W);
         const float y = float(rand() % H);
@@ -63,13 +64,13 @@ void hairCurves(Graphics& graphics, const LONG* params, int W, int H)
     }
 }
 
-void verticalScratch(Graphics& graphics, FilmState& film, const LONG* params, int W, int H)
+void verticalScratch(Graphics& graphics, FilmState& film, ParamValues params, int W, int H)
 {
     float& position = film[0];
     float& speed = film[1];
     float& startX = film[2];
     float& endX = film[3];
-    if (position == 0.0f || (position >= 1000.0f && chance(params[3]))) {
+    if (position == 0.0f || (position >= 1000.0f && chance(params[OldFilmParam::kScratchFactor]))) {
         position = 0.0f;
         speed = float(rand() % 950 + 50.0);
         startX = float(rand() % W);
@@ -84,29 +85,29 @@ void verticalScratch(Graphics& graphics, FilmState& film, const LONG* params, in
     }
 }
 
-void flash(Graphics& graphics, const LONG* params, int W, int H)
+void flash(Graphics& graphics, ParamValues params, int W, int H)
 {
     const int c = rand() % 100;
-    if (c <= params[4]) {
-        graphics.fillRectangle(c % 2 == 0 ? Color::fromArgb(50, 255, 255, 255) : Color::fromArgb(50, 0, 0, 0), 0, 0,
-                               W, H);
+    if (c <= params[OldFilmParam::kFlashStrength]) {
+        graphics.fillRectangle(c % 2 == 0 ? Color::fromArgb(50, 255, 255, 255) : Color::fromArgb(50, 0, 0, 0), 0, 0, W,
+                               H);
     }
 }
 
 }  // namespace
 
-HRESULT OldFilmImage(imaging::BitmapHandle* handle, double, const LONG* params, LONG, void* state)
+HRESULT OldFilmImage(imaging::BitmapHandle& handle, double, ParamValues params, FilmState* film)
 {
-    if (!handle || handle->isNull()) return S_OK;
-    const int W = handle->width();
-    const int H = handle->height();
+    if (handle.isNull()) return S_OK;
+    const int W = handle.width();
+    const int H = handle.height();
     {
-        imaging::DeviceContext context(*handle);
+        imaging::DeviceContext context(handle);
         Graphics graphics(context.bitmap());
         std::optional<int> offset;
         if (const auto picture = context.bitmap().clone()) offset = shake(graphics, *picture, params, W, H);
         hairCurves(graphics, params, W, H);
-        if (state) verticalScratch(graphics, *static_cast<FilmState*>(state), params, W, H);
+        if (film) verticalScratch(graphics, *film, params, W, H);
         if (offset) {
             // The strip the shake uncovered.
             const int top = *offset < 1 ? *offset + H : 0;
@@ -114,11 +115,19 @@ HRESULT OldFilmImage(imaging::BitmapHandle* handle, double, const LONG* params, 
         }
         flash(graphics, params, W, H);
     }
-    imaging::posterize(*handle, params[6]);
-    imaging::addNoise(*handle, params[5], int32_t(imaging::NoiseChannel::all));
-    imaging::changeSaturation(*handle, int32_t(std::clamp<int64_t>(params[7] * int64_t(-10), INT32_MIN, INT32_MAX)));
-    imaging::blur(*handle, params[8]);
+    imaging::posterize(handle, params[OldFilmParam::kPosterize]);
+    imaging::addNoise(handle, params[OldFilmParam::kNoiseLevel], int32_t(imaging::NoiseChannel::all));
+    const int64_t saturation = params[OldFilmParam::kDesaturation] * int64_t(-10);
+    imaging::changeSaturation(handle, int32_t(std::clamp<int64_t>(saturation, INT32_MIN, INT32_MAX)));
+    imaging::blur(handle, params[OldFilmParam::kBlur]);
     return S_OK;
+}
+
+void OldFilmRoutine::setUp(ParamValues) { film.emplace(); }
+
+HRESULT OldFilmRoutine::apply(imaging::BitmapHandle& handle, double progress, ParamValues params)
+{
+    return OldFilmImage(handle, progress, params, film ? &*film : nullptr);
 }
 
 }  // namespace qx

@@ -22,11 +22,14 @@ struct Edges {
     float bottom;
 };
 
-// The parameter rectangle `params[first..first+3]` in pixels.
-Edges scaledRect(const LONG* params, int first, float W, float H)
+// The parameter rectangle whose left side is at slot `left`, in pixels.
+Edges scaledRect(ParamValues params, int left, float W, float H)
 {
-    return {float(params[first] * double(W) / 1000.0), float(params[first + 1] * double(H) / 1000.0),
-            float(params[first + 2] * double(W) / 1000.0), float(params[first + 3] * double(H) / 1000.0)};
+    const auto side = [&](int offset, float size) {
+        return float(params[size_t(left + offset)] * double(size) / 1000.0);
+    };
+    return {side(RectangleParam::kLeft, W), side(RectangleParam::kTop, H), side(RectangleParam::kRight, W),
+            side(RectangleParam::kBottom, H)};
 }
 
 // A source rectangle from edges that may be crossed: it still draws, unmirrored.
@@ -47,10 +50,10 @@ void redraw(Bitmap& bitmap, Draw draw)
     draw(graphics, *clone, float(bitmap.width()), float(bitmap.height()));
 }
 
-void zoom(Bitmap& bitmap, float u, const LONG* params)
+void zoom(Bitmap& bitmap, float u, ParamValues params)
 {
     redraw(bitmap, [&](Graphics& graphics, const Bitmap& clone, float W, float H) {
-        const Edges p = scaledRect(params, 0, W, H);
+        const Edges p = scaledRect(params, RectangleParam::kLeft, W, H);
         const Edges e{float(p.left - double(u) * p.left), float(p.top - double(u) * p.top),
                       float((double(W) - p.right) * u + p.right), float((double(H) - p.bottom) * u + p.bottom)};
         graphics.drawImage(clone, {0.0f, 0.0f, W, H}, normalised(e));
@@ -59,10 +62,10 @@ void zoom(Bitmap& bitmap, float u, const LONG* params)
 
 enum class PanAxis { Horizontal, Vertical };
 
-void pan(Bitmap& bitmap, float s, const LONG* params, PanAxis axis)
+void pan(Bitmap& bitmap, float s, ParamValues params, PanAxis axis)
 {
     redraw(bitmap, [&](Graphics& graphics, const Bitmap& clone, float W, float H) {
-        const Edges p = scaledRect(params, 0, W, H);
+        const Edges p = scaledRect(params, RectangleParam::kLeft, W, H);
         // A parameter rectangle of zero height or width makes these infinite, and then
         // nothing is drawn.
         const float scaledH = float(double(H) / (double(p.bottom) - p.top) * H);
@@ -81,38 +84,35 @@ void pan(Bitmap& bitmap, float s, const LONG* params, PanAxis axis)
 
 }  // namespace
 
-void ZoomOutFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*) { zoom(bitmap, progress, params); }
+void ZoomOutFrame(Bitmap& bitmap, float progress, ParamValues params) { zoom(bitmap, progress, params); }
 
-void ZoomInFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
-{
-    zoom(bitmap, float(1.0 - progress), params);
-}
+void ZoomInFrame(Bitmap& bitmap, float progress, ParamValues params) { zoom(bitmap, float(1.0 - progress), params); }
 
-void PanLeftToRightFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void PanLeftToRightFrame(Bitmap& bitmap, float progress, ParamValues params)
 {
     pan(bitmap, float(1.0 - progress), params, PanAxis::Horizontal);
 }
 
-void PanRightToLeftFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void PanRightToLeftFrame(Bitmap& bitmap, float progress, ParamValues params)
 {
     pan(bitmap, progress, params, PanAxis::Horizontal);
 }
 
-void PanTopToBottomFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void PanTopToBottomFrame(Bitmap& bitmap, float progress, ParamValues params)
 {
     pan(bitmap, float(1.0 - progress), params, PanAxis::Vertical);
 }
 
-void PanBottomToTopFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void PanBottomToTopFrame(Bitmap& bitmap, float progress, ParamValues params)
 {
     pan(bitmap, progress, params, PanAxis::Vertical);
 }
 
-void FreeMoveFrame(Bitmap& bitmap, float progress, const LONG* params, LONG, void*)
+void FreeMoveFrame(Bitmap& bitmap, float progress, ParamValues params)
 {
     redraw(bitmap, [&](Graphics& graphics, const Bitmap& clone, float W, float H) {
-        const Edges a = scaledRect(params, 0, W, H);
-        const Edges b = scaledRect(params, 4, W, H);
+        const Edges a = scaledRect(params, FreeMoveParam::kSourceLeft, W, H);
+        const Edges b = scaledRect(params, FreeMoveParam::kDestinationLeft, W, H);
         const auto edge = [progress](float from, float to) { return float((double(to) - from) * progress + from); };
         const Edges e{edge(a.left, b.left), edge(a.top, b.top), edge(a.right, b.right), edge(a.bottom, b.bottom)};
         graphics.drawImage(clone, {0.0f, 0.0f, W, H}, normalised(e));

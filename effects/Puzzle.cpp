@@ -28,12 +28,11 @@ int nextHole(int r, int hole, int lastMove, int columns, int rows)
     const int vertical = topRow ? hole + columns : hole - columns;
     const int horizontal = lastColumn ? hole - 1 : hole + 1;
     switch (r) {
-    case 0:
-        return firstColumn ? (lastMove == kLeft ? vertical : hole + 1) : (lastMove == kRight ? vertical : hole - 1);
-    case 1:
-        return lastColumn ? (lastMove == kRight ? vertical : hole - 1) : (lastMove == kLeft ? vertical : hole + 1);
+    case 0: return firstColumn ? (lastMove == kLeft ? vertical : hole + 1) : (lastMove == kRight ? vertical : hole - 1);
+    case 1: return lastColumn ? (lastMove == kRight ? vertical : hole - 1) : (lastMove == kLeft ? vertical : hole + 1);
     case 2:
-        return topRow ? (lastMove == kUp ? horizontal : hole + columns) : (lastMove == kDown ? horizontal : hole - columns);
+        return topRow ? (lastMove == kUp ? horizontal : hole + columns)
+                      : (lastMove == kDown ? horizontal : hole - columns);
     default:
         return bottomRow ? (lastMove == kDown ? horizontal : hole - columns)
                          : (lastMove == kUp ? horizontal : hole + columns);
@@ -61,10 +60,10 @@ struct Grid {
     }
 };
 
-bool framesFit(const PuzzleFrames* frames, LONG columns, LONG rows, LONG steps)
+bool framesFit(const PuzzleFrames& frames, LONG columns, LONG rows, LONG steps)
 {
-    return frames && !frames->empty() && columns > 0 && rows > 0 && LONG(frames->size()) == steps &&
-           LONG(frames->front().size()) == columns * rows;
+    return !frames.empty() && columns > 0 && rows > 0 && LONG(frames.size()) == steps &&
+           LONG(frames.front().size()) == columns * rows;
 }
 
 }  // namespace
@@ -90,12 +89,11 @@ PuzzleFrames BuildPuzzleFrames(LONG columns, LONG rows, LONG steps)
     return frames;
 }
 
-void PuzzleFrame(draw2d::Bitmap& bitmap, float progress, const LONG* params, LONG, void* state)
+void PuzzleFrame(draw2d::Bitmap& bitmap, float progress, ParamValues params, const PuzzleFrames& frames)
 {
-    const auto* frames = static_cast<const PuzzleFrames*>(state);
-    const LONG columns = params[0];
-    const LONG rows = params[1];
-    const LONG steps = params[2];
+    const LONG columns = params[PuzzleParam::kColumns];
+    const LONG rows = params[PuzzleParam::kRows];
+    const LONG steps = params[PuzzleParam::kSteps];
     if (!framesFit(frames, columns, rows, steps)) return;
     const auto clone = bitmap.clone();
     if (!clone) return;
@@ -107,12 +105,12 @@ void PuzzleFrame(draw2d::Bitmap& bitmap, float progress, const LONG* params, LON
     const float v = float((steps - 1) * (1.0 - progress));
     const int k = int(std::floor(v));
     const float f = float(1.0 - (v - std::floor(v)));  // the share of the current move that is done
-    graphics.clear(colorFromColorRef(params[3], 255));
+    graphics.clear(colorFromColorRef(params[PuzzleParam::kBackground], 255));
 
-    const auto& current = (*frames)[size_t(k)];
+    const auto& current = frames[size_t(k)];
     int slot = -1;  // where the moving tile stands while on its way
     if (k < steps - 1) {
-        const auto& next = (*frames)[size_t(k + 1)];
+        const auto& next = frames[size_t(k + 1)];
         slot = int(std::find(next.begin(), next.end(), uint8_t(0)) - next.begin());
     }
     for (int p = 0; p < int(current.size()); ++p) {
@@ -130,6 +128,16 @@ void PuzzleFrame(draw2d::Bitmap& bitmap, float progress, const LONG* params, LON
             graphics.drawImage(*clone, destination, grid.place(current[size_t(slot)]));
         }
     }
+}
+
+void PuzzleRoutine::setUp(ParamValues params)
+{
+    frames = BuildPuzzleFrames(params[PuzzleParam::kColumns], params[PuzzleParam::kRows], params[PuzzleParam::kSteps]);
+}
+
+void PuzzleRoutine::draw(draw2d::Bitmap& bitmap, float progress, ParamValues params)
+{
+    PuzzleFrame(bitmap, progress, params, frames);
 }
 
 }  // namespace qx

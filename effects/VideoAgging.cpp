@@ -21,15 +21,11 @@ inline uint32_t lighten(uint32_t sample)
 
 CVideoAgging::CVideoAgging(LONG frameWidth, LONG frameHeight) : CVideoEffect(frameWidth, frameHeight) {}
 
-bool CVideoAgging::fitsFrame() const
-{
-    return isFrameSizeUsable(width, height, 2);
-}
+bool CVideoAgging::fitsFrame() const { return isFrameSizeUsable(width, height, 2); }
 
 LONG CVideoAgging::Start()
 {
-    if (!fitsFrame())
-        return -1;
+    if (!fitsFrame()) return -1;
     agingMode = 0;
     scratchCount = kScratchRecords;
     areaScale = std::max<LONG>(LONG(int64_t(width) * height / 64 / 480), 1);
@@ -74,8 +70,7 @@ void CVideoAgging::drawScratches(uint32_t* dst)
     for (LONG i = 0; i < scratchCount; ++i) {
         Scratch& scratch = scratches[size_t(i)];
         if (scratch.life == 0) {
-            if ((fastrand() & 0xF0000000u) == 0)
-                startScratch(scratch);
+            if ((fastrand() & 0xF0000000u) == 0) startScratch(scratch);
             continue;
         }
         scratch.x += scratch.dx;
@@ -94,8 +89,7 @@ void CVideoAgging::drawScratches(uint32_t* dst)
         const LONG endRow = scratch.life != 0 ? height : LONG(fastrand() % uint32_t(height));
         for (LONG y = firstRow; y < endRow; ++y) {
             const int64_t index = int64_t(y) * width + column;
-            if (index < samples)
-                dst[index] = lighten(dst[index]);
+            if (index < samples) dst[index] = lighten(dst[index]);
         }
     }
 }
@@ -117,8 +111,7 @@ void CVideoAgging::drawPits(uint32_t* dst)
         --pitInterval;
     } else {
         count = fastrand() % spread;
-        if ((fastrand() & 0xF8000000u) == 0)
-            pitInterval = (fastrand() >> 28) + 20;
+        if ((fastrand() & 0xF8000000u) == 0) pitInterval = (fastrand() >> 28) + 20;
     }
     for (uint32_t pit = 0; pit < count; ++pit) {
         LONG x = LONG(fastrand() % uint32_t(width - 1));
@@ -128,8 +121,7 @@ void CVideoAgging::drawPits(uint32_t* dst)
             // Two draws: each coordinate wanders on its own by -1, 0 or +1.
             x += LONG(fastrand() % 3) - 1;
             y += LONG(fastrand() % 3) - 1;
-            if (!inFrame(x, y))
-                break;
+            if (!inFrame(x, y)) break;
             dst[int64_t(y) * width + x] = 0xC0C0C0u;  // alpha 0, as written
         }
     }
@@ -137,11 +129,9 @@ void CVideoAgging::drawPits(uint32_t* dst)
 
 void CVideoAgging::drawDust(uint32_t* dst)
 {
-    if (areaScale < 2)
-        return;
+    if (areaScale < 2) return;
     if (dustInterval == 0) {
-        if ((fastrand() & 0xF0000000u) == 0)
-            dustInterval = fastrand() >> 29;
+        if ((fastrand() & 0xF0000000u) == 0) dustInterval = fastrand() >> 29;
         return;
     }
     const uint32_t count = (fastrand() >> 27) + uint32_t(areaScale) * 4;
@@ -154,8 +144,7 @@ void CVideoAgging::drawDust(uint32_t* dst)
             dst[int64_t(y) * width + x] = 0x101010u;  // alpha 0, as written
             y += dustDirY[direction];
             x += dustDirX[direction];
-            if (!inFrame(x, y))
-                break;
+            if (!inFrame(x, y)) break;
             direction = (direction + fastrand() % 3 - 1) & 7;
         }
     }

@@ -3,6 +3,7 @@
 // their contrast and take a grain, vertical scratches run for a few frames, pits and
 // dust specks appear, all drawn from the shared fast generator. No parameters; the
 // progress is not used.
+#include "effects/EffectDescriptor.h"
 #include "effects/VideoEffect.h"
 
 #include <array>
@@ -48,5 +49,14 @@ private:
     void drawDust(uint32_t* dst);
     bool inFrame(LONG x, LONG y) const { return x >= 0 && x < width && y >= 0 && y < height; }
 };
+
+namespace effect_id {
+inline constexpr LONG kOldFilm2 = 2000;
+}  // namespace effect_id
+
+inline constexpr EffectDescriptor kOldFilm2Effect{.id = effect_id::kOldFilm2,
+                                                  .nameStringId = 114,
+                                                  .category = category_id::kAdvanced,
+                                                  .videoEffect = videoEffectOf<CVideoAgging>};
 
 }  // namespace qx

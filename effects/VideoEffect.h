@@ -2,7 +2,7 @@
 // Base of the frame effects that keep state from frame to frame. The effect host makes one
 // on Setup through the video-effect factory, copies the parameter list into it, calls
 // Start, and hands it each frame through ProcessFrame.
-#include "platform/com/HResult.h"
+#include "effects/ParamTable.h"
 
 #include <algorithm>
 #include <array>
@@ -13,14 +13,11 @@ namespace qx {
 
 class CVideoEffect {
 public:
-    static constexpr int kMaxParams = 16;
-
     CVideoEffect(LONG frameWidth, LONG frameHeight)
         // The count saturates for sizes no frame has, which the effects then refuse.
         : pixelCount(LONG(std::clamp<int64_t>(int64_t(frameWidth) * frameHeight, 0, INT32_MAX))), height(frameHeight),
           width(frameWidth)
-    {
-    }
+    {}
     virtual ~CVideoEffect() = default;
     CVideoEffect(const CVideoEffect&) = delete;
     CVideoEffect& operator=(const CVideoEffect&) = delete;
@@ -35,7 +32,7 @@ public:
     void SetParams(std::span<const LONG> values)
     {
         params.fill(0);
-        paramCount = LONG(std::min<size_t>(values.size(), kMaxParams));
+        paramCount = LONG(std::min<size_t>(values.size(), size_t(kMaxParams)));
         std::copy_n(values.begin(), paramCount, params.begin());
     }
 

@@ -25,7 +25,7 @@ namespace {
 /// One row of the wave equation: acceleration from the eight neighbours, velocity from
 /// the previous surface, damped by `decay`.
 QX_VECTOR_CLONES void waveRow(const int32_t* above, const int32_t* here, const int32_t* below, const int32_t* previous,
-             int32_t* next, LONG lastColumn, LONG decay)
+                              int32_t* next, LONG lastColumn, LONG decay)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
         const uint32_t centre = uint32_t(here[x]);
@@ -39,17 +39,18 @@ QX_VECTOR_CLONES void waveRow(const int32_t* above, const int32_t* here, const i
 }
 
 /// One row of the smoothing: the cell weighs 60 of 64 against its four side neighbours.
-QX_VECTOR_CLONES void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out, LONG lastColumn)
+QX_VECTOR_CLONES void smoothRow(const int32_t* above, const int32_t* here, const int32_t* below, int32_t* out,
+                                LONG lastColumn)
 {
     for (LONG x = 1; x < lastColumn; ++x) {
-        const uint32_t sum = uint32_t(above[x]) + uint32_t(here[x - 1]) + uint32_t(here[x + 1]) +
-                             uint32_t(below[x]) + uint32_t(here[x]) * 60u;
+        const uint32_t sum = uint32_t(above[x]) + uint32_t(here[x - 1]) + uint32_t(here[x + 1]) + uint32_t(below[x]) +
+                             uint32_t(here[x]) * 60u;
         out[x] = int32_t(sum) >> 6;
     }
 }
 
 struct BlockVectors {
-    const int8_t* __restrict dx;       ///< the block's own cells
+    const int8_t* __restrict dx;  ///< the block's own cells
     const int8_t* __restrict dy;
     const int8_t* __restrict belowDy;  ///< the cells of the row below
 };
@@ -64,7 +65,8 @@ struct BlockSources {
 /// Where each 2 by 2 block of the frame row pair starting at `y` takes its four samples:
 /// the block's vector moves the upper-left sample; the others are moved by the mean of
 /// it and the next block's vector, one sample on. Every position is held in the frame.
-QX_VECTOR_CLONES void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width, LONG height)
+QX_VECTOR_CLONES void placeBlocks(BlockVectors vectors, BlockSources out, LONG blockCount, LONG y, LONG width,
+                                  LONG height)
 {
     const LONG lastColumn = width - 1;
     const LONG lastRow = height - 1;
@@ -87,8 +89,8 @@ QX_VECTOR_CLONES void placeBlocks(BlockVectors vectors, BlockSources out, LONG b
 /// Fills one frame row from its blocks' left and right sources. The two samples of a
 /// block go out as one 64-bit store (the frame is little-endian, left sample first),
 /// which halves the stores of this, the effect's busiest loop.
-QX_VECTOR_CLONES void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left, const int32_t* __restrict right,
-               uint32_t* __restrict out, LONG width)
+QX_VECTOR_CLONES void gatherRow(const uint32_t* __restrict src, const int32_t* __restrict left,
+                                const int32_t* __restrict right, uint32_t* __restrict out, LONG width)
 {
     static_assert(std::endian::native == std::endian::little, "a block's pair is stored left sample first");
     const LONG fullBlocks = width / 2;
@@ -96,21 +98,18 @@ QX_VECTOR_CLONES void gatherRow(const uint32_t* __restrict src, const int32_t* _
         const uint64_t pair = uint64_t(src[left[column]]) | uint64_t(src[right[column]]) << 32;
         std::memcpy(out + 2 * column, &pair, sizeof pair);
     }
-    if (width % 2 != 0)
-        out[width - 1] = src[left[fullBlocks]];
+    if (width % 2 != 0) out[width - 1] = src[left[fullBlocks]];
 }
 
 }  // namespace
 
 CVideoRipple::CVideoRipple(LONG frameWidth, LONG frameHeight)
     : CVideoEffect(frameWidth, frameHeight), mapHeight(frameHeight / 2 + 1), mapWidth(frameWidth / 2 + 1)
-{
-}
+{}
 
 LONG CVideoRipple::Start()
 {
-    if (!isFrameSizeUsable(width, height, 8))
-        return -1;
+    if (!isFrameSizeUsable(width, height, 8)) return -1;
     const size_t cellCount = size_t(mapHeight) * size_t(mapWidth);
     try {
         cells.assign(cellCount * 3, 0);
@@ -140,10 +139,8 @@ LONG CVideoRipple::Stop()
 
 void CVideoRipple::fillSquareTable()
 {
-    for (LONG i = 0; i < 128; ++i)
-        squareTable[size_t(i)] = i * i;
-    for (LONG v = 1; v <= 128; ++v)
-        squareTable[size_t(256 - v)] = -v * v;
+    for (LONG i = 0; i < 128; ++i) squareTable[size_t(i)] = i * i;
+    for (LONG v = 1; v <= 128; ++v) squareTable[size_t(256 - v)] = -v * v;
 }
 
 LONG CVideoRipple::dropHeight(uint32_t draw) const
@@ -186,8 +183,7 @@ void CVideoRipple::stepWater()
     for (LONG y = 1; y < mapHeight - 1; ++y) {
         const int32_t* here = map1 + y * w;
         waveRow(here - w, here, here + w, map2 + y * w, map3 + y * w, w - 1, decay);
-        if (y >= 2)
-            smooth(y - 1);
+        if (y >= 2) smooth(y - 1);
     }
     smooth(mapHeight - 2);
     std::swap(map1, map2);
@@ -250,11 +246,9 @@ LONG CVideoRipple::ProcessFrame(const uint32_t* src, uint32_t* dst, float /*prog
     }
     // A drop costs the same however many fall; more than one per cell changes nothing
     // a viewer could tell, and bounds the loop for any parameter.
-    const LONG drops = std::clamp(params[0], 0, mapWidth * mapHeight);
-    for (LONG i = 0; i < drops; ++i)
-        Drop(dropHeight(fastrand()));
-    for (LONG step = 0; step < loopCount; ++step)
-        stepWater();
+    const LONG drops = std::clamp(params[RippleParam::kDropsPerFrame], 0, mapWidth * mapHeight);
+    for (LONG i = 0; i < drops; ++i) Drop(dropHeight(fastrand()));
+    for (LONG step = 0; step < loopCount; ++step) stepWater();
     computeVectors();
     refract(src, dst);
     return 0;

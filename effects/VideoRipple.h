@@ -2,7 +2,7 @@
 // "Gouttes d'eau": drops fall on a water surface simulated at half the frame's
 // resolution, the wave equation runs twice per frame, and the frame is refracted through
 // the surface. The water keeps its state from frame to frame; the progress is not used.
-// params[0] is the number of drops per frame.
+#include "effects/EffectDescriptor.h"
 #include "effects/VideoEffect.h"
 
 #include <array>
@@ -64,5 +64,26 @@ private:
     std::vector<int32_t> blockSources;
     LONG blocksPerRow = 0;
 };
+
+namespace effect_id {
+inline constexpr LONG kWaterDrops = 2001;
+}  // namespace effect_id
+
+struct RippleParam {
+    enum Slot : int { kDropsPerFrame };
+};
+
+// The range is that of the dialog's slider; the effect also takes 0, and then no drop falls.
+inline constexpr std::array<ParamDescriptor, 1> kRippleParams{{
+    {RippleParam::kDropsPerFrame, "drops", "Drops that fall on the water at each frame", 1, 1, 10, ParamKind::Integer,
+     "Intensité de l'effet"},
+}};
+
+inline constexpr EffectDescriptor kWaterDropsEffect{.id = effect_id::kWaterDrops,
+                                                    .nameStringId = 118,
+                                                    .hasDialog = 1,
+                                                    .category = category_id::kAdvanced,
+                                                    .videoEffect = videoEffectOf<CVideoRipple>,
+                                                    .params = kRippleParams};
 
 }  // namespace qx

@@ -130,9 +130,12 @@ HRESULT CQXCompositor::OnSetup(DWORD)
         return S_OK;
     }
     const std::u16string extension = os::asciiLower(os::extensionOf(overlayPath));
-    if (extension == u".dat") setupAnimation(bufferWidth, bufferHeight);
-    else if (extension == u".mov") setupMovie();
-    else setupPicture(bufferWidth, bufferHeight);
+    if (extension == u".dat")
+        setupAnimation(bufferWidth, bufferHeight);
+    else if (extension == u".mov")
+        setupMovie();
+    else
+        setupPicture(bufferWidth, bufferHeight);
     return S_OK;
 }
 
@@ -174,7 +177,8 @@ void CQXCompositor::setupPicture(LONG frameWidth, LONG frameHeight)
     if (!reader) return;
     draw2d::Bitmap file(reader->width(), reader->height());
     if (file.status() != draw2d::Status::Ok ||
-        reader->readNext({file.data(), size_t(file.width()) * size_t(file.height())}) != video::MovieReader::Read::Frame) {
+        reader->readNext({file.data(), size_t(file.width()) * size_t(file.height())}) !=
+            video::MovieReader::Read::Frame) {
         return;
     }
     auto picture = std::make_unique<draw2d::Bitmap>(frameWidth, frameHeight);
@@ -193,7 +197,8 @@ HRESULT CQXCompositor::passThrough(const transform::CDXTWorkInfoNTo1& workInfo)
     std::unique_ptr<SurfaceLock> input;
     std::unique_ptr<SurfaceLock> output;
     if (FAILED(InputSurface(0)->LockSurface(&workInfo.DoBnds, m_ulLockTimeOut, transform::DXLOCKF_READ, input)) ||
-        FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE, output)) ||
+        FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE,
+                                            output)) ||
         !outputBits) {
         return S_OK;
     }
@@ -222,7 +227,8 @@ HRESULT CQXCompositor::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, boo
         FAILED(InputSurface(1)->LockSurface(&workInfo.DoBnds, m_ulLockTimeOut, transform::DXLOCKF_READ, second))) {
         return S_OK;
     }
-    if (FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE, output))) {
+    if (FAILED(OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE,
+                                            output))) {
         return S_OK;
     }
     if (!outputBits) return E_FAIL;
@@ -317,7 +323,8 @@ void CQXCompositor::compose(const draw2d::Bitmap& picture, LONG w, LONG h)
     const double ph = picture.height();
     const draw2d::RectF destination{float(offsetX * frameWidth), float(offsetY * frameHeight),
                                     float(width * frameWidth), float(height * frameHeight)};
-    const draw2d::RectF source{float(srcOffsetX * pw), float(srcOffsetY * ph), float(srcWidth * pw), float(srcHeight * ph)};
+    const draw2d::RectF source{float(srcOffsetX * pw), float(srcOffsetY * ph), float(srcWidth * pw),
+                               float(srcHeight * ph)};
     graphics.drawImage(picture, destination, source, &attributes);
 }
 

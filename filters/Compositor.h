@@ -89,7 +89,8 @@ private:
     const draw2d::Bitmap* pictureOf(std::unique_ptr<draw2d::Bitmap>& movieFrame, LONG width, LONG height);
     void compose(const draw2d::Bitmap& picture, LONG width, LONG height);
     void keyAndFade(draw2d::ImageAttributes& attributes) const;
-    void placeAndTurn(draw2d::Graphics& graphics, LONG width, LONG height, double& frameWidth, double& frameHeight) const;
+    void placeAndTurn(draw2d::Graphics& graphics, LONG width, LONG height, double& frameWidth,
+                      double& frameHeight) const;
 
     // Properties.
     float opacity = 1.0f;

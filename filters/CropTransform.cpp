@@ -88,13 +88,13 @@ void copySampleProperties(IMediaSample* in, IMediaSample* out, const CMediaType&
 /// odd difference leaves its extra column on the right and its extra row at the end of
 /// the buffer. Rows and columns that fall outside the output are left out.
 struct Placement {
-    int64_t rowBytes = 0;       ///< bytes of an output row
-    int64_t firstRow = 0;       ///< the picture's first row that lands, in storage order
-    int64_t endRow = 0;         ///< one past its last
-    int64_t outputRow = 0;      ///< the output row where the first row lands
-    int64_t firstColumn = 0;    ///< the picture's first column that lands
-    int64_t byteOffset = 0;     ///< where that column lands in an output row
-    size_t copiedBytes = 0;     ///< bytes of each landing row
+    int64_t rowBytes = 0;     ///< bytes of an output row
+    int64_t firstRow = 0;     ///< the picture's first row that lands, in storage order
+    int64_t endRow = 0;       ///< one past its last
+    int64_t outputRow = 0;    ///< the output row where the first row lands
+    int64_t firstColumn = 0;  ///< the picture's first column that lands
+    int64_t byteOffset = 0;   ///< where that column lands in an output row
+    size_t copiedBytes = 0;   ///< bytes of each landing row
 
     Placement(int32_t pictureWidth, int32_t pictureHeight, LONG width, LONG height, int64_t bytesPerSample)
     {
@@ -139,8 +139,7 @@ void copyRows(const imaging::BitmapHandle& bitmap, std::span<uint8_t> target, co
 
 }  // namespace
 
-const AMOVIESETUP_FILTER CQXCropTransform::kSetup = {&CQXCropTransform::clsid, u"QXCropTransform", 0x200000, 2,
-                                                     kPins};
+const AMOVIESETUP_FILTER CQXCropTransform::kSetup = {&CQXCropTransform::clsid, u"QXCropTransform", 0x200000, 2, kPins};
 
 com::ComPtr<CQXCropTransform> CQXCropTransform::Create()
 {

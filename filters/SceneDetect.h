@@ -34,7 +34,10 @@ public:
     /// A new filter with one reference, which the caller owns; null when out of memory.
     static com::ComPtr<CQXSceneDetect> Create();
 
-    HRESULT QueryInterface(const IID& riid, void** ppv) override { return CTransInPlaceFilter::QueryInterface(riid, ppv); }
+    HRESULT QueryInterface(const IID& riid, void** ppv) override
+    {
+        return CTransInPlaceFilter::QueryInterface(riid, ppv);
+    }
     ULONG AddRef() override { return CTransInPlaceFilter::AddRef(); }
     ULONG Release() override { return CTransInPlaceFilter::Release(); }
 

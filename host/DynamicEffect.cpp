@@ -1,9 +1,13 @@
 #include "host/DynamicEffect.h"
 
-#include "wrap3d/DataPath.h"
+#include "host/FramePaths.h"
 #include "resources/StringTable.h"
+#include "wrap3d/4DTransform.h"
+#include "wrap3d/DataPath.h"
 #include "wrap3d/SceneBridge.h"
+#include "wrap3d/SceneEffects.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace qx {
@@ -39,7 +43,10 @@ HRESULT getField(const T& field, T* out)
 
 }  // namespace
 
-com::ComPtr<CQXDynamicEffect> CQXDynamicEffect::Create() { return com::ComPtr<CQXDynamicEffect>(new CQXDynamicEffect()); }
+com::ComPtr<CQXDynamicEffect> CQXDynamicEffect::Create()
+{
+    return com::ComPtr<CQXDynamicEffect>(new CQXDynamicEffect());
+}
 
 // One input required and at most one; a morphing effect.
 CQXDynamicEffect::CQXDynamicEffect() : CDXBaseNTo1(1, 1, transform::DXTET_MORPH) {}
@@ -65,7 +72,9 @@ HRESULT CQXDynamicEffect::get_Index(LONG* pVal) { return getField(effectIndex, p
 HRESULT CQXDynamicEffect::put_Index(LONG newVal)
 {
     requestedEffectId = newVal;
-    return GetIndexFromID(newVal, &effectIndex);
+    const HRESULT hr = GetIndexFromID(newVal, &effectIndex);
+    followSelection();
+    return hr;
 }
 
 HRESULT CQXDynamicEffect::GetEffectDefaults(LONG nIndex, LONG* Params, LONG* nParams)
@@ -73,12 +82,14 @@ HRESULT CQXDynamicEffect::GetEffectDefaults(LONG nIndex, LONG* Params, LONG* nPa
     if (!isValidIndex(nIndex, kEffectTableSize)) return E_INVALIDARG;
     if (!Params || !nParams) return E_POINTER;
     *nParams = 0;
-    const LONG id = EffectTable[size_t(nIndex)].id;
-    if (id < effect_id::kSceneFirst) {
-        const ParamList defaults = defaultParams(id);
+    const EffectDescriptor& effect = EffectTable[size_t(nIndex)];
+    if (effect.id < effect_id::kSceneFirst) {
+        const ParamList defaults = defaultParams(effect);
         std::copy_n(defaults.values.begin(), defaults.count, Params);
         *nParams = defaults.count;
-    } else if (auto client = CreateClient(id, 0, 0)) {
+    } else if (auto client = CreateClient(effect.id, 0, 0)) {
+        // Scene effects report what their client says, which is nothing while the scene
+        // context does not start.
         client->GetDefaults(Params, nParams);
     }
     return S_OK;
@@ -150,7 +161,7 @@ HRESULT CQXDynamicEffect::SetGlobalDataPath(BSTR szPath)
     // The buffer must be filled before the throw-away client boots the scene context,
     // which reads it as it starts.
     SetDataPathBuffer(bstrView(szPath));
-    CreateClient(effect_id::kSceneFirst + 4, 320, 240);
+    CreateClient(effect_id::kScene3D, 320, 240);
     SetDataPath(bstrView(szPath));
     return S_OK;
 }

@@ -4,23 +4,18 @@
 // routine or object to the output surface. Hosts drive it as a transform with one input
 // and one output: put Index (an effect id), Params and the other properties, Setup, then
 // Execute once per frame with Progress from 0 at the first frame to 1 at the last.
-#include "effects/OldFilm.h"
-#include "effects/Puzzle.h"
-#include "effects/VideoEffect.h"
 #include "host/EffectCatalog.h"
 #include "host/EffectParams.h"
-#include "host/ExternalFilter.h"
-#include "filters/SwfRenderer.h"
 #include "host/IQXDynamicEffect.h"
-#include "platform/pixel/FrameMemory.h"
 #include "platform/transform/DXBaseNTo1.h"
-#include "wrap3d/4DTransform.h"
 
 #include <array>
 #include <memory>
 #include <string>
 
 namespace qx {
+
+class EffectRunner;
 
 class CQXDynamicEffect final : public transform::CDXBaseNTo1<IQXDynamicEffect> {
 public:
@@ -65,10 +60,6 @@ public:
     HRESULT put_FilterID(LONG newVal) override;
     HRESULT GetSceneDuration(BSTR szScenePath, float* fDuration) override;
 
-    /// The filter interface of effect 10000, for its image routine.
-    IExternalFilter* ExternalFilter() const { return externalFilter.get(); }
-    DWORD ExternalFilterHandle() const { return externalFilterHandle; }
-
 private:
     CQXDynamicEffect();
     ~CQXDynamicEffect() override;
@@ -78,27 +69,24 @@ private:
     HRESULT WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, bool* continueProcessing) override;
 
     const EffectDescriptor* currentEffect() const;
+    /// After an Index put: the path of the selected row, if Setup prepared another.
+    void followSelection();
+    HRESULT setupRunner(const EffectDescriptor& effect, LONG width, LONG height);
     HRESULT setupExternalFilter();
     HRESULT setupVideoEffect(LONG id, LONG width, LONG height);
-    HRESULT setupSceneClient(LONG id, LONG width, LONG height);
-    HRESULT setupFrameRoutine(LONG id);
+    void setupSceneClient(LONG id, LONG width, LONG height);
+    HRESULT setupRoutine(const EffectDescriptor& effect);
     HRESULT setupFlashAnimation(LONG width, LONG height);
-    HRESULT dispatchFrame(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
-                          transform::SurfaceLock& output);
-    HRESULT runFrameRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
-                            float progress, transform::SurfaceLock& output);
-    HRESULT runImageRoutine(const EffectDescriptor& effect, pixel::FrameMemory frame, LONG width, LONG height,
-                            float progress, transform::SurfaceLock& output);
-    void* routineState(LONG id);
+    ParamValues paramValues() const { return {params, paramCount}; }
 
-    std::unique_ptr<CVideoEffect> videoEffect;
-    std::unique_ptr<C4DTransform> sceneClient;
-    // The vector animation of id 15000. Its initialisation and frame operation are the
-    // renderer's Load and Draw, so the renderer is held here itself.
-    std::unique_ptr<CSwfRenderer> flashAnimation;
+    /// The path of the effect that the last Setup prepared, for the row `runnerIndex`.
+    std::unique_ptr<EffectRunner> runner;
+    LONG runnerIndex = -1;
+    /// The path of the selected row while it is not the one Setup prepared: an Index put
+    /// after Setup selects an effect as it runs before its own Setup.
+    std::unique_ptr<EffectRunner> standIn;
     LONG effectIndex = 0;
     LONG requestedEffectId = 0;
-    DWORD externalFilterHandle = 0;
     LONG filterId = 0;
     std::array<LONG, kMaxParams> params{};
     LONG paramCount = 0;
@@ -107,10 +95,6 @@ private:
     float fps = 25.0f;
     LONG quality = 0;
     int64_t duration = 0;  // units of 100 ns
-    PuzzleFrames puzzleFrames;
-    std::unique_ptr<FilmState> filmState;
-    com::ComPtr<IUnknown> externalObject;
-    com::ComPtr<IExternalFilter> externalFilter;
 };
 
 }  // namespace qx

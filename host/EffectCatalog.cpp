@@ -6,45 +6,44 @@
 #include "effects/OldFilm.h"
 #include "effects/PanZoom.h"
 #include "effects/Puzzle.h"
+#include "effects/VideoAgging.h"
+#include "effects/VideoRipple.h"
 #include "host/ExternalFilter.h"
+#include "wrap3d/SceneEffects.h"
+
+#include <algorithm>
 
 namespace qx {
 
+namespace {
+
+// The vector animation, which CSwfRenderer plays from the Source file; it has no parameters.
+constexpr EffectDescriptor kVectorAnimationEffect{.id = effect_id::kVectorAnimation,
+                                                  .category = category_id::kAnimatedObjects};
+
+}  // namespace
+
 // Not in id order on purpose: hosts store ids, and "Film ancien 2" (2000) sits at index 10.
-const std::array<EffectDescriptor, kEffectTableSize> EffectTable{{
-    {0, 101, ZoomOutFrame, nullptr, 1, 0},
-    {1, 102, ZoomInFrame, nullptr, 1, 0},
-    {2, 103, PanLeftToRightFrame, nullptr, 1, 0},
-    {3, 104, PanRightToLeftFrame, nullptr, 1, 0},
-    {4, 105, PanTopToBottomFrame, nullptr, 1, 0},
-    {5, 106, PanBottomToTopFrame, nullptr, 1, 0},
-    {6, 107, FreeMoveFrame, nullptr, 1, 0},
-    {7, 108, FadeInFrame, nullptr, 1, 0},
-    {8, 109, FadeOutFrame, nullptr, 1, 0},
-    {9, 110, nullptr, OldFilmImage, 1, 1},
-    {2000, 114, nullptr, nullptr, 0, 1},
-    {10, 111, nullptr, SpectrumImage, 0, 1},
-    {11, 112, nullptr, ColorizeImage, 0, 1},
-    {13, 125, nullptr, SaturationUpImage, 0, 1},
-    {14, 126, nullptr, SaturationDownImage, 0, 1},
-    {12, 113, PuzzleFrame, nullptr, 0, 1},
-    {2001, 118, nullptr, nullptr, 1, 1},
-    {15, 0, ColorKeyFrame, nullptr, 0, 1},
-    {5002, 115, nullptr, nullptr, 1, 1},
-    {5000, 116, nullptr, nullptr, 1, 1},
-    {5003, 0, nullptr, nullptr, 0, 2},
-    {5004, 0, nullptr, nullptr, 0, 1},
-    {5005, 0, nullptr, nullptr, 0, 3},
-    {15000, 0, nullptr, nullptr, 0, 4},
-    {10000, 0, nullptr, ExternalFilterImage, 0, 1},
+constinit const std::array<EffectDescriptor, kEffectTableSize> EffectTable{{
+    kZoomOutEffect,        kZoomInEffect,     kPanLeftToRightEffect, kPanRightToLeftEffect,  kPanTopToBottomEffect,
+    kPanBottomToTopEffect, kFreeMoveEffect,   kFadeInEffect,         kFadeOutEffect,         kOldFilmEffect,
+    kOldFilm2Effect,       kSpectrumEffect,   kColorizeEffect,       kSaturationUpEffect,    kSaturationDownEffect,
+    kPuzzleEffect,         kWaterDropsEffect, kColorKeyEffect,       kMove3DEffect,          kCubeEffect,
+    kParticles3DEffect,    kScene3DEffect,    kAnimation3DEffect,    kVectorAnimationEffect, kExternalFilterEffect,
 }};
 
-const std::array<CategoryDescriptor, kCategoryTableSize> CategoryTable{{
-    {0, 122, -1},
-    {1, 123, -1},
-    {2, 124, -1},
-    {3, 127, -1},
-    {4, 128, -1},
+constinit const std::array<CategoryDescriptor, kCategoryTableSize> CategoryTable{{
+    {category_id::kStandard, 122, -1},
+    {category_id::kAdvanced, 123, -1},
+    {category_id::kParticles, 124, -1},
+    {category_id::kAnimations, 127, -1},
+    {category_id::kAnimatedObjects, 128, -1},
 }};
+
+const EffectDescriptor* findEffect(LONG id)
+{
+    const auto row = std::ranges::find(EffectTable, id, &EffectDescriptor::id);
+    return row == EffectTable.end() ? nullptr : &*row;
+}
 
 }  // namespace qx

@@ -31,39 +31,9 @@ std::u16string formatParams(std::span<const LONG> values)
     return text;
 }
 
-ParamList defaultParams(LONG effectId)
+ParamList defaultParams(const EffectDescriptor& effect)
 {
-    const auto list = [](std::initializer_list<LONG> values) {
-        ParamList result;
-        std::ranges::copy(values, result.values.begin());
-        result.count = LONG(values.size());
-        return result;
-    };
-    switch (effectId) {
-    case 0:
-    case 1:
-        return list({100, 100, 900, 900});
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-        return list({250, 250, 750, 750});
-    case 6:
-        return list({0, 0, 500, 500, 500, 500, 1000, 1000});
-    case 7:
-    case 8:
-        return list({0});
-    case 9:
-        // shake level, shake strength, spot strength, scratch factor, flash strength,
-        // noise level, posterise levels, desaturation, blur
-        return list({20, 5, 10, 30, 30, 50, 20, 0, 2});
-    case 12:
-        return list({4, 3, 12, 0});  // columns, rows, steps, background colour
-    case 2001:
-        return list({1});  // drops per frame
-    default:
-        return {};
-    }
+    return effect.defaultsListed ? defaultList(effect.params) : ParamList{};
 }
 
 }  // namespace qx

@@ -3,7 +3,7 @@
 // plug-in provides it under its class identifier. The effect host knows two of its
 // methods: one that opens a filter by id and gives back a handle, and one that applies
 // that filter to a bitmap handle.
-#include "host/EffectCatalog.h"
+#include "effects/EffectDescriptor.h"
 #include "platform/com/Unknown.h"
 
 namespace qx {
@@ -20,9 +20,30 @@ struct IExternalFilter : IUnknown {
     virtual HRESULT OpenFilter(LONG filterId, DWORD* filterHandle) = 0;
 };
 
-/// The image routine of effect 10000; `state` is the effect host. The progress is not
-/// passed on.
-HRESULT ExternalFilterImage(imaging::BitmapHandle* handle, double progress, const LONG* params, LONG paramCount,
-                            void* state);
+/// The object of effect 10000: the external object, its filter interface and the handle
+/// of the filter it opened. Until it is opened every frame fails inside, and the host then
+/// packs the frame as it was.
+class ExternalFilterImage final : public ImageRoutine {
+public:
+    /// Creates the external object and opens filter `filterId` (FilterID) with it; the
+    /// status of the creation or of the query for the filter interface.
+    HRESULT open(LONG filterId);
+    /// Hands the handle to the filter with the list; the progress is not passed on.
+    HRESULT apply(imaging::BitmapHandle& handle, double progress, ParamValues params) override;
+
+private:
+    // The filter interface is released before the object, in this order of members.
+    com::ComPtr<IUnknown> externalObject;
+    com::ComPtr<IExternalFilter> externalFilter;
+    DWORD externalFilterHandle = 0;
+};
+
+namespace effect_id {
+inline constexpr LONG kExternalFilter = 10000;
+}  // namespace effect_id
+
+inline constexpr EffectDescriptor kExternalFilterEffect{.id = effect_id::kExternalFilter,
+                                                        .imageRoutine = routineObject<ExternalFilterImage>,
+                                                        .category = category_id::kAdvanced};
 
 }  // namespace qx

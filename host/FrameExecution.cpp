@@ -1,13 +1,14 @@
 // The frame path of the effect host: what Setup prepares for the selected effect, and how
 // one Execute carries the input frame through the effect's routine or object to the
-// output.
+// output. Setup chooses the path once, by the tests on the effect's id; Execute only
+// unpacks, runs that path and leaves the packing to it.
+#include "filters/SwfRenderer.h"
 #include "host/DynamicEffect.h"
+#include "host/ExternalFilter.h"
+#include "host/FramePaths.h"
 #include "host/VideoEffectFactory.h"
-#include "platform/com/ClassRegistry.h"
-#include "platform/draw2d/Bitmap.h"
-#include "platform/imaging/BitmapHandle.h"
 #include "platform/os/CRuntime.h"
-#include "platform/pixel/FrameMemory.h"
+#include "wrap3d/4DTransform.h"
 #include "wrap3d/SceneBridge.h"
 
 #include <ctime>
@@ -17,192 +18,142 @@ namespace qx {
 
 namespace {
 
-using transform::DXPACKEDRECTDESC;
-using transform::SurfaceLock;
-
-using FrameBuffer = pixel::FrameMemory;
-
-// A frame buffer for one Execute, left uninitialised since it is filled at once.
-FrameBuffer allocateFrame(LONG width, LONG height) { return pixel::allocateFrameMemory(size_t(width) * size_t(height)); }
-
-DXPACKEDRECTDESC packedRect(const uint32_t* samples, LONG width, LONG height)
-{
-    // The lock only reads from the caller's samples when packing.
-    return {const_cast<uint32_t*>(samples), false, {0, 0, width, height}, 0};
-}
-
 bool isVideoEffect(LONG id) { return id >= effect_id::kVideoEffectFirst && id < effect_id::kVideoEffectEnd; }
 bool isSceneEffect(LONG id) { return id >= effect_id::kSceneFirst && id < effect_id::kSceneEnd; }
 
+// The path of a row that no Setup prepared, as the frame path finds it before the
+// effect's first Setup: no video effect and no client exist, and a routine has none of
+// the state that Setup makes.
+std::unique_ptr<EffectRunner> runnerBeforeSetup(const EffectDescriptor* effect)
+{
+    if (!effect || isVideoEffect(effect->id)) return std::make_unique<IdleRunner>();
+    if (isSceneEffect(effect->id)) return std::make_unique<SceneClientRunner>(nullptr, 0, 0);
+    if (effect->id == effect_id::kVectorAnimation) return std::make_unique<PassThroughRunner>();
+    if (effect->frameRoutine) return std::make_unique<FrameRoutineRunner>(effect->frameRoutine());
+    if (effect->imageRoutine) return std::make_unique<ImageRoutineRunner>(effect->imageRoutine());
+    return std::make_unique<IdleRunner>();
+}
+
 }  // namespace
+
+void CQXDynamicEffect::followSelection()
+{
+    if (!runner) return;  // not set up: Execute is refused anyway
+    standIn = effectIndex == runnerIndex ? nullptr : runnerBeforeSetup(currentEffect());
+}
 
 HRESULT CQXDynamicEffect::OnSetup(DWORD)
 {
+    // The path of the last Setup goes first: its client or object may hold what the new
+    // one needs.
+    standIn.reset();
+    runner.reset();
+    runnerIndex = -1;
     const EffectDescriptor* effect = currentEffect();
     if (!effect) return E_FAIL;  // the last Index put named no effect
     const transform::Bounds bounds = InputSurface()->GetBounds();
-    const LONG id = effect->id;
+    const HRESULT hr = setupRunner(*effect, bounds.width(), bounds.height());
+    if (SUCCEEDED(hr)) runnerIndex = effectIndex;
+    return hr;
+}
+
+// The tests on the id, in the order of the frame path.
+HRESULT CQXDynamicEffect::setupRunner(const EffectDescriptor& effect, LONG width, LONG height)
+{
+    const LONG id = effect.id;
     if (id == effect_id::kExternalFilter) return setupExternalFilter();
-    if (isVideoEffect(id)) return setupVideoEffect(id, bounds.width(), bounds.height());
-    if (isSceneEffect(id)) return setupSceneClient(id, bounds.width(), bounds.height());
-    if (id != effect_id::kVectorAnimation) return setupFrameRoutine(id);
-    return setupFlashAnimation(bounds.width(), bounds.height());
+    if (isVideoEffect(id)) return setupVideoEffect(id, width, height);
+    if (isSceneEffect(id)) {
+        setupSceneClient(id, width, height);
+        return S_OK;
+    }
+    if (id != effect_id::kVectorAnimation) return setupRoutine(effect);
+    return setupFlashAnimation(width, height);
 }
 
 HRESULT CQXDynamicEffect::setupFlashAnimation(LONG width, LONG height)
 {
-    flashAnimation = std::make_unique<CSwfRenderer>();
-    if (!flashAnimation->Load(source, width, height, 0)) {
-        flashAnimation.reset();
-        return E_FAIL;
-    }
-    flashAnimation->SetDuration(float(double(duration) / 10000000.0));
+    auto animation = std::make_unique<CSwfRenderer>();
+    if (!animation->Load(source, width, height, 0)) return E_FAIL;
+    animation->SetDuration(float(double(duration) / 10000000.0));
+    runner = std::make_unique<FlashAnimationRunner>(std::move(animation), width, height);
     return S_OK;
 }
 
 HRESULT CQXDynamicEffect::setupExternalFilter()
 {
-    externalFilter.reset();
-    externalObject.reset();
-    HRESULT hr = CoCreateInstance(CLSID_ExternalFilterObject, nullptr, CLSCTX_ALL, IUnknown::iid,
-                                  reinterpret_cast<void**>(externalObject.out()));
-    if (FAILED(hr)) return hr;
-    hr = externalObject->QueryInterface(IExternalFilter::iid, reinterpret_cast<void**>(externalFilter.out()));
-    if (FAILED(hr)) return hr;
-    if (!externalFilter) return E_NOINTERFACE;
-    externalFilter->OpenFilter(filterId, &externalFilterHandle);  // its result is not used
+    auto filter = std::make_unique<ExternalFilterImage>();
+    if (const HRESULT hr = filter->open(filterId); FAILED(hr)) return hr;
+    runner = std::make_unique<ImageRoutineRunner>(std::move(filter));
     return S_OK;
 }
 
 HRESULT CQXDynamicEffect::setupVideoEffect(LONG id, LONG width, LONG height)
 {
-    videoEffect.reset();
-    if (!CreateVideoEffect(width, height, videoEffect, id) || !videoEffect) return E_FAIL;
-    videoEffect->SetParams(std::span(params).first(size_t(paramCount)));
-    videoEffect->Start();  // a failed start shows at the first frame, as the effect decides
+    std::unique_ptr<CVideoEffect> effect;
+    if (!CreateVideoEffect(width, height, effect, id) || !effect) return E_FAIL;
+    effect->SetParams(std::span(params).first(size_t(paramCount)));
+    effect->Start();  // a failed start shows at the first frame, as the effect decides
+    runner = std::make_unique<VideoEffectRunner>(std::move(effect), width, height);
     return S_OK;
 }
 
-HRESULT CQXDynamicEffect::setupSceneClient(LONG id, LONG width, LONG height)
+// Setup succeeds without a client too: the frames then pass through.
+void CQXDynamicEffect::setupSceneClient(LONG id, LONG width, LONG height)
 {
-    sceneClient = CreateClient(id, width, height);
-    if (!sceneClient) return S_OK;  // frames pass through
-    sceneClient->SetPath(source);
-    sceneClient->SetDuration(float(double(duration) / 10000000.0));
-    sceneClient->SetFps(fps);
-    sceneClient->SetAspectRatio(aspectRatio > 0.0f ? aspectRatio : float(double(width) / double(height)));
-    sceneClient->SetParams(params.data(), paramCount);
-    if (sceneClient->Init() == 0) sceneClient.reset();
-    return S_OK;
+    std::unique_ptr<C4DTransform> client = CreateClient(id, width, height);
+    if (client) {
+        client->SetPath(source);
+        client->SetDuration(float(double(duration) / 10000000.0));
+        client->SetFps(fps);
+        client->SetAspectRatio(aspectRatio > 0.0f ? aspectRatio : float(double(width) / double(height)));
+        client->SetParams(params.data(), paramCount);
+        if (client->Init() == 0) client.reset();
+    }
+    runner = std::make_unique<SceneClientRunner>(std::move(client), width, height);
 }
 
-HRESULT CQXDynamicEffect::setupFrameRoutine(LONG id)
+HRESULT CQXDynamicEffect::setupRoutine(const EffectDescriptor& effect)
 {
     // Every Setup of a pixel effect starts a new random sequence.
     os::srand(uint32_t(std::time(nullptr)));
     try {
-        if (id == effect_id::kPuzzle) puzzleFrames = BuildPuzzleFrames(params[0], params[1], params[2]);
-        if (id == effect_id::kOldFilm) filmState = std::make_unique<FilmState>();
+        if (effect.frameRoutine) {
+            std::unique_ptr<FrameRoutine> routine = effect.frameRoutine();
+            routine->setUp(paramValues());
+            runner = std::make_unique<FrameRoutineRunner>(std::move(routine));
+        } else if (effect.imageRoutine) {
+            std::unique_ptr<ImageRoutine> routine = effect.imageRoutine();
+            routine->setUp(paramValues());
+            runner = std::make_unique<ImageRoutineRunner>(std::move(routine));
+        } else {
+            runner = std::make_unique<IdleRunner>();  // nothing computes this row
+        }
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     }
     return S_OK;
 }
 
-void* CQXDynamicEffect::routineState(LONG id)
-{
-    if (id == effect_id::kPuzzle) return &puzzleFrames;
-    if (id == effect_id::kOldFilm) return filmState.get();
-    if (id == effect_id::kExternalFilter) return this;
-    return nullptr;
-}
-
 HRESULT CQXDynamicEffect::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, bool*)
 {
-    std::unique_ptr<SurfaceLock> input;
+    std::unique_ptr<transform::SurfaceLock> input;
     HRESULT hr = InputSurface()->LockSurface(&workInfo.DoBnds, m_ulLockTimeOut, transform::DXLOCKF_READ, input);
     if (FAILED(hr)) return hr;
-    std::unique_ptr<SurfaceLock> output;
+    std::unique_ptr<transform::SurfaceLock> output;
     hr = OutputSurface()->LockSurface(&workInfo.OutputBnds, m_ulLockTimeOut, transform::DXLOCKF_READWRITE, output);
     if (FAILED(hr)) return hr;
 
     const LONG width = workInfo.DoBnds.width();
     const LONG height = workInfo.DoBnds.height();
-    FrameBuffer frame = allocateFrame(width, height);
+    pixel::FrameMemory frame = allocateFrame(width, height);
     if (!frame) return E_OUTOFMEMORY;
-    input->UnpackRect(packedRect(frame.get(), width, height));
-    const EffectDescriptor* effect = currentEffect();
-    if (!effect) return S_OK;
-    return dispatchFrame(*effect, std::move(frame), width, height, *output);
+    input->UnpackRect({frame.get(), false, {0, 0, width, height}, 0});
+    EffectRunner* path = standIn ? standIn.get() : runner.get();
+    if (!path) return S_OK;
+    FrameWork work{std::move(frame), width, height, progress(), paramValues(), *output};
+    return path->run(work);
     // The output lock is released before the input lock, in reverse order of taking.
-}
-
-HRESULT CQXDynamicEffect::dispatchFrame(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
-                                        SurfaceLock& output)
-{
-    const float progress = this->progress();
-    if (isVideoEffect(effect.id) && videoEffect) {
-        FrameBuffer result = allocateFrame(width, height);
-        if (!result) return E_FAIL;
-        videoEffect->ProcessFrame(frame.get(), result.get(), progress);
-        output.PackRect(packedRect(result.get(), width, height));
-        return S_OK;
-    }
-    if (effect.id == effect_id::kVectorAnimation) {
-        // The animation's frame over the video: its magenta background keyed out.
-        if (flashAnimation) flashAnimation->Draw(frame.get(), progress, 1, 0.0f, 0.0f, 1.0f, 1.0f);
-        output.PackRect(packedRect(frame.get(), width, height));
-        return S_OK;
-    }
-    if (isSceneEffect(effect.id)) {
-        if (sceneClient) {
-            sceneClient->frame = frame.get();
-            sceneClient->firstImage = nullptr;
-            sceneClient->secondImage = nullptr;
-            sceneClient->progress = progress;
-            sceneClient->Process();
-        }
-        output.PackRect(packedRect(frame.get(), width, height));
-        return S_OK;
-    }
-    if (effect.frameRoutine) return runFrameRoutine(effect, std::move(frame), width, height, progress, output);
-    if (effect.imageRoutine) return runImageRoutine(effect, std::move(frame), width, height, progress, output);
-    return S_OK;  // nothing computes this effect: the output is left unwritten
-}
-
-HRESULT CQXDynamicEffect::runFrameRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
-                                          float progress, SurfaceLock& output)
-{
-    draw2d::Bitmap bitmap(width, height, width * 4, frame.get());
-    if (bitmap.status() != draw2d::Status::Ok) return S_OK;
-    effect.frameRoutine(bitmap, progress, params.data(), paramCount, routineState(effect.id));
-    draw2d::BitmapData bits;
-    if (bitmap.lockBits(bits) != draw2d::Status::Ok || !bits.scan0) return E_FAIL;
-    output.PackRect(packedRect(bits.scan0, width, height));
-    bitmap.unlockBits();
-    return S_OK;
-}
-
-// The frame goes to the routine as a bitmap handle built from a DIB header with a
-// positive height: the top-down frame is declared bottom-up, so the routine sees it
-// upside down, and the way back through the DIB block turns it over again.
-HRESULT CQXDynamicEffect::runImageRoutine(const EffectDescriptor& effect, FrameBuffer frame, LONG width, LONG height,
-                                          float progress, SurfaceLock& output)
-{
-    imaging::BitmapHandle handle;
-    const size_t bytes = size_t(width) * size_t(height) * sizeof(uint32_t);
-    const auto* bits = reinterpret_cast<const uint8_t*>(frame.get());
-    if (handle.loadDib(imaging::frameDibHeader(width, height), {bits, bytes}) != 1) return E_FAIL;
-    frame.reset();  // the handle has its own copy
-    effect.imageRoutine(&handle, double(progress), params.data(), paramCount, routineState(effect.id));
-    // The DIB block's rows, in its memory order, are the frame's rows: they are packed
-    // straight from the handle, without making the block.
-    if (handle.width() != width || handle.height() != height) return E_FAIL;
-    for (LONG y = 0; y < height; ++y) {
-        const auto row = handle.dibRow(y);
-        output.PackRect({const_cast<uint32_t*>(row.data()), false, {0, y, width, y + 1}, 0});
-    }
-    return S_OK;
 }
 
 }  // namespace qx

@@ -7,8 +7,7 @@ namespace qx {
 C4DAnim::~C4DAnim()
 {
     if (listening)
-        if (C4DContext* context = C4DContext::Instance())
-            context->RemoveResetListener(this);
+        if (C4DContext* context = C4DContext::Instance()) context->RemoveResetListener(this);
 }
 
 LONG C4DAnim::Init()
@@ -29,8 +28,7 @@ bool C4DAnim::SetImage(LONG index, const uint32_t* pixels)
 
 void C4DAnim::Draw()
 {
-    if (player)
-        player->Render(progress, Step(), frame);
+    if (player) player->Render(progress, Step(), frame);
 }
 
 }  // namespace qx

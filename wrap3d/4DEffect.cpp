@@ -8,8 +8,7 @@ LONG C4DEffect::Init() { return InitPlayer(std::make_unique<wrap3d::Effect3D>(),
 
 void C4DEffect::Draw()
 {
-    if (!player)
-        return;
+    if (!player) return;
     player->SetImage(0, frame, 0);
     player->Render(progress, Step(), frame);
 }
@@ -18,8 +17,7 @@ LONG C4DParticles::Init() { return InitPlayer(std::make_unique<wrap3d::ParticleS
 
 void C4DParticles::Draw()
 {
-    if (!player)
-        return;
+    if (!player) return;
     player->SetImage(0, frame, 0);
     player->Render(progress * duration, Step(), frame);
 }
@@ -28,8 +26,7 @@ LONG C4DTransition::Init() { return InitPlayer(std::make_unique<wrap3d::Transiti
 
 void C4DTransition::Draw()
 {
-    if (!player)
-        return;
+    if (!player) return;
     player->SetImage(0, firstImage, 0);
     player->SetImage(1, secondImage, 0);
     player->Render(progress, Step(), frame);

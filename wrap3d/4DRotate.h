@@ -17,8 +17,9 @@ protected:
     /// Loads `sceneFile` (whatever the path holds), scales the first object and places
     /// camera 0 at the origin with a field of 45 degrees, near 0.1 and far 50.
     LONG InitMotion(const char16_t* sceneFile, const qx4d::Float3& scale);
-    /// The value of parameter pair `pair` at the current progress, in double precision.
-    float Interpolate(size_t pair) const;
+    /// The value between the parameter at slot `start` and the one after it at the
+    /// current progress, in double precision.
+    float Interpolate(int start) const;
     /// Sets the entity's rotation from degrees A, B, C, B taking the first place, and
     /// plays the frame.
     void TurnAndRender(float a, float b, float c);
@@ -28,8 +29,6 @@ protected:
 
 class C4DRotate : public C4DObjectMotion {
 public:
-    static constexpr LONG kParamCount = 12;
-
     LONG Init() override;
     void GetDefaults(LONG* Params, LONG* nParams) override;
 
@@ -42,8 +41,6 @@ protected:
 
 class C4DCube : public C4DObjectMotion {
 public:
-    static constexpr LONG kParamCount = 7;
-
     LONG Init() override;
     void GetDefaults(LONG* Params, LONG* nParams) override;
 

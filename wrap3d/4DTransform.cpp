@@ -23,8 +23,7 @@ void UnderBridgeLock(Work&& work)
     }
     std::lock_guard guard(context->Lock());
     work();
-    if (qx4d::GraphicsDevice* device = context->Device())
-        device->ReleaseThread();
+    if (qx4d::GraphicsDevice* device = context->Device()) device->ReleaseThread();
 }
 
 }  // namespace
@@ -38,8 +37,7 @@ C4DTransform::~C4DTransform()
 
 void C4DTransform::GetDefaults(LONG*, LONG* nParams)
 {
-    if (nParams)
-        *nParams = 0;
+    if (nParams) *nParams = 0;
 }
 
 void C4DTransform::Process()
@@ -76,8 +74,7 @@ LONG C4DTransform::InitPlayer(std::unique_ptr<wrap3d::Base3D> newPlayer, std::u1
     LONG result = 0;
     UnderBridgeLock([&] {
         player = std::move(newPlayer);
-        if (!player || !player->Load(qx4d::String(scenePath)))
-            return;
+        if (!player || !player->Load(qx4d::String(scenePath))) return;
         player->Resize(width, height);  // its result is not looked at
         result = 1;
     });
@@ -89,8 +86,7 @@ void C4DTransform::SetPath(std::u16string_view text) { path = text.substr(0, kMa
 void C4DTransform::SetParams(const LONG* values, LONG count)
 {
     paramCount = std::clamp<LONG>(count, 0, LONG(params.size()));
-    if (values)
-        std::copy_n(values, paramCount, params.begin());
+    if (values) std::copy_n(values, paramCount, params.begin());
 }
 
 void C4DTransform::SetSize(LONG frameWidth, LONG frameHeight)
@@ -101,10 +97,8 @@ void C4DTransform::SetSize(LONG frameWidth, LONG frameHeight)
 
 void C4DTransform::GetSize(LONG* frameWidth, LONG* frameHeight) const
 {
-    if (frameWidth)
-        *frameWidth = width;
-    if (frameHeight)
-        *frameHeight = height;
+    if (frameWidth) *frameWidth = width;
+    if (frameHeight) *frameHeight = height;
 }
 
 }  // namespace qx

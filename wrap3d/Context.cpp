@@ -11,8 +11,6 @@
 
 namespace qx {
 
-namespace gpu = qx::gpu;
-
 namespace {
 
 /// The guard of the global pointer, apart from the context's own lock.
@@ -34,7 +32,7 @@ constexpr DWORD kMinPixelShaderVersion = 0xFFFF0103u;
 /// The aliases of the content, in the order they are mounted, with their folders under
 /// the data path.
 constexpr std::pair<const char16_t*, const char16_t*> kAliases[] = {
-    {u"IMAGES", u"\\Images\\"},   {u"EFFECTS", u"\\Effects\\"}, {u"SCENES", u"\\Scenes\\"},
+    {u"IMAGES", u"\\Images\\"},     {u"EFFECTS", u"\\Effects\\"}, {u"SCENES", u"\\Scenes\\"},
     {u"EMITTERS", u"\\Emitters\\"}, {u"OBJECTS", u"\\Objects\\"}, {u"MATERIALS", u"\\Materials\\"},
 };
 
@@ -42,14 +40,12 @@ constexpr std::pair<const char16_t*, const char16_t*> kAliases[] = {
 // they hand the work to the worker, which takes no lock for it.
 void PostDeviceLost()
 {
-    if (C4DContext* context = C4DContext::Instance())
-        context->Send(C4DContext::kDeviceLost);
+    if (C4DContext* context = C4DContext::Instance()) context->Send(C4DContext::kDeviceLost);
 }
 
 void PostDeviceReset()
 {
-    if (C4DContext* context = C4DContext::Instance())
-        context->Send(C4DContext::kDeviceReset);
+    if (C4DContext* context = C4DContext::Instance()) context->Send(C4DContext::kDeviceReset);
 }
 
 }  // namespace
@@ -58,8 +54,7 @@ C4DContext::C4DContext() = default;
 
 C4DContext::~C4DContext()
 {
-    if (!worker.joinable())
-        return;
+    if (!worker.joinable()) return;
     Send(kQuit);
     worker.join();
 }
@@ -74,8 +69,7 @@ bool C4DContext::Start()
 
 bool C4DContext::Send(Command command)
 {
-    if (!worker.joinable())
-        return false;
+    if (!worker.joinable()) return false;
     std::unique_lock guard(queueLock);
     const uint64_t ticket = ++posted;
     commands.emplace_back(command, ticket);
@@ -99,8 +93,7 @@ void C4DContext::Run()
             done = next.second;
             queueChanged.notify_all();
         }
-        if (next.first == kQuit)
-            return;
+        if (next.first == kQuit) return;
     }
 }
 
@@ -140,8 +133,7 @@ void C4DContext::Create()
         return;
     }
     CreateServices();
-    if (device)
-        device->ReleaseThread();
+    if (device) device->ReleaseThread();
 }
 
 void C4DContext::CreateServices()
@@ -149,8 +141,7 @@ void C4DContext::CreateServices()
     renderer = std::make_unique<qx4d::Renderer>();
     files = std::make_unique<qx4d::FileManager>();
     const std::u16string dataPath = DataPathBuffer();
-    for (const auto& [alias, folder] : kAliases)
-        files->Mount(alias, dataPath + folder);
+    for (const auto& [alias, folder] : kAliases) files->Mount(alias, dataPath + folder);
     queue = std::make_unique<qx4d::RenderQueue>();
     particles = std::make_unique<qx4d::ParticleBucket>();
     flares = std::make_unique<qx4d::LensFlareBucket>();
@@ -164,8 +155,7 @@ void C4DContext::CreateServices()
 void C4DContext::SetSamplerStates()
 {
     gpu::Device* direct = device ? device->GetDevice().get() : nullptr;
-    if (!direct)
-        return;
+    if (!direct) return;
     for (DWORD stage = 0; stage < 8; ++stage) {
         direct->SetSamplerState(stage, gpu::D3DSAMP_MINFILTER, gpu::D3DTEXF_LINEAR);
         direct->SetSamplerState(stage, gpu::D3DSAMP_MAGFILTER, gpu::D3DTEXF_LINEAR);
@@ -175,21 +165,16 @@ void C4DContext::SetSamplerStates()
 
 void C4DContext::HandleDeviceLost()
 {
-    if (renderer)
-        renderer->OnDeviceLost();
-    if (device)
-        device->Reset();
+    if (renderer) renderer->OnDeviceLost();
+    if (device) device->Reset();
 }
 
 void C4DContext::HandleDeviceReset()
 {
-    if (renderer)
-        renderer->OnDeviceReset();
+    if (renderer) renderer->OnDeviceReset();
     SetSamplerStates();
-    for (C4DReset* listener : resetListeners)
-        listener->Raise();
-    if (device)
-        device->ReleaseThread();
+    for (C4DReset* listener : resetListeners) listener->Raise();
+    if (device) device->ReleaseThread();
 }
 
 void C4DContext::Teardown()
@@ -199,8 +184,7 @@ void C4DContext::Teardown()
     particles.reset();
     queue.reset();
     renderer.reset();
-    if (device)
-        device->ReleaseThread();
+    if (device) device->ReleaseThread();
     device.reset();
     files.reset();
 }
@@ -221,11 +205,9 @@ LONG EnsureContext()
 {
     std::lock_guard guard(PointerGuard());
     std::unique_ptr<C4DContext>& context = TheContext();
-    if (context)
-        return 1;
+    if (context) return 1;
     context = std::make_unique<C4DContext>();
-    if (context->Start())
-        return 1;
+    if (context->Start()) return 1;
     context.reset();
     return 0;
 }
@@ -233,8 +215,7 @@ LONG EnsureContext()
 bool IsContextReady()
 {
     C4DContext* context = C4DContext::Instance();
-    if (!context)
-        return false;
+    if (!context) return false;
     std::lock_guard guard(context->Lock());
     return context->HasRenderer();
 }

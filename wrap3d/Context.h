@@ -30,8 +30,7 @@ public:
     bool NeedsReset() const { return counter > 0; }
     void ClearReset()
     {
-        if (counter >= 1)
-            --counter;
+        if (counter >= 1) --counter;
     }
     void Raise() { ++counter; }
 

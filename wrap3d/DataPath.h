@@ -1,6 +1,7 @@
 #pragma once
-// The process-wide data path that the host sets once: a buffer that the scene engine reads
-// when it starts, and a string that the vector animation prefixes to its source.
+// The process-wide data path that the host sets once: a buffer that the scene context
+// reads when it starts, and a string that the vector animation prefixes to its source. It
+// lives with the scene bridge, below the host and the video objects that read it.
 #include <string>
 #include <string_view>
 

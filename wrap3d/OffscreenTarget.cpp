@@ -25,9 +25,9 @@ bool OffscreenTarget::Create(int32_t newWidth, int32_t newHeight)
     height = newHeight;
     gpu::Device* device = qx4d::CurrentDevice();
     qx4d::Renderer* renderer = qx4d::Renderer::Instance();
-    if (!device || !renderer || width <= 0 || height <= 0
-        || FAILED(device->CreateOffscreenPlainSurface(UINT(width), UINT(height), gpu::D3DFMT_A8R8G8B8,
-                                                      gpu::D3DPOOL_SYSTEMMEM, &readback)))
+    if (!device || !renderer || width <= 0 || height <= 0 ||
+        FAILED(device->CreateOffscreenPlainSurface(UINT(width), UINT(height), gpu::D3DFMT_A8R8G8B8,
+                                                   gpu::D3DPOOL_SYSTEMMEM, &readback)))
         return false;
     renderTarget = renderer->CreateRenderTarget(uint32_t(width), uint32_t(height));
     depthStencil = renderer->CreateDepthStencil(uint32_t(width), uint32_t(height), gpu::D3DFMT_D24S8);
@@ -40,8 +40,7 @@ bool OffscreenTarget::Begin()
     qx4d::Renderer* renderer = qx4d::Renderer::Instance();
     const qx4d::RenderTarget* target = renderer ? renderer->GetRenderTarget(renderTarget) : nullptr;
     const qx4d::DepthStencilSurface* depth = renderer ? renderer->GetDepthStencil(depthStencil) : nullptr;
-    if (!device || !target || !depth)
-        return false;
+    if (!device || !target || !depth) return false;
     device->GetRenderTarget(0, &savedColor);
     device->GetDepthStencilSurface(&savedDepth);
     device->SetRenderTarget(0, target->surface);
@@ -54,17 +53,14 @@ void OffscreenTarget::End(uint32_t* out)
     gpu::Device* device = qx4d::CurrentDevice();
     qx4d::Renderer* renderer = qx4d::Renderer::Instance();
     const qx4d::RenderTarget* target = renderer ? renderer->GetRenderTarget(renderTarget) : nullptr;
-    if (!device)
-        return;
-    if (target && readback)
-        device->GetRenderTargetData(target->surface, readback);
+    if (!device) return;
+    if (target && readback) device->GetRenderTargetData(target->surface, readback);
     device->SetRenderTarget(0, savedColor);
     device->SetDepthStencilSurface(savedDepth);
     savedColor.reset();
     savedDepth.reset();
     gpu::D3DLOCKED_RECT locked;
-    if (!readback || !out || FAILED(readback->LockRect(&locked, gpu::D3DLOCK_READONLY)))
-        return;
+    if (!readback || !out || FAILED(readback->LockRect(&locked, gpu::D3DLOCK_READONLY))) return;
     // The callers' rows are width x 4 bytes. This device layer's pitch is exactly that, and
     // the frame goes over in one block; a wider pitch would run past the caller's buffer,
     // so it is taken row by row.

@@ -6,6 +6,7 @@
 #include "wrap3d/4DEffect.h"
 #include "wrap3d/4DRotate.h"
 #include "wrap3d/Context.h"
+#include "wrap3d/SceneEffects.h"
 
 #include <new>
 
@@ -22,13 +23,13 @@ std::unique_ptr<C4DTransform> Make()
 std::unique_ptr<C4DTransform> MakeClient(LONG id)
 {
     switch (id) {
-    case 5000: return Make<C4DCube>();
-    case 5002: return Make<C4DRotate>();
-    case 5003: return Make<C4DParticles>();
-    case 5004:
-    case 5005: return Make<C4DEffect>();
-    case 20000: return Make<C4DTransition>();
-    case 30000: return Make<C4DAnim>();
+    case effect_id::kCube: return Make<C4DCube>();
+    case effect_id::kMove3D: return Make<C4DRotate>();
+    case effect_id::kParticles3D: return Make<C4DParticles>();
+    case effect_id::kScene3D:
+    case effect_id::kAnimation3D: return Make<C4DEffect>();
+    case effect_id::kTransition3D: return Make<C4DTransition>();
+    case effect_id::kComposition3D: return Make<C4DAnim>();
     default: return nullptr;  // 5001 too
     }
 }
@@ -37,19 +38,16 @@ std::unique_ptr<C4DTransform> MakeClient(LONG id)
 
 std::unique_ptr<C4DTransform> CreateClient(LONG id, LONG width, LONG height)
 {
-    if (!EnsureContext())
-        return nullptr;
+    if (!EnsureContext()) return nullptr;
     std::unique_ptr<C4DTransform> client = MakeClient(id);
-    if (client)
-        client->SetSize(width, height);
+    if (client) client->SetSize(width, height);
     return client;
 }
 
 float GetSceneDuration(std::u16string_view path)
 {
     const C4DTransform probe;  // making a client is what starts the context
-    if (!IsContextReady())
-        return 1.0f;
+    if (!IsContextReady()) return 1.0f;
     std::lock_guard guard(C4DContext::Instance()->Lock());
     return qx4d::GetDuration(qx4d::String(path));
 }
@@ -57,12 +55,10 @@ float GetSceneDuration(std::u16string_view path)
 LONG GetSceneImagesCount(std::u16string_view path)
 {
     qx4d::TextReader reader;
-    if (!reader.Open(u"SCENES:" + std::u16string(path)))
-        return 0;
+    if (!reader.Open(u"SCENES:" + std::u16string(path))) return 0;
     qx4d::String key;
     while (reader.NextToken(key, true)) {
-        if (key == u"Composition")
-            return reader.NextToken(true) ? reader.ToInt() : 0;
+        if (key == u"Composition") return reader.NextToken(true) ? reader.ToInt() : 0;
         reader.SkipLine();
     }
     return -1;

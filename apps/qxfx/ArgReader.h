@@ -1,7 +1,7 @@
 #pragma once
 // Walks the arguments of a subcommand: options with their values, strictly parsed
 // numbers, and one-line errors that name the option.
-#include "apps/qxfx/CommandError.h"
+#include "apps/session/CommandError.h"
 
 #include <span>
 #include <string>

@@ -1,6 +1,8 @@
 #include "apps/qxfx/Catalogue.h"
 
+#include "apps/session/ContentPack.h"
 #include "host/DynamicEffect.h"
+#include "host/EffectCatalog.h"
 #include "platform/os/WideText.h"
 
 namespace qx::qxfx {
@@ -14,7 +16,8 @@ std::string categoryName(CQXDynamicEffect& host, LONG categoryId)
     for (LONG i = 0; i < count; ++i) {
         LONG id = -1;
         Bstr name;
-        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId && host.GetCategoryString(i, name.out()) == S_OK) {
+        if (host.GetCategoryIDFromIndex(i, &id) == S_OK && id == categoryId &&
+            host.GetCategoryString(i, name.out()) == S_OK) {
             return os::toUtf8(name.view());
         }
     }
@@ -49,6 +52,11 @@ std::vector<CatalogueEntry> readCatalogue()
         LONG valueCount = 0;
         host->GetEffectDefaults(index, values, &valueCount);
         entry.defaults = os::toUtf8(formatParams(std::span(values, size_t(valueCount))));
+        entry.needsPack = needsPack(id);
+        entry.source = packSource(id);
+        // The host's interface has no member for the meaning of the values: the tables
+        // are read directly.
+        entry.params = EffectTable[size_t(index)].params;
         entries.push_back(std::move(entry));
     }
     return entries;

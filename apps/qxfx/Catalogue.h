@@ -1,5 +1,8 @@
 #pragma once
-// The catalogue as the effect host reports it, gathered for display.
+// The catalogue as the effect host reports it, gathered for display, with the table of
+// each effect's parameters.
+#include "effects/ParamTable.h"
+
 #include <string>
 #include <vector>
 
@@ -12,7 +15,10 @@ struct CatalogueEntry {
     int category = 0;
     std::string categoryName;
     bool hasDialog = false;
-    std::string defaults;  // the parameter text of the defaults
+    std::string defaults;    // the parameter text of the defaults
+    bool needsPack = false;  // plays content of the data path (scenes, animations)
+    std::string source;      // the pack's Source it plays by default; empty: none
+    ParamTable params;       // what each value of the list means
 };
 
 /// Every row of the effect table, the external filter included, asked of a new host.

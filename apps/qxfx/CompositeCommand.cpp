@@ -1,12 +1,12 @@
 #include "apps/qxfx/CompositeCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
-#include "apps/qxfx/CompositeJob.h"
-#include "apps/qxfx/OverlayFile.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"
 #include "apps/qxfx/VideoWriter.h"
+#include "apps/session/CompositeJob.h"
+#include "apps/session/OverlayFile.h"
 #include "filters/Compositor.h"
 #include "platform/os/WideText.h"
 #include "platform/video/MovieReaderComponent.h"
@@ -99,40 +99,68 @@ ULONG similarity(std::string_view option, ArgReader& args)
 bool readPlacement(ArgReader& args, std::string_view option, Placement& p)
 {
     const auto fraction = [&] { return float(args.number(option, -100.0, 100.0)); };
-    if (option == "--x") p.x = fraction();
-    else if (option == "--y") p.y = fraction();
-    else if (option == "--width") p.width = fraction();
-    else if (option == "--height") p.height = fraction();
-    else if (option == "--src-x") p.srcX = fraction();
-    else if (option == "--src-y") p.srcY = fraction();
-    else if (option == "--src-width") p.srcWidth = fraction();
-    else if (option == "--src-height") p.srcHeight = fraction();
-    else if (option == "--angle") p.angle = float(args.number(option, -36000.0, 36000.0));
-    else if (option == "--opacity") p.opacity = float(args.number(option, 0.0, 1.0));
-    else if (option == "--aspect") p.aspect = float(args.number(option, 0.0, 1000.0));
-    else if (option == "--key") p.key = colorRef(option, args.value(option));
-    else if (option == "--similarity") p.similarity = similarity(option, args);
-    else if (option == "--duration") p.duration = args.number(option, 0.0, 1e9);
-    else if (option == "--media-start") p.mediaStart = args.number(option, 0.0, 1e9);
-    else return false;
+    if (option == "--x")
+        p.x = fraction();
+    else if (option == "--y")
+        p.y = fraction();
+    else if (option == "--width")
+        p.width = fraction();
+    else if (option == "--height")
+        p.height = fraction();
+    else if (option == "--src-x")
+        p.srcX = fraction();
+    else if (option == "--src-y")
+        p.srcY = fraction();
+    else if (option == "--src-width")
+        p.srcWidth = fraction();
+    else if (option == "--src-height")
+        p.srcHeight = fraction();
+    else if (option == "--angle")
+        p.angle = float(args.number(option, -36000.0, 36000.0));
+    else if (option == "--opacity")
+        p.opacity = float(args.number(option, 0.0, 1.0));
+    else if (option == "--aspect")
+        p.aspect = float(args.number(option, 0.0, 1000.0));
+    else if (option == "--key")
+        p.key = colorRef(option, args.value(option));
+    else if (option == "--similarity")
+        p.similarity = similarity(option, args);
+    else if (option == "--duration")
+        p.duration = args.number(option, 0.0, 1e9);
+    else if (option == "--media-start")
+        p.mediaStart = args.number(option, 0.0, 1e9);
+    else
+        return false;
     return true;
 }
 
 void readOption(ArgReader& args, std::string_view option, CompositeOptions& o)
 {
     if (readPlacement(args, option, o.placement)) return;
-    if (option == "-i" || option == "--input") o.input = args.value(option);
-    else if (option == "--overlay") o.overlay = args.value(option);
-    else if (option == "--second") o.second = args.value(option);
-    else if (option == "-o" || option == "--output") o.output = args.value(option);
-    else if (option == "--discard") o.discard = true;
-    else if (option == "--lossless") o.lossless = true;
-    else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
-    else if (option == "--frames") o.frames = args.integer(option, 1, kMaxFrames);
-    else if (option == "--fps") o.fps = args.number(option, 0.001, 1000.0);
-    else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-    else if (option == "-h" || option == "--help") o.help = true;
-    else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx composite --help')");
+    if (option == "-i" || option == "--input")
+        o.input = args.value(option);
+    else if (option == "--overlay")
+        o.overlay = args.value(option);
+    else if (option == "--second")
+        o.second = args.value(option);
+    else if (option == "-o" || option == "--output")
+        o.output = args.value(option);
+    else if (option == "--discard")
+        o.discard = true;
+    else if (option == "--lossless")
+        o.lossless = true;
+    else if (option == "--size")
+        std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+    else if (option == "--frames")
+        o.frames = args.integer(option, 1, kMaxFrames);
+    else if (option == "--fps")
+        o.fps = args.number(option, 0.001, 1000.0);
+    else if (option == "--threads")
+        o.threads = int(args.integer(option, 0, 64));
+    else if (option == "-h" || option == "--help")
+        o.help = true;
+    else
+        throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx composite --help')");
 }
 
 CompositeOptions parseOptions(std::span<const std::string_view> arguments)
@@ -190,7 +218,8 @@ int runComposite(std::span<const std::string_view> args)
         const int width = reader ? reader->width() : o.width;
         const int height = reader ? reader->height() : o.height;
         const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
-        const long frames = o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
+        const long frames =
+            o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
         const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
         // Movies are read through the movie reader component, found by class identifier.
         video::RegisterMovieReader();
@@ -199,13 +228,16 @@ int runComposite(std::span<const std::string_view> args)
         putProperties(job.compositor(), o.placement, double(frames) / fps, overlay.path());
         job.setUp();
         std::unique_ptr<VideoWriter> writer;
-        if (!o.discard) writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
+        if (!o.discard)
+            writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
         ProgressBar bar("composite", frames);
         bool inputEnded = false;
         bool secondEnded = false;
         for (long i = 0; i < frames; ++i) {
-            if (!reader) drawTestPattern(job.first(), int(i), int(frames));
-            else if (!inputEnded && !reader->read(job.first())) inputEnded = true;
+            if (!reader)
+                drawTestPattern(job.first(), int(i), int(frames));
+            else if (!inputEnded && !reader->read(job.first()))
+                inputEnded = true;
             if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
             if (second && !secondEnded && !second->read(job.second())) secondEnded = true;
             const Frame& result = job.run(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f, !second);

@@ -2,7 +2,7 @@
 // The demo's contact sheet: for each effect a caption with its id and name over three
 // pictures of it (at progress 0, one half and 1), or over the note that says why it was
 // skipped; two effects a row.
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 
 #include <array>
 #include <string>

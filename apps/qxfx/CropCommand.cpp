@@ -49,16 +49,26 @@ struct CropOptions {
 
 void readOption(ArgReader& args, std::string_view option, CropOptions& o)
 {
-    if (option == "-i" || option == "--input") o.input = args.value(option);
-    else if (option == "-o" || option == "--output") o.output = args.value(option);
-    else if (option == "--discard") o.discard = true;
-    else if (option == "--lossless") o.lossless = true;
-    else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
-    else if (option == "--anti-flicker") o.antiFlicker = int(args.integer(option, 0, INT16_MAX));
-    else if (option == "--frames") o.frames = args.integer(option, 1, kMaxFrames);
-    else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-    else if (option == "-h" || option == "--help") o.help = true;
-    else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx crop --help')");
+    if (option == "-i" || option == "--input")
+        o.input = args.value(option);
+    else if (option == "-o" || option == "--output")
+        o.output = args.value(option);
+    else if (option == "--discard")
+        o.discard = true;
+    else if (option == "--lossless")
+        o.lossless = true;
+    else if (option == "--size")
+        std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+    else if (option == "--anti-flicker")
+        o.antiFlicker = int(args.integer(option, 0, INT16_MAX));
+    else if (option == "--frames")
+        o.frames = args.integer(option, 1, kMaxFrames);
+    else if (option == "--threads")
+        o.threads = int(args.integer(option, 0, 64));
+    else if (option == "-h" || option == "--help")
+        o.help = true;
+    else
+        throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx crop --help')");
 }
 
 CropOptions parseOptions(std::span<const std::string_view> arguments)
@@ -96,8 +106,7 @@ media::CMediaType rgb32Type(int width, int height)
 /// once the frame is back from the filter, so that no exception crosses the filter.
 class OutputFrames {
 public:
-    OutputFrames(const CropOptions& o, int width, int height, AVRational rate)
-        : frame_(makeFrame(width, height))
+    OutputFrames(const CropOptions& o, int width, int height, AVRational rate) : frame_(makeFrame(width, height))
     {
         if (!o.discard) writer_ = std::make_unique<VideoWriter>(o.output, width, height, rate, o.threads, o.lossless);
     }
@@ -165,8 +174,8 @@ int crop(const CropOptions& o)
     VideoReader reader(o.input, o.threads);
     CropGraph graph(o, reader);
     Frame input = makeFrame(reader.width(), reader.height());
-    const auto sample = media::CMediaSample::Wrap(
-        {reinterpret_cast<uint8_t*>(input.samples.data()), input.samples.size() * 4});
+    const auto sample =
+        media::CMediaSample::Wrap({reinterpret_cast<uint8_t*>(input.samples.data()), input.samples.size() * 4});
     const long total = std::min(o.frames, std::max<long>(1, long(VideoReader::countFrames(o.input))));
     ProgressBar bar("crop", total);
     long frames = 0;

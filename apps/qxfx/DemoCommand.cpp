@@ -3,12 +3,12 @@
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/Catalogue.h"
 #include "apps/qxfx/ContactSheet.h"
-#include "apps/qxfx/DataPack.h"
-#include "apps/qxfx/EffectSession.h"
 #include "apps/qxfx/FrameCanvas.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoWriter.h"
+#include "apps/session/ContentPack.h"
+#include "apps/session/EffectSession.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -36,7 +36,7 @@ struct DemoOptions {
     int width = 320;
     int height = 180;
     long frames = 25;
-    std::string dataPath = defaultDataPath();
+    std::string dataPath = findDataPath("/proc/self/exe");
     int threads = 0;
     bool help = false;
 };
@@ -47,13 +47,20 @@ DemoOptions parseOptions(std::span<const std::string_view> arguments)
     ArgReader args(arguments);
     while (!args.done()) {
         const auto option = args.take();
-        if (option == "--out") o.outDir = args.value(option);
-        else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
-        else if (option == "--frames") o.frames = args.integer(option, 3, 100001);
-        else if (option == "--data") o.dataPath = args.value(option);
-        else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-        else if (option == "-h" || option == "--help") o.help = true;
-        else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx demo --help')");
+        if (option == "--out")
+            o.outDir = args.value(option);
+        else if (option == "--size")
+            std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+        else if (option == "--frames")
+            o.frames = args.integer(option, 3, 100001);
+        else if (option == "--data")
+            o.dataPath = args.value(option);
+        else if (option == "--threads")
+            o.threads = int(args.integer(option, 0, 64));
+        else if (option == "-h" || option == "--help")
+            o.help = true;
+        else
+            throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx demo --help')");
     }
     if (o.frames % 2 == 0) throw CommandError("--frames must be odd, so that the middle frame is at progress 0.5");
     return o;
@@ -71,6 +78,7 @@ std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions
     EffectSettings settings;
     settings.effectId = entry.id;
     settings.dataPath = o.dataPath;
+    settings.source = packSource(entry.id);
     settings.fps = kFps;
     settings.durationSeconds = double(o.frames) / kFps;
     EffectSession session(settings, o.width, o.height);

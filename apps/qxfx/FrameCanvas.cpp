@@ -9,9 +9,9 @@ void makeOpaque(Frame& frame)
 
 draw2d::CairoSurface surfaceOver(Frame& frame)
 {
-    return draw2d::CairoSurface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(frame.samples.data()),
-                                                                    CAIRO_FORMAT_ARGB32, frame.width, frame.height,
-                                                                    frame.width * 4));
+    return draw2d::CairoSurface(
+        cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(frame.samples.data()), CAIRO_FORMAT_ARGB32,
+                                            frame.width, frame.height, frame.width * 4));
 }
 
 void drawCaption(cairo_t* cr, double x, double y, const std::string& text, double fontSize)

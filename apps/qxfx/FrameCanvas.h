@@ -3,7 +3,7 @@
 // scaled into a larger picture. Cairo's ARGB32 is the frame's byte order on a
 // little-endian machine, but premultiplied, so frames are made opaque before Cairo sees
 // them (for opaque samples both forms agree).
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 #include "platform/draw2d/CairoHandles.h"
 
 #include <string>

@@ -35,12 +35,18 @@ CommandError unknownOption(std::string_view option)
 
 void readArgument(ArgReader& args, std::string_view arg, ImportArguments& parsed, std::optional<std::string>& input)
 {
-    if (arg == "-o" || arg == "--output") parsed.options.output = args.value(arg);
-    else if (arg == "--images") parsed.options.images = args.value(arg);
-    else if (arg == "-h" || arg == "--help") parsed.help = true;
-    else if (arg.starts_with("-")) throw unknownOption(arg);
-    else if (input) throw CommandError("give one model, not '" + *input + "' and '" + std::string(arg) + "'");
-    else input = std::string(arg);
+    if (arg == "-o" || arg == "--output")
+        parsed.options.output = args.value(arg);
+    else if (arg == "--images")
+        parsed.options.images = args.value(arg);
+    else if (arg == "-h" || arg == "--help")
+        parsed.help = true;
+    else if (arg.starts_with("-"))
+        throw unknownOption(arg);
+    else if (input)
+        throw CommandError("give one model, not '" + *input + "' and '" + std::string(arg) + "'");
+    else
+        input = std::string(arg);
 }
 
 ImportArguments parseArguments(std::span<const std::string_view> arguments)

@@ -16,8 +16,7 @@ constexpr int kBarWidth = 30;
 ProgressBar::ProgressBar(std::string label, long total)
     : label_(std::move(label)), total_(total), enabled_(isatty(STDERR_FILENO) == 1 && total > 1),
       start_(std::chrono::steady_clock::now()), lastDraw_(start_)
-{
-}
+{}
 
 ProgressBar::~ProgressBar()
 {

@@ -1,12 +1,12 @@
 #include "apps/qxfx/RenderCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
-#include "apps/qxfx/DataPack.h"
-#include "apps/qxfx/EffectSession.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"
 #include "apps/qxfx/VideoWriter.h"
+#include "apps/session/ContentPack.h"
+#include "apps/session/EffectSession.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -25,7 +25,8 @@ constexpr const char* kUsage =
     "      --index N        the effect by its table index instead\n"
     "  -p, --params TEXT    parameter text, each value followed by ';' (default: the\n"
     "                       effect's defaults)\n"
-    "      --source PATH    the effect's source (scene or animation file)\n"
+    "      --source PATH    the effect's source (scene or animation file, under the\n"
+    "                       data path); default: the pack's own for 5003 to 5005, 15000\n"
     "      --data PATH      data path of the content pack (default: the built or\n"
     "                       installed pack)\n"
     "  -i, --input PATH     video or image (anything FFmpeg reads); default: test pattern\n"
@@ -61,29 +62,46 @@ struct RenderOptions {
 
 void readOption(ArgReader& args, std::string_view option, RenderOptions& o)
 {
-    if (option == "-e" || option == "--effect") o.effect.effectId = LONG(args.integer(option, INT32_MIN, INT32_MAX));
-    else if (option == "--index") o.effectIndex = args.integer(option, 0, INT32_MAX);
-    else if (option == "-p" || option == "--params") o.effect.params = args.value(option);
-    else if (option == "--source") o.effect.source = args.value(option);
-    else if (option == "--data") o.effect.dataPath = args.value(option);
-    else if (option == "-i" || option == "--input") o.input = args.value(option);
-    else if (option == "-o" || option == "--output") o.output = args.value(option);
-    else if (option == "--discard") o.discard = true;
-    else if (option == "--lossless") o.lossless = true;
-    else if (option == "--size") std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
-    else if (option == "--frames") o.frames = args.integer(option, 1, kMaxFrames);
-    else if (option == "--fps") o.fps = args.number(option, 0.001, 1000.0);
-    else if (option == "--duration") o.effect.durationSeconds = args.number(option, 0.0, 1e9);
-    else if (option == "--aspect") o.effect.aspectRatio = float(args.number(option, 0.0, 1000.0));
-    else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-    else if (option == "-h" || option == "--help") o.help = true;
-    else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx render --help')");
+    if (option == "-e" || option == "--effect")
+        o.effect.effectId = LONG(args.integer(option, INT32_MIN, INT32_MAX));
+    else if (option == "--index")
+        o.effectIndex = args.integer(option, 0, INT32_MAX);
+    else if (option == "-p" || option == "--params")
+        o.effect.params = args.value(option);
+    else if (option == "--source")
+        o.effect.source = args.value(option);
+    else if (option == "--data")
+        o.effect.dataPath = args.value(option);
+    else if (option == "-i" || option == "--input")
+        o.input = args.value(option);
+    else if (option == "-o" || option == "--output")
+        o.output = args.value(option);
+    else if (option == "--discard")
+        o.discard = true;
+    else if (option == "--lossless")
+        o.lossless = true;
+    else if (option == "--size")
+        std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+    else if (option == "--frames")
+        o.frames = args.integer(option, 1, kMaxFrames);
+    else if (option == "--fps")
+        o.fps = args.number(option, 0.001, 1000.0);
+    else if (option == "--duration")
+        o.effect.durationSeconds = args.number(option, 0.0, 1e9);
+    else if (option == "--aspect")
+        o.effect.aspectRatio = float(args.number(option, 0.0, 1000.0));
+    else if (option == "--threads")
+        o.threads = int(args.integer(option, 0, 64));
+    else if (option == "-h" || option == "--help")
+        o.help = true;
+    else
+        throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx render --help')");
 }
 
 RenderOptions parseOptions(std::span<const std::string_view> arguments)
 {
     RenderOptions options;
-    options.effect.dataPath = defaultDataPath();
+    options.effect.dataPath = findDataPath("/proc/self/exe");
     ArgReader args(arguments);
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
@@ -107,6 +125,7 @@ LONG effectIdOfIndex(long index)
 int render(RenderOptions& o)
 {
     if (o.effectIndex) o.effect.effectId = effectIdOfIndex(*o.effectIndex);
+    if (o.effect.source.empty()) o.effect.source = packSource(o.effect.effectId);
     std::unique_ptr<VideoReader> reader;
     if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, o.threads);
     const int width = reader ? reader->width() : o.width;
@@ -119,13 +138,15 @@ int render(RenderOptions& o)
 
     EffectSession session(o.effect, width, height);
     std::unique_ptr<VideoWriter> writer;
-    if (!o.discard) writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads,
-                                                           o.lossless);
+    if (!o.discard)
+        writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
     ProgressBar bar("render", frames);
     bool inputEnded = false;
     for (long i = 0; i < frames; ++i) {
-        if (!reader) drawTestPattern(session.input(), int(i), int(frames));
-        else if (!inputEnded && !reader->read(session.input())) inputEnded = true;
+        if (!reader)
+            drawTestPattern(session.input(), int(i), int(frames));
+        else if (!inputEnded && !reader->read(session.input()))
+            inputEnded = true;
         if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
         session.process(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f);
         if (writer) writer->write(session.output());

@@ -37,11 +37,16 @@ ScenesOptions parseOptions(std::span<const std::string_view> arguments)
     ArgReader args(arguments);
     while (!args.done()) {
         const std::string_view option = args.take();
-        if (option == "-i" || option == "--input") o.input = args.value(option);
-        else if (option == "--json") o.json = true;
-        else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-        else if (option == "-h" || option == "--help") o.help = true;
-        else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx scenes --help')");
+        if (option == "-i" || option == "--input")
+            o.input = args.value(option);
+        else if (option == "--json")
+            o.json = true;
+        else if (option == "--threads")
+            o.threads = int(args.integer(option, 0, 64));
+        else if (option == "-h" || option == "--help")
+            o.help = true;
+        else
+            throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx scenes --help')");
     }
     if (!o.help && o.input.empty()) throw CommandError("give the video with -i (see 'qxfx scenes --help')");
     return o;
@@ -169,7 +174,8 @@ void print(const ScenesOptions& o, const std::vector<Cut>& cuts, long frames, do
     std::printf("%zu cut%s in %ld frame%s\n", cuts.size(), cuts.size() == 1 ? "" : "s", frames, frames == 1 ? "" : "s");
     if (cuts.empty()) return;
     std::printf("%8s %12s\n", "frame", "seconds");
-    for (const Cut& cut : cuts) std::printf("%8ld %12.3f\n", cut.frame, double(cut.time) / double(media::kUnitsPerSecond));
+    for (const Cut& cut : cuts)
+        std::printf("%8ld %12.3f\n", cut.frame, double(cut.time) / double(media::kUnitsPerSecond));
 }
 
 }  // namespace

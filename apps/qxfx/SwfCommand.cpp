@@ -62,20 +62,34 @@ swf::Rgba parseColor(std::string_view option, const std::string& text)
 
 void readOption(ArgReader& args, std::string_view option, SwfOptions& o)
 {
-    if (option == "-o" || option == "--output") o.output = args.value(option);
-    else if (option == "--discard") o.discard = true;
-    else if (option == "--lossless") o.lossless = true;
-    else if (option == "--size") o.size = args.size(option, kMaxFrameSide);
-    else if (option == "--stretch") o.stretch = true;
-    else if (option == "--frames") o.frames = args.integer(option, 1, kMaxFrames);
-    else if (option == "--fps") o.fps = args.number(option, 0.001, 1000.0);
-    else if (option == "--background") o.background = parseColor(option, args.value(option));
-    else if (option == "--transparent") o.background = swf::Rgba{0, 0, 0, 0};
-    else if (option == "--low-quality") o.lowQuality = true;
-    else if (option == "--threads") o.threads = int(args.integer(option, 0, 64));
-    else if (option == "-h" || option == "--help") o.help = true;
-    else if (!option.starts_with("-") && o.input.empty()) o.input = std::string(option);
-    else throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx swf --help')");
+    if (option == "-o" || option == "--output")
+        o.output = args.value(option);
+    else if (option == "--discard")
+        o.discard = true;
+    else if (option == "--lossless")
+        o.lossless = true;
+    else if (option == "--size")
+        o.size = args.size(option, kMaxFrameSide);
+    else if (option == "--stretch")
+        o.stretch = true;
+    else if (option == "--frames")
+        o.frames = args.integer(option, 1, kMaxFrames);
+    else if (option == "--fps")
+        o.fps = args.number(option, 0.001, 1000.0);
+    else if (option == "--background")
+        o.background = parseColor(option, args.value(option));
+    else if (option == "--transparent")
+        o.background = swf::Rgba{0, 0, 0, 0};
+    else if (option == "--low-quality")
+        o.lowQuality = true;
+    else if (option == "--threads")
+        o.threads = int(args.integer(option, 0, 64));
+    else if (option == "-h" || option == "--help")
+        o.help = true;
+    else if (!option.starts_with("-") && o.input.empty())
+        o.input = std::string(option);
+    else
+        throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx swf --help')");
 }
 
 SwfOptions parseOptions(std::span<const std::string_view> arguments)
@@ -109,7 +123,8 @@ int draw(const SwfOptions& o)
     const double fps = o.fps.value_or(declared > 0.0 && declared <= 1000.0 ? declared : kDefaultFps);
     const long frames = o.frames.value_or(long(std::min<size_t>(movie->frameCount(), size_t(kMaxFrames))));
     std::unique_ptr<VideoWriter> writer;
-    if (!o.discard) writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
+    if (!o.discard)
+        writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
     const swf::RenderOptions options{o.stretch ? swf::ScaleMode::ExactFit : swf::ScaleMode::ShowAll, !o.lowQuality,
                                      o.background};
     draw2d::Bitmap target(width, height, width * 4, frame.samples.data());

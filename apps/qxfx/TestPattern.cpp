@@ -11,8 +11,7 @@ constexpr uint32_t kOpaque = 0xFF000000u;
 
 // The seven bars, B, G, R in the low three bytes: white, yellow, cyan, green, magenta,
 // red, blue.
-constexpr std::array<uint32_t, 7> kBars = {0xC0C0C0u, 0x00C0C0u, 0xC0C000u, 0x00C000u,
-                                           0xC000C0u, 0x0000C0u, 0xC00000u};
+constexpr std::array<uint32_t, 7> kBars = {0xC0C0C0u, 0x00C0C0u, 0xC0C000u, 0x00C000u, 0xC000C0u, 0x0000C0u, 0xC00000u};
 
 uint32_t background(int x, int y, int width, int height)
 {

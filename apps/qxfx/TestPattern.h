@@ -2,7 +2,7 @@
 // The built-in test picture, for runs without an input file: colour bars, a grey ramp, a
 // grid and a disc that travels across the frame, so that moves, zooms, colour changes
 // and the passing of time all show.
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 
 namespace qx::qxfx {
 

@@ -4,7 +4,10 @@ namespace qx::qxfx {
 
 namespace {
 
-CommandError readError(const std::string& path, const std::string& what) { return CommandError("'" + path + "': " + what); }
+CommandError readError(const std::string& path, const std::string& what)
+{
+    return CommandError("'" + path + "': " + what);
+}
 
 }  // namespace
 
@@ -27,12 +30,9 @@ bool VideoReader::readYv12(std::span<uint8_t> planes)
 bool VideoReader::outcome(video::MovieReader::Read read) const
 {
     switch (read) {
-    case video::MovieReader::Read::Frame:
-        return true;
-    case video::MovieReader::Read::End:
-        return false;
-    case video::MovieReader::Read::Error:
-        break;
+    case video::MovieReader::Read::Frame: return true;
+    case video::MovieReader::Read::End: return false;
+    case video::MovieReader::Read::Error: break;
     }
     throw readError(path_, reader_->lastError());
 }

@@ -2,7 +2,7 @@
 // Reads the frames of anything FFmpeg opens (a video, or a still image, which gives one
 // frame) and hands them over as BGRA frames of the size of the first frame, through the
 // video layer's movie reader, with problems as one-line command errors.
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 #include "platform/video/MovieReader.h"
 
 #include <memory>

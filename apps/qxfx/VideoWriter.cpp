@@ -10,7 +10,10 @@ namespace qx::qxfx {
 
 namespace {
 
-CommandError writeError(const std::string& path, const std::string& what) { return CommandError("'" + path + "': " + what); }
+CommandError writeError(const std::string& path, const std::string& what)
+{
+    return CommandError("'" + path + "': " + what);
+}
 
 bool isImageSequence(const AVOutputFormat& format) { return std::string(format.name) == "image2"; }
 

@@ -3,7 +3,7 @@
 // a lossless codec the container takes) or to numbered PNG files (a path with a printf
 // number such as "frame-%04d.png").
 #include "apps/qxfx/AvHandles.h"
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 
 #include <string>
 

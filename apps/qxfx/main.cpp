@@ -46,8 +46,10 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
         std::fputs(kUsage, stdout);
         return 0;
     }
-    if (command.empty()) std::fputs(kUsage, stderr);
-    else std::fprintf(stderr, "qxfx: unknown command '%.*s' (see 'qxfx --help')\n", int(command.size()), command.data());
+    if (command.empty())
+        std::fputs(kUsage, stderr);
+    else
+        std::fprintf(stderr, "qxfx: unknown command '%.*s' (see 'qxfx --help')\n", int(command.size()), command.data());
     return 2;
 }
 

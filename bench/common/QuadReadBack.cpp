@@ -40,11 +40,11 @@ void BM_ClearQuadReadBack1080p(benchmark::State& state)
     std::shared_ptr<Texture> texture;
     std::shared_ptr<VertexDeclaration> declaration;
     std::shared_ptr<Effect> effect;
-    if (!device || FAILED(device->CreateRenderTarget(width, height, D3DFMT_A8R8G8B8, &target))
-        || FAILED(device->CreateOffscreenPlainSurface(width, height, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM, &memory))
-        || FAILED(device->CreateTexture(width, height, 1, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &texture))
-        || FAILED(device->CreateVertexDeclaration(kPositionT, &declaration))
-        || FAILED(D3DXCreateEffect(device, kQuadEffect, nullptr, &effect))) {
+    if (!device || FAILED(device->CreateRenderTarget(width, height, D3DFMT_A8R8G8B8, &target)) ||
+        FAILED(device->CreateOffscreenPlainSurface(width, height, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM, &memory)) ||
+        FAILED(device->CreateTexture(width, height, 1, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &texture)) ||
+        FAILED(device->CreateVertexDeclaration(kPositionT, &declaration)) ||
+        FAILED(D3DXCreateEffect(device, kQuadEffect, nullptr, &effect))) {
         state.SkipWithError("no device");
         return;
     }

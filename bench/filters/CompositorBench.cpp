@@ -20,9 +20,9 @@ extern "C" {
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 #include <stdexcept>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -46,7 +46,8 @@ std::vector<uint32_t> logo(int width, int height)
 // A 24-bit BMP file of `samples`, the simplest picture file to write by hand.
 std::string writeBmp(const std::vector<uint32_t>& samples, int width, int height)
 {
-    const std::string path = std::filesystem::temp_directory_path() / ("qx-bench-logo-" + std::to_string(::getpid()) + ".bmp");
+    const std::string path =
+        std::filesystem::temp_directory_path() / ("qx-bench-logo-" + std::to_string(::getpid()) + ".bmp");
     const uint32_t rowBytes = uint32_t(width * 3 + 3) & ~3u;
     const uint32_t dataBytes = rowBytes * uint32_t(height);
     std::vector<uint8_t> file(54 + dataBytes, 0);
@@ -65,9 +66,11 @@ std::string writeBmp(const std::vector<uint32_t>& samples, int width, int height
     put(34, dataBytes, 4);
     for (int y = 0; y < height; ++y) {
         uint8_t* row = file.data() + 54 + size_t(height - 1 - y) * rowBytes;
-        for (int x = 0; x < width; ++x) put(size_t(row - file.data()) + size_t(x) * 3, samples[size_t(y * width + x)], 3);
+        for (int x = 0; x < width; ++x)
+            put(size_t(row - file.data()) + size_t(x) * 3, samples[size_t(y * width + x)], 3);
     }
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
     return path;
 }
 
@@ -146,7 +149,8 @@ AVFilterContext* source(AVFilterGraph* graph, const char* name, int width, int h
     const std::string args = "video_size=" + std::to_string(width) + "x" + std::to_string(height) +
                              ":pix_fmt=" + std::to_string(int(AV_PIX_FMT_BGRA)) + ":time_base=1/25:pixel_aspect=1/1";
     AVFilterContext* context = nullptr;
-    if (avfilter_graph_create_filter(&context, avfilter_get_by_name("buffer"), name, args.c_str(), nullptr, graph) < 0) {
+    if (avfilter_graph_create_filter(&context, avfilter_get_by_name("buffer"), name, args.c_str(), nullptr, graph) <
+        0) {
         throw std::runtime_error("no buffer source");
     }
     return context;
@@ -159,7 +163,8 @@ void BM_FfmpegRotateColorkeyOverlay(benchmark::State& state)
     AVFilterContext* main = source(graph.get(), "main", kFrameWidth, kFrameHeight);
     AVFilterContext* picture = source(graph.get(), "picture", kPictureWidth, kPictureHeight);
     AVFilterContext* sink = nullptr;
-    if (avfilter_graph_create_filter(&sink, avfilter_get_by_name("buffersink"), "out", nullptr, nullptr, graph.get()) < 0) {
+    if (avfilter_graph_create_filter(&sink, avfilter_get_by_name("buffersink"), "out", nullptr, nullptr, graph.get()) <
+        0) {
         throw std::runtime_error("no sink");
     }
     AVFilterInOut* outputs = avfilter_inout_alloc();

@@ -66,8 +66,8 @@ std::vector<std::vector<uint8_t>> yv12Clip()
 /// that drops what it gets from a one-buffer memory allocator.
 struct BenchGraph {
     com::ComPtr<CHostSource> source;
-    com::ComPtr<CHostSink> sink = CHostSink::Create([](const CMediaType&) { return S_OK; },
-                                                    [](IMediaSample&) { return S_OK; });
+    com::ComPtr<CHostSink> sink =
+        CHostSink::Create([](const CMediaType&) { return S_OK; }, [](IMediaSample&) { return S_OK; });
 
     BenchGraph(const CMediaType& type, CTransformFilter& filter) : source(CHostSource::Create(type, 0, 0))
     {

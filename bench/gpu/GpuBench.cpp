@@ -65,15 +65,14 @@ std::shared_ptr<Device> makeDevice()
     return Device::create(parameters);
 }
 
-
 // Compiles (and links, with one draw) the typical effect; `fresh` makes every text new.
 void compileAndDraw(benchmark::State& state, bool fresh)
 {
     const auto device = makeDevice();
     std::shared_ptr<Surface> target;
     std::shared_ptr<VertexDeclaration> declaration;
-    if (!device || FAILED(device->CreateRenderTarget(16, 16, D3DFMT_A8R8G8B8, &target))
-        || FAILED(device->CreateVertexDeclaration(kMesh, &declaration))) {
+    if (!device || FAILED(device->CreateRenderTarget(16, 16, D3DFMT_A8R8G8B8, &target)) ||
+        FAILED(device->CreateVertexDeclaration(kMesh, &declaration))) {
         state.SkipWithError("no device");
         return;
     }

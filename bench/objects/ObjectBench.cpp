@@ -24,8 +24,7 @@ using namespace qx4d;
 void Grid(int columns, int rows, std::vector<Float3>& positions, std::vector<uint32_t>& corners)
 {
     for (int y = 0; y < rows; ++y)
-        for (int x = 0; x < columns; ++x)
-            positions.push_back({float(x), float(y), 0.1f * float((x * 7 + y * 3) % 5)});
+        for (int x = 0; x < columns; ++x) positions.push_back({float(x), float(y), 0.1f * float((x * 7 + y * 3) % 5)});
     for (int y = 0; y + 1 < rows; ++y) {
         for (int x = 0; x + 1 < columns; ++x) {
             const auto at = [&](int dx, int dy) { return uint32_t((y + dy) * columns + x + dx); };
@@ -41,8 +40,7 @@ struct Engine {
         gpu::D3DPRESENT_PARAMETERS parameters;
         parameters.BackBufferWidth = parameters.BackBufferHeight = 4;
         parameters.BackBufferFormat = gpu::D3DFMT_A8R8G8B8;
-        if (device.Create(parameters))
-            renderer = std::make_unique<Renderer>();
+        if (device.Create(parameters)) renderer = std::make_unique<Renderer>();
         folder = std::filesystem::temp_directory_path() / "qx4d-object-bench";
         std::filesystem::create_directories(folder);
         files.Mount(u"OBJECTS", folder.u16string());
@@ -112,8 +110,7 @@ MddPlayer& LargeMdd()
         Grid(250, 200, positions, corners);
         mdd.vertexCount = uint32_t(positions.size());
         mdd.frames = {positions, positions};
-        for (Float3& p : mdd.frames[1])
-            p[2] += 0.5f * p[0] / 250.0f;
+        for (Float3& p : mdd.frames[1]) p[2] += 0.5f * p[0] / 250.0f;
         mdd.timeline = {0, 1};
         mdd.triangles.assign(corners.begin(), corners.end());
         mdd.uvSetCount = 1;

@@ -47,7 +47,8 @@ std::vector<uint8_t> hundredShapes()
         const double turn = i * 0.4;
         const double x = (i % 10) * 3600 + 2000;
         const double y = (i / 10) * 2000 + 1200;
-        writer.place(uint16_t(i + 1), uint16_t(i + 1), {std::cos(turn), std::sin(turn), -std::sin(turn), std::cos(turn), x, y});
+        writer.place(uint16_t(i + 1), uint16_t(i + 1),
+                     {std::cos(turn), std::sin(turn), -std::sin(turn), std::cos(turn), x, y});
     }
     writer.showFrame();
     return writer.finish();

@@ -32,30 +32,26 @@ bool LoadDownpour(benchmark::State& state, FileManager& files, ParticleSystem& s
 {
     files.Mount(u"EMITTERS", std::u16string(u"" QX_DATA_DIR "/Emitters"));
     system.LoadEmitters(u"Averse\\Averse.xml");
-    if (system.instances.empty())
-        state.SkipWithError("the pack's downpour is missing");
+    if (system.instances.empty()) state.SkipWithError("the pack's downpour is missing");
     return !system.instances.empty();
 }
 
 void PerParticle(benchmark::State& state, int particles)
 {
     state.counters["particles"] = particles;
-    state.counters["per_particle"] = benchmark::Counter(double(particles), benchmark::Counter::kIsIterationInvariantRate
-                                                                              | benchmark::Counter::kInvert);
+    state.counters["per_particle"] = benchmark::Counter(
+        double(particles), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void BM_DownpourSimulation(benchmark::State& state)
 {
     FileManager files;
     ParticleSystem system;
-    if (!LoadDownpour(state, files, system))
-        return;
+    if (!LoadDownpour(state, files, system)) return;
     WithThreads(state, [&] {
         float time = 0.0f;
-        for (int step = 0; step < 40; ++step)
-            system.Update(time += kStep, kStep);
-        for (auto _ : state)
-            system.Update(time += kStep, kStep);
+        for (int step = 0; step < 40; ++step) system.Update(time += kStep, kStep);
+        for (auto _ : state) system.Update(time += kStep, kStep);
         PerParticle(state, system.instances.front()->Count());
     });
 }
@@ -65,8 +61,7 @@ void BM_DownpourBurst(benchmark::State& state)
 {
     FileManager files;
     ParticleSystem system;
-    if (!LoadDownpour(state, files, system))
-        return;
+    if (!LoadDownpour(state, files, system)) return;
     UE2EmitterInstance& rain = *system.instances.front();
     WithThreads(state, [&] {
         for (auto _ : state) {

@@ -30,8 +30,7 @@ void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source, in
     harness.effect().GetEffectDefaults(index, values, &count);
     std::u16string params;
     for (LONG i = 0; i < count; ++i)
-        for (const char c : std::to_string(values[i]) + ";")
-            params.push_back(char16_t(c));
+        for (const char c : std::to_string(values[i]) + ";") params.push_back(char16_t(c));
     harness.select(id, params);
     Bstr path(source);
     harness.effect().put_Source(path.get());
@@ -41,8 +40,7 @@ void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source, in
         return;
     }
     float progress = 0.0f;
-    for (int frame = 0; frame < warmUp; ++frame)
-        harness.execute(0.0f);
+    for (int frame = 0; frame < warmUp; ++frame) harness.execute(0.0f);
     for (auto _ : state) {
         harness.execute(progress);
         progress = progress >= 1.0f ? 0.0f : progress + 0.01f;

@@ -14,8 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace qx4d;
     auto bytes = std::make_unique<uint8_t[]>(size > 0 ? size : 1);
-    if (size > 0)
-        std::memcpy(bytes.get(), data, size);
+    if (size > 0) std::memcpy(bytes.get(), data, size);
     XmlDocument document;
     document.Parse(std::move(bytes), int64_t(size));
     ParticleSystem system;
@@ -28,8 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (const float step : {0.04f, 0.5f, std::numeric_limits<float>::quiet_NaN(), 0.04f}) {
         time += 0.04f;
         system.Update(time, step);
-        for (const auto& instance : system.instances)
-            instance->RandomPosition();
+        for (const auto& instance : system.instances) instance->RandomPosition();
     }
     return 0;
 }

@@ -12,7 +12,13 @@ namespace qx4d::fuzz {
 
 inline void ProbeEnvelope(Envelope& envelope)
 {
-    constexpr float kFixedTimes[] = {-1e30f, -3.5f, 0.0f, 0.5f, 1.0f, 2.25f, 1e30f,
+    constexpr float kFixedTimes[] = {-1e30f,
+                                     -3.5f,
+                                     0.0f,
+                                     0.5f,
+                                     1.0f,
+                                     2.25f,
+                                     1e30f,
                                      std::numeric_limits<float>::infinity(),
                                      std::numeric_limits<float>::quiet_NaN()};
     float value = 0.0f;

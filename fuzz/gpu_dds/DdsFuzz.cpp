@@ -13,7 +13,7 @@
 namespace {
 
 constexpr qx::gpu::D3DFORMAT kFormats[] = {qx::gpu::D3DFMT_A8R8G8B8, qx::gpu::D3DFMT_X8R8G8B8, qx::gpu::D3DFMT_L8,
-                                           qx::gpu::D3DFMT_A8, qx::gpu::D3DFMT_DXT1, qx::gpu::D3DFMT_DXT3,
+                                           qx::gpu::D3DFMT_A8,       qx::gpu::D3DFMT_DXT1,     qx::gpu::D3DFMT_DXT3,
                                            qx::gpu::D3DFMT_DXT5};
 
 void readEveryCut(std::span<const uint8_t> file)
@@ -29,8 +29,7 @@ void readEveryCut(std::span<const uint8_t> file)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     readEveryCut({data, size});
-    if (size < 5 || std::memcmp(data, "DDS ", 4) == 0)
-        return 0;
+    if (size < 5 || std::memcmp(data, "DDS ", 4) == 0) return 0;
     const auto format = kFormats[data[0] % std::size(kFormats)];
     const auto width = qx::UINT(data[1] % 64 + 1), height = qx::UINT(data[2] % 64 + 1);
     const auto levels = qx::UINT(data[3] % 8 + 1);

@@ -13,14 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     using namespace qx::imaging;
     const std::span<const uint8_t> input(data, size);
     const auto header = readDibHeader(input);
-    if (!header)
-        return 0;
+    if (!header) return 0;
     BitmapHandle bitmap;
-    if (bitmap.loadDib(*header, input.subspan(kDibHeaderSize)) != 1)
-        return 0;
+    if (bitmap.loadDib(*header, input.subspan(kDibHeaderSize)) != 1) return 0;
     // Keep the per-input work small enough for a fuzzer.
-    if (bitmap.pixels().size() > 4096)
-        return 0;
+    if (bitmap.pixels().size() > 4096) return 0;
     const int32_t argument = int32_t(header->clrUsed);
     changeHue(bitmap, argument);
     posterize(bitmap, argument);

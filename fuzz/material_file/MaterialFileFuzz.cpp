@@ -41,20 +41,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     using namespace qx4d;
     ByteCursor cursor(std::span<const uint8_t>(data, size));
     std::vector<qx::gpu::D3DVERTEXELEMENT9> declaration(cursor.Take<uint8_t>() % 32);
-    for (auto& record : declaration)
-        record = cursor.Take<qx::gpu::D3DVERTEXELEMENT9>();
+    for (auto& record : declaration) record = cursor.Take<qx::gpu::D3DVERTEXELEMENT9>();
     const int32_t fogType = cursor.Take<uint8_t>() % 5;
     Material material;
     material.flags = cursor.Take<uint32_t>();
     material.shaderKeys.resize(cursor.Take<uint8_t>() % 16);
-    for (uint32_t& key : material.shaderKeys)
-        key = cursor.Take<uint32_t>();
+    for (uint32_t& key : material.shaderKeys) key = cursor.Take<uint32_t>();
     material.bones = cursor.Take<uint8_t>();
 
     const std::span<const uint8_t> xml = cursor.Rest();
     auto bytes = std::make_unique<uint8_t[]>(xml.size());
-    if (!xml.empty())
-        std::memcpy(bytes.get(), xml.data(), xml.size());
+    if (!xml.empty()) std::memcpy(bytes.get(), xml.data(), xml.size());
     XmlDocument document;
     document.Parse(std::move(bytes), int64_t(xml.size()));
     material.Read(document);

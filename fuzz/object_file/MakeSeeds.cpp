@@ -14,8 +14,8 @@ using namespace qx4d::tools;
 
 MeshModel Quad()
 {
-    const float vertices[] = {-1, 1, 0, 0, 0, -1, 0, 0, 1, 1, 0, 0, 0, -1, 1, 0,
-                              1, -1, 0, 0, 0, -1, 1, 1, -1, -1, 0, 0, 0, -1, 0, 1};
+    const float vertices[] = {-1, 1,  0, 0, 0, -1, 0, 0, 1,  1,  0, 0, 0, -1, 1, 0,
+                              1,  -1, 0, 0, 0, -1, 1, 1, -1, -1, 0, 0, 0, -1, 0, 1};
     MeshModel mesh;
     mesh.declaration = PositionNormalUvDeclaration();
     mesh.stride = 32;
@@ -34,8 +34,7 @@ ItemModel Item(ItemModel::Kind kind, int32_t parent = -1)
     item.parent = parent;
     item.position = {0.5f, 1, -2};
     item.rotation = {0.3f, 0.2f, 0.1f};
-    if (kind == ItemModel::Kind::Mesh)
-        item.mesh = Quad();
+    if (kind == ItemModel::Kind::Mesh) item.mesh = Quad();
     return item;
 }
 
@@ -50,8 +49,7 @@ void Save(const std::string& folder, const std::string& name, const ObjectModel&
 
 int main(int argc, char** argv)
 {
-    if (argc != 2)
-        return 2;
+    if (argc != 2) return 2;
     const std::string folder = argv[1];
 
     ObjectModel lods;

@@ -16,10 +16,7 @@ namespace {
 
 constexpr int kMaxFrames = 16;
 
-std::string inputPath()
-{
-    return "/tmp/qxfx-media-fuzz-" + std::to_string(::getpid());
-}
+std::string inputPath() { return "/tmp/qxfx-media-fuzz-" + std::to_string(::getpid()); }
 
 }  // namespace
 
@@ -31,10 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     try {
         qx::qxfx::VideoReader reader(path, 1);
         auto frame = qx::qxfx::makeFrame(reader.width(), reader.height());
-        for (int i = 0; i < kMaxFrames && reader.read(frame); ++i) {
-        }
-    } catch (const qx::qxfx::CommandError&) {
-    }
+        for (int i = 0; i < kMaxFrames && reader.read(frame); ++i) {}
+    } catch (const qx::qxfx::CommandError&) {}
     std::remove(path.c_str());
     return 0;
 }

@@ -28,8 +28,8 @@ void drawSome(const qx::swf::Movie& movie)
 
 bool hasSignature(const uint8_t* data, size_t size)
 {
-    return size >= 3 && (std::memcmp(data, "FWS", 3) == 0 || std::memcmp(data, "CWS", 3) == 0 ||
-                         std::memcmp(data, "ZWS", 3) == 0);
+    return size >= 3 &&
+           (std::memcmp(data, "FWS", 3) == 0 || std::memcmp(data, "CWS", 3) == 0 || std::memcmp(data, "ZWS", 3) == 0);
 }
 
 }  // namespace
@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     }
     // FWS, version 10, length, a 40 by 30 pixel stage, 25 frames a second, 0 frames.
-    std::vector<uint8_t> file{'F', 'W', 'S', 10, 0, 0, 0, 0, 0x58, 0x00, 0x64, 0x00, 0x01, 0x2C, 0x00, 0x00, 0x19, 0, 0};
+    std::vector<uint8_t> file{'F',  'W',  'S',  10,   0,    0,    0,    0, 0x58, 0x00,
+                              0x64, 0x00, 0x01, 0x2C, 0x00, 0x00, 0x19, 0, 0};
     file.insert(file.end(), data, data + size);
     const uint32_t length = uint32_t(file.size());
     std::memcpy(file.data() + 4, &length, 4);

@@ -40,7 +40,10 @@ public:
         SysFreeString(std::exchange(text_, nullptr));
         return &text_;
     }
-    std::u16string_view view() const { return text_ ? std::u16string_view(text_, SysStringLen(text_)) : std::u16string_view(); }
+    std::u16string_view view() const
+    {
+        return text_ ? std::u16string_view(text_, SysStringLen(text_)) : std::u16string_view();
+    }
 
 private:
     BSTR text_ = nullptr;

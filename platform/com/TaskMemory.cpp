@@ -4,14 +4,8 @@
 
 namespace qx {
 
-void* CoTaskMemAlloc(size_t size)
-{
-    return std::malloc(size);
-}
+void* CoTaskMemAlloc(size_t size) { return std::malloc(size); }
 
-void CoTaskMemFree(void* block)
-{
-    std::free(block);
-}
+void CoTaskMemFree(void* block) { std::free(block); }
 
 }  // namespace qx

@@ -38,7 +38,8 @@ public:
         if (riid == IUnknown::iid) {
             *ppv = static_cast<IUnknown*>(static_cast<First*>(this));
         } else {
-            ((riid == Interfaces::iid && !*ppv ? (*ppv = static_cast<Interfaces*>(this), true) : false) || ...);
+            // The first listed interface with this identifier answers.
+            (void)((riid == Interfaces::iid && !*ppv ? (*ppv = static_cast<Interfaces*>(this), true) : false) || ...);
         }
         if (!*ppv) return queryExtraInterface(riid, ppv);
         AddRef();
@@ -66,7 +67,10 @@ template <typename T>
 class ComPtr {
 public:
     ComPtr() = default;
-    ComPtr(T* p) : p_(p) { if (p_) p_->AddRef(); }
+    ComPtr(T* p) : p_(p)
+    {
+        if (p_) p_->AddRef();
+    }
     ComPtr(const ComPtr& other) : ComPtr(other.p_) {}
     ComPtr(ComPtr&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
     ComPtr& operator=(ComPtr other) noexcept

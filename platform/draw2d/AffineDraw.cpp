@@ -141,8 +141,9 @@ private:
     uint32_t applyGeneral(uint32_t s) const
     {
         const double a = (s >> 24) / 255.0;
-        const double straight[4] = {a > 0 ? ((s >> 16) & 0xFF) / 255.0 / a : 0.0, a > 0 ? ((s >> 8) & 0xFF) / 255.0 / a : 0.0,
-                                    a > 0 ? (s & 0xFF) / 255.0 / a : 0.0, a};
+        const double straight[4] = {a > 0 ? ((s >> 16) & 0xFF) / 255.0 / a : 0.0,
+                                    a > 0 ? ((s >> 8) & 0xFF) / 255.0 / a : 0.0, a > 0 ? (s & 0xFF) / 255.0 / a : 0.0,
+                                    a};
         double out[4];
         for (int c = 0; c < 4; ++c) {
             double v = matrix_.m[4][c];
@@ -150,7 +151,8 @@ private:
             out[c] = std::clamp(v, 0.0, 1.0);
         }
         const auto channel = [&](double v) { return uint32_t(std::lround(v * out[3] * 255.0)); };
-        return uint32_t(std::lround(out[3] * 255.0)) << 24 | channel(out[0]) << 16 | channel(out[1]) << 8 | channel(out[2]);
+        return uint32_t(std::lround(out[3] * 255.0)) << 24 | channel(out[0]) << 16 | channel(out[1]) << 8 |
+               channel(out[2]);
     }
 
     ColorMatrix matrix_;
@@ -250,7 +252,8 @@ void blendSegment(std::span<uint32_t> target, std::span<const uint32_t> samples,
 
 // The part of each pixel of a row segment that the destination covers: whole inside,
 // measured at the edges.
-void coverSegment(const Placement& place, const RowSpan& row, int first, size_t count, double s, double t, uint8_t* cover)
+void coverSegment(const Placement& place, const RowSpan& row, int first, size_t count, double s, double t,
+                  uint8_t* cover)
 {
     for (size_t i = 0; i < count; ++i) {
         const int x = first + int(i);
@@ -360,15 +363,17 @@ void drawTransformed(Bitmap& target, const TransformedDraw& draw)
         // Sample centres of the copy lie at the centres of the blocks they stand for.
         const double scale = 1.0 / double(1 << level);
         const RectF& r = draw.sourceRect;
-        const SourceLevel source{*reduced, {float(r.X * scale), float(r.Y * scale), float(r.Width * scale),
-                                            float(r.Height * scale)}};
+        const SourceLevel source{
+            *reduced, {float(r.X * scale), float(r.Y * scale), float(r.Width * scale), float(r.Height * scale)}};
         drawRows<false, true>(target, draw, place, source);
         return;
     }
     const Bitmap& image = *draw.image;
     const SourceLevel source{{image.data(), image.width(), image.height(), image.pitch()}, draw.sourceRect};
-    if (key.enabled) drawRows<true, false>(target, draw, place, source);
-    else drawRows<false, false>(target, draw, place, source);
+    if (key.enabled)
+        drawRows<true, false>(target, draw, place, source);
+    else
+        drawRows<false, false>(target, draw, place, source);
 }
 
 }  // namespace qx::draw2d

@@ -16,11 +16,11 @@ namespace qx::draw2d {
 
 struct TransformedDraw {
     const Bitmap* image = nullptr;  // straight alpha
-    RectF sourceRect;        // in source samples
-    RectF destination;       // in world units
-    Matrix world;            // world units to target pixels
+    RectF sourceRect;               // in source samples
+    RectF destination;              // in world units
+    Matrix world;                   // world units to target pixels
     const ImageAttributes* attributes = nullptr;
-    bool copy = false;       // replace the target's samples (weighted by coverage) instead of blending
+    bool copy = false;            // replace the target's samples (weighted by coverage) instead of blending
     bool straightTarget = false;  // the target holds straight alpha rather than premultiplied samples
 };
 

@@ -24,8 +24,8 @@ __attribute__((target_clones("avx2", "default"))) void blendColor(std::span<uint
     for (uint32_t& d : row) d = color + scaleSample(d, keep);
 }
 
-__attribute__((target_clones("avx2", "default"))) void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover,
-                  bool copy)
+__attribute__((target_clones("avx2", "default"))) void
+blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::span<const uint8_t> cover, bool copy)
 {
     // Branch-free, so that it vectorises: scaling by a full cover of 255 is exact.
     const uint32_t copyMask = copy ? ~0u : 0u;
@@ -37,9 +37,8 @@ __attribute__((target_clones("avx2", "default"))) void blendSamples(std::span<ui
     }
 }
 
-__attribute__((target_clones("avx2", "default"))) void clearKeyed(std::span<const uint32_t> source,
-                                                                   std::span<uint32_t> samples, uint32_t low,
-                                                                   uint32_t high)
+__attribute__((target_clones("avx2", "default"))) void
+clearKeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high)
 {
     const auto inside = [](uint32_t s, uint32_t lo, uint32_t hi, int shift) {
         const uint32_t c = (s >> shift) & 0xFF;

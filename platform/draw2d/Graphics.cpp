@@ -93,7 +93,8 @@ CairoPattern hatchPattern(const HatchBrush& brush)
     const uint32_t fore = premultipliedColor(brush.foreground);
     const uint32_t back = premultipliedColor(brush.background);
     for (int y = 0; y < 8; ++y) {
-        for (int x = 0; x < 8; ++x) data[y * pitch + x] = (kDashedUpwardDiagonal[size_t(y)] >> (7 - x)) & 1 ? fore : back;
+        for (int x = 0; x < 8; ++x)
+            data[y * pitch + x] = (kDashedUpwardDiagonal[size_t(y)] >> (7 - x)) & 1 ? fore : back;
     }
     cairo_surface_mark_dirty(cell.get());
     CairoPattern pattern(cairo_pattern_create_for_surface(cell.get()));
@@ -114,16 +115,13 @@ Graphics::~Graphics()
     if (status_ != Status::Ok) return;
     flushCairo();
     switch (content_) {
-    case Content::Cleared:
-        fill(target_, clearColor_.argb);
-        break;
+    case Content::Cleared: fill(target_, clearColor_.argb); break;
     case Content::Premultiplied:
         for (int y = 0; y < target_.height(); ++y) pixel::unpremultiply(target_.row(y));
         break;
     case Content::Straight:
     case Content::Opaque:
-    case Content::OpaqueOrClear:
-        break;
+    case Content::OpaqueOrClear: break;
     }
 }
 
@@ -144,8 +142,7 @@ void Graphics::premultiplyContent()
         return;
     case Content::Premultiplied:
     case Content::Opaque:
-    case Content::OpaqueOrClear:
-        return;
+    case Content::OpaqueOrClear: return;
     }
 }
 
@@ -249,8 +246,9 @@ Status Graphics::drawAxisAligned(const Bitmap& image, const RectF& destination, 
     const AxisMap mapY{scaleY, source.Y - destination.Y * scaleY};
     const int width = target_.width();
     const int height = target_.height();
-    const bool coversAll = Coverage(destination.X, double(destination.X) + destination.Width, width).coversAll(width) &&
-                           Coverage(destination.Y, double(destination.Y) + destination.Height, height).coversAll(height);
+    const bool coversAll =
+        Coverage(destination.X, double(destination.X) + destination.Width, width).coversAll(width) &&
+        Coverage(destination.Y, double(destination.Y) + destination.Height, height).coversAll(height);
     flushCairo();
 
     if (coversAll && !key && image.opaque()) {
@@ -326,8 +324,8 @@ void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, con
 Status Graphics::combineTransform(const Matrix& change, MatrixOrder order)
 {
     if (status_ != Status::Ok) return status_;
-    const Matrix combined = order == MatrixOrder::Prepend ? Matrix::product(change, transform_)
-                                                          : Matrix::product(transform_, change);
+    const Matrix combined =
+        order == MatrixOrder::Prepend ? Matrix::product(change, transform_) : Matrix::product(transform_, change);
     for (const double v : {combined.m11, combined.m12, combined.m21, combined.m22, combined.dx, combined.dy}) {
         if (!std::isfinite(v)) return Status::InvalidParameter;
     }

@@ -63,8 +63,9 @@ const SampleGrid* Pyramid::level(const Bitmap& image, int level, const KeyRange&
         key_ = key;
     }
     while (int(levels_.size()) < level) {
-        const SampleGrid source = levels_.empty() ? SampleGrid{image.data(), image.width(), image.height(), image.pitch()}
-                                                  : levels_.back().grid;
+        const SampleGrid source = levels_.empty()
+                                      ? SampleGrid{image.data(), image.width(), image.height(), image.pitch()}
+                                      : levels_.back().grid;
         if (source.width < 2 && source.height < 2) return nullptr;
         Level next;
         const bool made = levels_.empty()

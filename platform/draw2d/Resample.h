@@ -19,10 +19,7 @@ struct AxisMap {
 
 /// True when the map moves by whole samples at scale 1: destination samples are source
 /// samples, with nothing to blend.
-inline bool isWholeSampleShift(const AxisMap& map)
-{
-    return map.scale == 1.0 && map.offset == std::floor(map.offset);
-}
+inline bool isWholeSampleShift(const AxisMap& map) { return map.scale == 1.0 && map.offset == std::floor(map.offset); }
 
 /// An image as rows of samples.
 struct SampleGrid {
@@ -57,10 +54,10 @@ private:
     AxisMap mapY_;
     bool shiftOnly_ = false;
     PixelSpan span_;
-    int firstColumn_ = 0;                 // first source column the row buffer holds
-    std::vector<int32_t> leftTap_;        // per destination column, relative to firstColumn_
-    std::vector<uint32_t> rightWeight_;   // per destination column, 0..256
-    std::vector<uint32_t> blended_;       // vertically blended source columns, one spare
+    int firstColumn_ = 0;                // first source column the row buffer holds
+    std::vector<int32_t> leftTap_;       // per destination column, relative to firstColumn_
+    std::vector<uint32_t> rightWeight_;  // per destination column, 0..256
+    std::vector<uint32_t> blended_;      // vertically blended source columns, one spare
 };
 
 }  // namespace qx::draw2d

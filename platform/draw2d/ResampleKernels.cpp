@@ -42,9 +42,8 @@ QX_AVX2 __m256i lerp8(__m256i a, __m256i b, __m256i w)
 {
     const __m256i mask = _mm256_set1_epi32(0x00FF00FF);
     const __m256i iw = _mm256_sub_epi32(_mm256_set1_epi32(256), w);
-    const __m256i rb =
-        _mm256_and_si256(_mm256_srli_epi32(weighLanes(_mm256_and_si256(a, mask), _mm256_and_si256(b, mask), w, iw), 8),
-                         mask);
+    const __m256i rb = _mm256_and_si256(
+        _mm256_srli_epi32(weighLanes(_mm256_and_si256(a, mask), _mm256_and_si256(b, mask), w, iw), 8), mask);
     const __m256i ag = _mm256_and_si256(weighLanes(_mm256_and_si256(_mm256_srli_epi32(a, 8), mask),
                                                    _mm256_and_si256(_mm256_srli_epi32(b, 8), mask), w, iw),
                                         _mm256_set1_epi32(int(0xFF00FF00u)));
@@ -65,8 +64,8 @@ __attribute__((target("avx2"))) void blendRowsAvx2(const uint32_t* top, const ui
     blendRowsPortable(top + i, bottom + i, weight, out + i, count - i);
 }
 
-__attribute__((target("avx2"))) void blendColumnsAvx2(const uint32_t* row, const int32_t* left,
-                                                      const uint32_t* weight, uint32_t* out, int count)
+__attribute__((target("avx2"))) void blendColumnsAvx2(const uint32_t* row, const int32_t* left, const uint32_t* weight,
+                                                      uint32_t* out, int count)
 {
     const auto* samples = reinterpret_cast<const int*>(row);
     int i = 0;
@@ -80,23 +79,25 @@ __attribute__((target("avx2"))) void blendColumnsAvx2(const uint32_t* row, const
     blendColumnsPortable(row, left + i, weight + i, out + i, count - i);
 }
 
-
 // GCC 12's AVX-512 headers start vectors from undefined values, which its flow analysis
 // reports as uninitialised here; the values are fully written before use.
 #pragma GCC diagnostic push
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 __attribute__((target("avx512f"))) inline __m512i lerp16(__m512i a, __m512i b, __m512i w)
 {
     const __m512i mask = _mm512_set1_epi32(0x00FF00FF);
     const __m512i round = _mm512_set1_epi32(0x00800080);
     const __m512i iw = _mm512_sub_epi32(_mm512_set1_epi32(256), w);
-    const __m512i rb = _mm512_add_epi32(
-        _mm512_add_epi32(_mm512_mullo_epi32(_mm512_and_si512(a, mask), iw), _mm512_mullo_epi32(_mm512_and_si512(b, mask), w)),
-        round);
-    const __m512i ag = _mm512_add_epi32(_mm512_add_epi32(_mm512_mullo_epi32(_mm512_and_si512(_mm512_srli_epi32(a, 8), mask), iw),
-                                                         _mm512_mullo_epi32(_mm512_and_si512(_mm512_srli_epi32(b, 8), mask), w)),
+    const __m512i rb = _mm512_add_epi32(_mm512_add_epi32(_mm512_mullo_epi32(_mm512_and_si512(a, mask), iw),
+                                                         _mm512_mullo_epi32(_mm512_and_si512(b, mask), w)),
                                         round);
+    const __m512i ag =
+        _mm512_add_epi32(_mm512_add_epi32(_mm512_mullo_epi32(_mm512_and_si512(_mm512_srli_epi32(a, 8), mask), iw),
+                                          _mm512_mullo_epi32(_mm512_and_si512(_mm512_srli_epi32(b, 8), mask), w)),
+                         round);
     return _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(rb, 8), mask),
                            _mm512_and_si512(ag, _mm512_set1_epi32(int(0xFF00FF00u))));
 }

@@ -47,8 +47,8 @@ __attribute__((target("avx2"))) inline __m256i lerp8(__m256i a, __m256i b, __m25
     return _mm256_or_si256(_mm256_srli_epi16(rb, 8), _mm256_andnot_si256(low, ag));
 }
 
-__attribute__((target("avx2"))) void sampleRunAvx2(const SampleGrid& grid, int32_t u, int32_t v, int32_t du,
-                                                   int32_t dv, uint32_t* out, size_t count)
+__attribute__((target("avx2"))) void sampleRunAvx2(const SampleGrid& grid, int32_t u, int32_t v, int32_t du, int32_t dv,
+                                                   uint32_t* out, size_t count)
 {
     const __m256i steps = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
     __m256i us = _mm256_add_epi32(_mm256_set1_epi32(u), _mm256_mullo_epi32(steps, _mm256_set1_epi32(du)));
@@ -96,8 +96,10 @@ __attribute__((target("avx2"))) void sampleRunAvx2(const SampleGrid& grid, int32
 void sampleRun(const SampleGrid& grid, int32_t u, int32_t v, int32_t du, int32_t dv, uint32_t* out, size_t count)
 {
     static const bool avx2 = __builtin_cpu_supports("avx2");
-    if (avx2) sampleRunAvx2(grid, u, v, du, dv, out, count);
-    else sampleRunScalar(grid, u, v, du, dv, out, count);
+    if (avx2)
+        sampleRunAvx2(grid, u, v, du, dv, out, count);
+    else
+        sampleRunScalar(grid, u, v, du, dv, out, count);
 }
 
 }  // namespace qx::draw2d

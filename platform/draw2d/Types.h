@@ -42,7 +42,6 @@ struct Color {
     constexpr uint32_t blue() const { return argb & 0xFF; }
 };
 
-
 /// How drawn samples meet the old ones: blended over them, or replacing them.
 enum class CompositingMode { SourceOver, SourceCopy };
 
@@ -78,19 +77,14 @@ struct Matrix {
     double dx = 0.0;
     double dy = 0.0;
 
-    PointF apply(PointF p) const
-    {
-        return {float(p.X * m11 + p.Y * m21 + dx), float(p.X * m12 + p.Y * m22 + dy)};
-    }
+    PointF apply(PointF p) const { return {float(p.X * m11 + p.Y * m21 + dx), float(p.X * m12 + p.Y * m22 + dy)}; }
     /// `first`, then `then`.
     static Matrix product(const Matrix& first, const Matrix& then)
     {
-        return {first.m11 * then.m11 + first.m12 * then.m21,
-                first.m11 * then.m12 + first.m12 * then.m22,
-                first.m21 * then.m11 + first.m22 * then.m21,
-                first.m21 * then.m12 + first.m22 * then.m22,
-                first.dx * then.m11 + first.dy * then.m21 + then.dx,
-                first.dx * then.m12 + first.dy * then.m22 + then.dy};
+        return {
+            first.m11 * then.m11 + first.m12 * then.m21,         first.m11 * then.m12 + first.m12 * then.m22,
+            first.m21 * then.m11 + first.m22 * then.m21,         first.m21 * then.m12 + first.m22 * then.m22,
+            first.dx * then.m11 + first.dy * then.m21 + then.dx, first.dx * then.m12 + first.dy * then.m22 + then.dy};
     }
     /// True when the map only scales and moves: axes stay axes.
     bool axisAligned() const { return m12 == 0.0 && m21 == 0.0; }

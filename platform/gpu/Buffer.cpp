@@ -1,13 +1,14 @@
 #include "platform/gpu/Buffer.h"
 
+#include "platform/gpu/GlApi.h"
+
 namespace qx::gpu {
 
-std::shared_ptr<Buffer> Buffer::create(const std::shared_ptr<Context>& context, const PoolCounter& pool,
-                                       UINT length, DWORD usage, D3DFORMAT format, D3DPOOL poolKind)
+std::shared_ptr<Buffer> Buffer::create(const std::shared_ptr<Context>& context, const PoolCounter& pool, UINT length,
+                                       DWORD usage, D3DFORMAT format, D3DPOOL poolKind)
 {
     // 256 MiB is far above what any engine buffer asks; a larger request is bad data.
-    if (length == 0 || length > (256u << 20) || !context->makeCurrent())
-        return nullptr;
+    if (length == 0 || length > (256u << 20) || !context->makeCurrent()) return nullptr;
     std::shared_ptr<Buffer> buffer(new Buffer(context, pool, poolKind));
     drainGlErrors();
     buffer->name_ = createGlName(context, GlKind::Buffer);
@@ -21,11 +22,9 @@ std::shared_ptr<Buffer> Buffer::create(const std::shared_ptr<Context>& context, 
 
 HRESULT Buffer::Lock(UINT offset, UINT size, void** data, DWORD flags)
 {
-    if (!data || locked_ || offset > length())
-        return D3DERR_INVALIDCALL;
+    if (!data || locked_ || offset > length()) return D3DERR_INVALIDCALL;
     // Size 0 locks the whole buffer from the offset, as in Direct3D.
-    if (size == 0 || size > length() - offset)
-        size = length() - offset;
+    if (size == 0 || size > length() - offset) size = length() - offset;
     locked_ = true;
     lockOffset_ = offset;
     lockSize_ = size;
@@ -36,11 +35,9 @@ HRESULT Buffer::Lock(UINT offset, UINT size, void** data, DWORD flags)
 
 HRESULT Buffer::Unlock()
 {
-    if (!locked_)
-        return D3DERR_INVALIDCALL;
+    if (!locked_) return D3DERR_INVALIDCALL;
     locked_ = false;
-    if ((lockFlags_ & D3DLOCK_READONLY) || !context_->makeCurrent())
-        return D3D_OK;
+    if ((lockFlags_ & D3DLOCK_READONLY) || !context_->makeCurrent()) return D3D_OK;
     if (lockFlags_ & D3DLOCK_DISCARD) {
         // Fresh storage: draws still queued keep reading the old one.
         glInvalidateBufferData(name_.get());

@@ -16,8 +16,8 @@ inline constexpr D3DFORMAT D3DFMT_VERTEXDATA = 100;
 class Buffer {
 public:
     /// `format` is D3DFMT_VERTEXDATA, D3DFMT_INDEX16 or D3DFMT_INDEX32. Null on size 0.
-    static std::shared_ptr<Buffer> create(const std::shared_ptr<Context>& context, const PoolCounter& pool,
-                                          UINT length, DWORD usage, D3DFORMAT format, D3DPOOL poolKind);
+    static std::shared_ptr<Buffer> create(const std::shared_ptr<Context>& context, const PoolCounter& pool, UINT length,
+                                          DWORD usage, D3DFORMAT format, D3DPOOL poolKind);
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
@@ -27,11 +27,12 @@ public:
     UINT length() const { return UINT(shadow_.size()); }
     DWORD usage() const { return usage_; }
     D3DFORMAT format() const { return format_; }
-    GLuint glName() const { return name_.get(); }
+    uint32_t glName() const { return name_.get(); }
 
 private:
     Buffer(const std::shared_ptr<Context>& context, const PoolCounter& pool, D3DPOOL poolKind)
-        : context_(context), poolToken_(pool, poolKind) {}
+        : context_(context), poolToken_(pool, poolKind)
+    {}
 
     std::shared_ptr<Context> context_;
     PoolToken poolToken_;

@@ -21,9 +21,22 @@ constexpr uint32_t kCaps2Cubemap = 0x200, kCaps2AllFaces = 0xFC00;
 // Header words after the magic, by their place: size, flags, height, width, pitch, depth,
 // mip count, 11 reserved, then the 8 words of the pixel format, then the caps.
 enum Word : size_t {
-    kSize = 0, kFlags = 1, kHeight = 2, kWidth = 3, kPitch = 4, kMipCount = 6, kPixelSize = 18,
-    kPixelFlags = 19, kFourCC = 20, kBitCount = 21, kRedMask = 22, kGreenMask = 23, kBlueMask = 24,
-    kAlphaMask = 25, kCaps = 26, kCaps2 = 27
+    kSize = 0,
+    kFlags = 1,
+    kHeight = 2,
+    kWidth = 3,
+    kPitch = 4,
+    kMipCount = 6,
+    kPixelSize = 18,
+    kPixelFlags = 19,
+    kFourCC = 20,
+    kBitCount = 21,
+    kRedMask = 22,
+    kGreenMask = 23,
+    kBlueMask = 24,
+    kAlphaMask = 25,
+    kCaps = 26,
+    kCaps2 = 27
 };
 
 uint32_t readWord(std::span<const uint8_t> header, size_t word)
@@ -41,14 +54,12 @@ D3DFORMAT formatOfHeader(std::span<const uint8_t> header)
         return fourCC == D3DFMT_DXT1 || fourCC == D3DFMT_DXT3 || fourCC == D3DFMT_DXT5 ? fourCC : D3DFMT_UNKNOWN;
     }
     const uint32_t bits = readWord(header, kBitCount);
-    if ((flags & kPixelRgb) && bits == 32 && readWord(header, kRedMask) == 0xFF0000
-        && readWord(header, kGreenMask) == 0xFF00 && readWord(header, kBlueMask) == 0xFF)
+    if ((flags & kPixelRgb) && bits == 32 && readWord(header, kRedMask) == 0xFF0000 &&
+        readWord(header, kGreenMask) == 0xFF00 && readWord(header, kBlueMask) == 0xFF)
         return (flags & kPixelAlphaPixels) && readWord(header, kAlphaMask) == 0xFF000000u ? D3DFMT_A8R8G8B8
-                                                                                         : D3DFMT_X8R8G8B8;
-    if ((flags & kPixelLuminance) && bits == 8)
-        return D3DFMT_L8;
-    if ((flags & kPixelAlpha) && bits == 8)
-        return D3DFMT_A8;
+                                                                                          : D3DFMT_X8R8G8B8;
+    if ((flags & kPixelLuminance) && bits == 8) return D3DFMT_L8;
+    if ((flags & kPixelAlpha) && bits == 8) return D3DFMT_A8;
     return D3DFMT_UNKNOWN;
 }
 
@@ -84,8 +95,7 @@ void writePixelFormat(std::vector<uint8_t>& out, D3DFORMAT format)
 
 std::optional<DdsImage> readDds(std::span<const uint8_t> file)
 {
-    if (file.size() < 4 + kHeaderSize || readWord(file, 0) != kMagic)
-        return std::nullopt;
+    if (file.size() < 4 + kHeaderSize || readWord(file, 0) != kMagic) return std::nullopt;
     const auto header = file.subspan(4, kHeaderSize);
     DdsImage image;
     image.width = readWord(header, kWidth);
@@ -94,17 +104,16 @@ std::optional<DdsImage> readDds(std::span<const uint8_t> file)
     image.levels = (readWord(header, kFlags) & kFlagsMipCount) ? std::max(1u, readWord(header, kMipCount)) : 1u;
     image.cube = (readWord(header, kCaps2) & kCaps2Cubemap) != 0;
     const UINT largest = std::max(image.width, image.height);
-    if (readWord(header, kSize) != kHeaderSize || image.format == D3DFMT_UNKNOWN || image.width == 0
-        || image.height == 0 || largest > 16384 || image.levels > 15 || (largest >> (image.levels - 1)) == 0
-        || (image.cube && ((readWord(header, kCaps2) & kCaps2AllFaces) != kCaps2AllFaces || image.width != image.height)))
+    if (readWord(header, kSize) != kHeaderSize || image.format == D3DFMT_UNKNOWN || image.width == 0 ||
+        image.height == 0 || largest > 16384 || image.levels > 15 || (largest >> (image.levels - 1)) == 0 ||
+        (image.cube && ((readWord(header, kCaps2) & kCaps2AllFaces) != kCaps2AllFaces || image.width != image.height)))
         return std::nullopt;
     size_t at = 4 + kHeaderSize;
     for (UINT face = 0; face < (image.cube ? 6u : 1u); ++face) {
         for (UINT level = 0; level < image.levels; ++level) {
-            const size_t size = imageSize(image.format, std::max(1u, image.width >> level),
-                                          std::max(1u, image.height >> level));
-            if (size > file.size() - at)
-                return std::nullopt;
+            const size_t size =
+                imageSize(image.format, std::max(1u, image.width >> level), std::max(1u, image.height >> level));
+            if (size > file.size() - at) return std::nullopt;
             image.images.push_back(file.subspan(at, size));
             at += size;
         }
@@ -119,8 +128,9 @@ std::vector<uint8_t> writeDds(D3DFORMAT format, UINT width, UINT height, UINT le
     std::memcpy(out.data(), &kMagic, 4);
     const bool compressed = formatInfo(format).compressed;
     putWord(out, kSize, kHeaderSize);
-    putWord(out, kFlags, kFlagsCaps | kFlagsHeight | kFlagsWidth | kFlagsPixelFormat | kFlagsMipCount
-                             | (compressed ? kFlagsLinearSize : 0));
+    putWord(out, kFlags,
+            kFlagsCaps | kFlagsHeight | kFlagsWidth | kFlagsPixelFormat | kFlagsMipCount |
+                (compressed ? kFlagsLinearSize : 0));
     putWord(out, kHeight, height);
     putWord(out, kWidth, width);
     putWord(out, kPitch, compressed ? uint32_t(imageSize(format, width, height)) : uint32_t(rowPitch(format, width)));
@@ -128,8 +138,7 @@ std::vector<uint8_t> writeDds(D3DFORMAT format, UINT width, UINT height, UINT le
     writePixelFormat(out, format);
     putWord(out, kCaps, kCapsTexture | (levels > 1 || cube ? kCapsComplex : 0) | (levels > 1 ? kCapsMipmap : 0));
     putWord(out, kCaps2, cube ? kCaps2Cubemap | kCaps2AllFaces : 0);
-    for (const auto& image : images)
-        out.insert(out.end(), image.begin(), image.end());
+    for (const auto& image : images) out.insert(out.end(), image.begin(), image.end());
     return out;
 }
 

@@ -69,8 +69,7 @@ public:
     HRESULT CreateOffscreenPlainSurface(UINT width, UINT height, D3DFORMAT format, D3DPOOL pool,
                                         std::shared_ptr<Surface>* surface);
     /// `elements` ends with D3DDECL_END; at most 64 records are read.
-    HRESULT CreateVertexDeclaration(const D3DVERTEXELEMENT9* elements,
-                                    std::shared_ptr<VertexDeclaration>* declaration);
+    HRESULT CreateVertexDeclaration(const D3DVERTEXELEMENT9* elements, std::shared_ptr<VertexDeclaration>* declaration);
     HRESULT CreateQuery(D3DQUERYTYPE type, std::shared_ptr<Query>* query);
 
     // States.
@@ -125,9 +124,9 @@ private:
     const Surface* usableDepth() const;
     bool bindFramebuffer();
     void applyRenderStates();
-    bool prepareDraw(GLuint userVertices = 0, UINT userStride = 0);
+    bool prepareDraw(uint32_t userVertices = 0, UINT userStride = 0);
     /// `userVertices`: a buffer that stands in for stream 0 (DrawPrimitiveUP), 0 for none.
-    bool bindVertexInput(const LinkedProgram& program, GLuint userVertices, UINT userStride);
+    bool bindVertexInput(const LinkedProgram& program, uint32_t userVertices, UINT userStride);
     void uploadConstants(const LinkedProgram& program);
 
     std::shared_ptr<Context> context_;

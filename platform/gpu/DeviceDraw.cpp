@@ -2,6 +2,7 @@
 #include "platform/gpu/Device.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 namespace qx::gpu {
 
@@ -64,10 +65,8 @@ uint64_t elementCount(D3DPRIMITIVETYPE type, UINT primitives)
 const D3DVERTEXELEMENT9* findElement(const std::vector<D3DVERTEXELEMENT9>& elements, const AttributeSlot& slot)
 {
     for (const D3DVERTEXELEMENT9& element : elements) {
-        if (element.Stream == 0xFF)
-            break;
-        if (element.Usage == slot.usage && element.UsageIndex == slot.usageIndex)
-            return &element;
+        if (element.Stream == 0xFF) break;
+        if (element.Usage == slot.usage && element.UsageIndex == slot.usageIndex) return &element;
     }
     return nullptr;
 }
@@ -90,16 +89,15 @@ void attach(GLuint framebuffer, GLenum attachment, const Surface* surface)
 
 const Surface* Device::usableDepth() const
 {
-    if (!depth_ || !target_ || depth_->desc().Width < target_->desc().Width
-        || depth_->desc().Height < target_->desc().Height)
+    if (!depth_ || !target_ || depth_->desc().Width < target_->desc().Width ||
+        depth_->desc().Height < target_->desc().Height)
         return nullptr;
     return depth_.get();
 }
 
 bool Device::bindFramebuffer()
 {
-    if (!target_ || !context_->makeCurrent())
-        return false;
+    if (!target_ || !context_->makeCurrent()) return false;
     const GLuint framebuffer = framebuffer_.get();
     attach(framebuffer, GL_COLOR_ATTACHMENT0, target_.get());
     // Direct3D needs a depth surface at least as large as the target; a smaller one would
@@ -109,8 +107,7 @@ bool Device::bindFramebuffer()
     attach(framebuffer, GL_DEPTH_STENCIL_ATTACHMENT, nullptr);
     attach(framebuffer, stencil ? GL_DEPTH_STENCIL_ATTACHMENT : GL_DEPTH_ATTACHMENT, depth);
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-    if (glCheckNamedFramebufferStatus(framebuffer, GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
-        return false;
+    if (glCheckNamedFramebufferStatus(framebuffer, GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) return false;
     glViewport(GLint(viewport_.X), GLint(viewport_.Y), GLsizei(viewport_.Width), GLsizei(viewport_.Height));
     glDepthRangef(viewport_.MinZ, viewport_.MaxZ);
     return true;
@@ -118,10 +115,8 @@ bool Device::bindFramebuffer()
 
 HRESULT Device::Clear(DWORD flags, DWORD colour, float z, DWORD stencil)
 {
-    if (lostState_ != D3D_OK)
-        return D3D_OK;  // a lost device takes every call and does nothing
-    if (!bindFramebuffer())
-        return D3DERR_INVALIDCALL;
+    if (lostState_ != D3D_OK) return D3D_OK;  // a lost device takes every call and does nothing
+    if (!bindFramebuffer()) return D3DERR_INVALIDCALL;
     // Direct3D clears the viewport's rectangle, whatever the write masks say.
     glEnable(GL_SCISSOR_TEST);
     glScissor(GLint(viewport_.X), GLint(viewport_.Y), GLsizei(viewport_.Width), GLsizei(viewport_.Height));
@@ -151,8 +146,7 @@ bool Device::bindVertexInput(const LinkedProgram& program, GLuint userVertices, 
 {
     const GLuint vao = vertexArray_.get();
     constexpr GLuint kAttributeCount = 16;
-    for (GLuint location = 0; location < kAttributeCount; ++location)
-        glDisableVertexArrayAttrib(vao, location);
+    for (GLuint location = 0; location < kAttributeCount; ++location) glDisableVertexArrayAttrib(vao, location);
     for (const AttributeSlot& slot : program.attributes) {
         const D3DVERTEXELEMENT9* element = findElement(declaration_->elements(), slot);
         const AttributeFormat format = element ? attributeFormat(element->Type) : AttributeFormat{};
@@ -198,11 +192,9 @@ void Device::uploadConstants(const LinkedProgram& program)
 
 bool Device::prepareDraw(GLuint userVertices, UINT userStride)
 {
-    if (lostState_ != D3D_OK || !shaders_ || !declaration_ || !bindFramebuffer())
-        return false;
+    if (lostState_ != D3D_OK || !shaders_ || !declaration_ || !bindFramebuffer()) return false;
     const LinkedProgram* program = shaders_->programFor(declaration_->elements());
-    if (!program)
-        return false;
+    if (!program) return false;
     glUseProgram(program->program.get());
     bindVertexInput(*program, userVertices, userStride);
     uploadConstants(*program);
@@ -213,10 +205,8 @@ bool Device::prepareDraw(GLuint userVertices, UINT userStride)
 HRESULT Device::DrawPrimitive(D3DPRIMITIVETYPE type, UINT startVertex, UINT primitiveCount)
 {
     const uint64_t count = elementCount(type, primitiveCount);
-    if (count == 0 || count > 0x7FFFFFFF)
-        return D3DERR_INVALIDCALL;
-    if (prepareDraw())
-        glDrawArrays(primitiveMode(type), GLint(startVertex), GLsizei(count));
+    if (count == 0 || count > 0x7FFFFFFF) return D3DERR_INVALIDCALL;
+    if (prepareDraw()) glDrawArrays(primitiveMode(type), GLint(startVertex), GLsizei(count));
     return D3D_OK;
 }
 
@@ -226,11 +216,9 @@ HRESULT Device::DrawIndexedPrimitive(D3DPRIMITIVETYPE type, int32_t baseVertex, 
     (void)minIndex;  // a hint for Direct3D's vertex processing; OpenGL reads what the indices say
     (void)vertexCount;
     const uint64_t count = elementCount(type, primitiveCount);
-    if (count == 0 || !indices_)
-        return D3DERR_INVALIDCALL;
+    if (count == 0 || !indices_) return D3DERR_INVALIDCALL;
     const UINT indexSize = indices_->format() == D3DFMT_INDEX32 ? 4 : 2;
-    if (uint64_t(startIndex) + count > indices_->length() / indexSize)
-        return D3DERR_INVALIDCALL;
+    if (uint64_t(startIndex) + count > indices_->length() / indexSize) return D3DERR_INVALIDCALL;
     if (prepareDraw()) {
         const auto offset = static_cast<uintptr_t>(uint64_t(startIndex) * indexSize);
         glDrawElementsBaseVertex(primitiveMode(type), GLsizei(count),
@@ -243,12 +231,10 @@ HRESULT Device::DrawIndexedPrimitive(D3DPRIMITIVETYPE type, int32_t baseVertex, 
 HRESULT Device::DrawPrimitiveUP(D3DPRIMITIVETYPE type, UINT primitiveCount, const void* vertices, UINT stride)
 {
     const uint64_t count = elementCount(type, primitiveCount);
-    if (count == 0 || !vertices || stride == 0 || count * stride > (64u << 20))
-        return D3DERR_INVALIDCALL;
+    if (count == 0 || !vertices || stride == 0 || count * stride > (64u << 20)) return D3DERR_INVALIDCALL;
     if (lostState_ == D3D_OK && context_->makeCurrent()) {
         glNamedBufferData(scratchBuffer_.get(), GLsizeiptr(count * stride), vertices, GL_STREAM_DRAW);
-        if (prepareDraw(scratchBuffer_.get(), stride))
-            glDrawArrays(primitiveMode(type), 0, GLsizei(count));
+        if (prepareDraw(scratchBuffer_.get(), stride)) glDrawArrays(primitiveMode(type), 0, GLsizei(count));
     }
     streams_[0] = Stream{};
     return D3D_OK;
@@ -256,12 +242,11 @@ HRESULT Device::DrawPrimitiveUP(D3DPRIMITIVETYPE type, UINT primitiveCount, cons
 
 HRESULT Device::GetRenderTargetData(const std::shared_ptr<Surface>& target, const std::shared_ptr<Surface>& memory)
 {
-    if (!target || !memory || !target->texture() || memory->texture()
-        || !(target->desc().Usage & D3DUSAGE_RENDERTARGET) || target->desc().Width != memory->desc().Width
-        || target->desc().Height != memory->desc().Height || target->desc().Format != memory->desc().Format)
+    if (!target || !memory || !target->texture() || memory->texture() ||
+        !(target->desc().Usage & D3DUSAGE_RENDERTARGET) || target->desc().Width != memory->desc().Width ||
+        target->desc().Height != memory->desc().Height || target->desc().Format != memory->desc().Format)
         return D3DERR_INVALIDCALL;
-    if (lostState_ != D3D_OK)
-        return D3DERR_DEVICELOST;
+    if (lostState_ != D3D_OK) return D3DERR_DEVICELOST;
     return target->texture()->download(target->face(), target->level(), memory->systemBytes()) ? D3D_OK
                                                                                                : D3DERR_INVALIDCALL;
 }

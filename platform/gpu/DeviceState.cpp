@@ -3,6 +3,7 @@
 #include "platform/gpu/Device.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 
 #include <algorithm>
 #include <bit>
@@ -13,10 +14,18 @@ namespace {
 
 GLenum blendFactor(DWORD blend)
 {
-    static constexpr GLenum kFactors[] = {GL_ZERO,      GL_ZERO,     GL_ONE,
-                                          GL_SRC_COLOR, GL_ONE_MINUS_SRC_COLOR, GL_SRC_ALPHA,
-                                          GL_ONE_MINUS_SRC_ALPHA, GL_DST_ALPHA, GL_ONE_MINUS_DST_ALPHA,
-                                          GL_DST_COLOR, GL_ONE_MINUS_DST_COLOR, GL_SRC_ALPHA_SATURATE};
+    static constexpr GLenum kFactors[] = {GL_ZERO,
+                                          GL_ZERO,
+                                          GL_ONE,
+                                          GL_SRC_COLOR,
+                                          GL_ONE_MINUS_SRC_COLOR,
+                                          GL_SRC_ALPHA,
+                                          GL_ONE_MINUS_SRC_ALPHA,
+                                          GL_DST_ALPHA,
+                                          GL_ONE_MINUS_DST_ALPHA,
+                                          GL_DST_COLOR,
+                                          GL_ONE_MINUS_DST_COLOR,
+                                          GL_SRC_ALPHA_SATURATE};
     return blend < std::size(kFactors) ? kFactors[blend] : GL_ONE;
 }
 
@@ -33,7 +42,7 @@ GLenum blendEquation(DWORD operation)
 
 GLenum compareFunction(DWORD function)
 {
-    static constexpr GLenum kFunctions[] = {GL_ALWAYS, GL_NEVER,   GL_LESS,     GL_EQUAL, GL_LEQUAL,
+    static constexpr GLenum kFunctions[] = {GL_ALWAYS,  GL_NEVER,    GL_LESS,   GL_EQUAL, GL_LEQUAL,
                                             GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS};
     return function < std::size(kFunctions) ? kFunctions[function] : GL_ALWAYS;
 }
@@ -51,10 +60,8 @@ GLint addressMode(DWORD mode)
 GLint minifyFilter(DWORD minFilter, DWORD mipFilter)
 {
     const bool linear = minFilter >= D3DTEXF_LINEAR;
-    if (mipFilter == D3DTEXF_NONE)
-        return linear ? GL_LINEAR : GL_NEAREST;
-    if (mipFilter == D3DTEXF_POINT)
-        return linear ? GL_LINEAR_MIPMAP_NEAREST : GL_NEAREST_MIPMAP_NEAREST;
+    if (mipFilter == D3DTEXF_NONE) return linear ? GL_LINEAR : GL_NEAREST;
+    if (mipFilter == D3DTEXF_POINT) return linear ? GL_LINEAR_MIPMAP_NEAREST : GL_NEAREST_MIPMAP_NEAREST;
     return linear ? GL_LINEAR_MIPMAP_LINEAR : GL_NEAREST_MIPMAP_LINEAR;
 }
 
@@ -70,16 +77,14 @@ void setEnabled(GLenum capability, bool enabled)
 
 HRESULT Device::SetRenderState(D3DRENDERSTATETYPE state, DWORD value)
 {
-    if (state >= kRenderStateCount)
-        return D3DERR_INVALIDCALL;
+    if (state >= kRenderStateCount) return D3DERR_INVALIDCALL;
     renderStates_[state] = value;
     return D3D_OK;
 }
 
 HRESULT Device::GetRenderState(D3DRENDERSTATETYPE state, DWORD* value) const
 {
-    if (state >= kRenderStateCount || !value)
-        return D3DERR_INVALIDCALL;
+    if (state >= kRenderStateCount || !value) return D3DERR_INVALIDCALL;
     *value = renderStates_[state];
     return D3D_OK;
 }
@@ -105,8 +110,7 @@ void Device::applyRenderStates()
 
 HRESULT Device::SetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD value)
 {
-    if (sampler >= kSamplerCount || type >= kSamplerStateCount || !context_->makeCurrent())
-        return D3DERR_INVALIDCALL;
+    if (sampler >= kSamplerCount || type >= kSamplerStateCount || !context_->makeCurrent()) return D3DERR_INVALIDCALL;
     auto& states = samplerStates_[sampler];
     states[type] = value;
     for (const GLuint name : {samplers_[sampler].get(), singleLevelSamplers_[sampler].get()}) {
@@ -131,16 +135,14 @@ void Device::bindSampler(DWORD stage)
 
 HRESULT Device::GetSamplerState(DWORD sampler, D3DSAMPLERSTATETYPE type, DWORD* value) const
 {
-    if (sampler >= kSamplerCount || type >= kSamplerStateCount || !value)
-        return D3DERR_INVALIDCALL;
+    if (sampler >= kSamplerCount || type >= kSamplerStateCount || !value) return D3DERR_INVALIDCALL;
     *value = samplerStates_[sampler][type];
     return D3D_OK;
 }
 
 HRESULT Device::SetTexture(DWORD stage, std::shared_ptr<Texture> texture)
 {
-    if (stage >= kSamplerCount || !context_->makeCurrent())
-        return D3DERR_INVALIDCALL;
+    if (stage >= kSamplerCount || !context_->makeCurrent()) return D3DERR_INVALIDCALL;
     glBindTextureUnit(stage, texture ? texture->glName() : 0);
     textures_[stage] = std::move(texture);
     bindSampler(stage);
@@ -155,8 +157,7 @@ HRESULT Device::SetViewport(const D3DVIEWPORT9& viewport)
 
 HRESULT Device::GetViewport(D3DVIEWPORT9* viewport) const
 {
-    if (!viewport)
-        return D3DERR_INVALIDCALL;
+    if (!viewport) return D3DERR_INVALIDCALL;
     *viewport = viewport_;
     return D3D_OK;
 }
@@ -173,24 +174,21 @@ HRESULT Device::SetRenderTarget(DWORD index, std::shared_ptr<Surface> surface)
 
 HRESULT Device::GetRenderTarget(DWORD index, std::shared_ptr<Surface>* surface) const
 {
-    if (index != 0 || !surface)
-        return D3DERR_INVALIDCALL;
+    if (index != 0 || !surface) return D3DERR_INVALIDCALL;
     *surface = target_;
     return D3D_OK;
 }
 
 HRESULT Device::SetDepthStencilSurface(std::shared_ptr<Surface> surface)
 {
-    if (surface && (!surface->texture() || !formatInfo(surface->desc().Format).depth))
-        return D3DERR_INVALIDCALL;
+    if (surface && (!surface->texture() || !formatInfo(surface->desc().Format).depth)) return D3DERR_INVALIDCALL;
     depth_ = std::move(surface);
     return D3D_OK;
 }
 
 HRESULT Device::GetDepthStencilSurface(std::shared_ptr<Surface>* surface) const
 {
-    if (!surface)
-        return D3DERR_INVALIDCALL;
+    if (!surface) return D3DERR_INVALIDCALL;
     *surface = depth_;
     return depth_ ? D3D_OK : D3DERR_NOTAVAILABLE;
 }
@@ -203,16 +201,14 @@ HRESULT Device::SetVertexDeclaration(std::shared_ptr<VertexDeclaration> declarat
 
 HRESULT Device::SetStreamSource(UINT stream, std::shared_ptr<VertexBuffer> buffer, UINT offset, UINT stride)
 {
-    if (stream >= streams_.size() || (buffer && buffer->format() != D3DFMT_VERTEXDATA))
-        return D3DERR_INVALIDCALL;
+    if (stream >= streams_.size() || (buffer && buffer->format() != D3DFMT_VERTEXDATA)) return D3DERR_INVALIDCALL;
     streams_[stream] = Stream{std::move(buffer), offset, stride};
     return D3D_OK;
 }
 
 HRESULT Device::SetIndices(std::shared_ptr<IndexBuffer> buffer)
 {
-    if (buffer && buffer->format() == D3DFMT_VERTEXDATA)
-        return D3DERR_INVALIDCALL;
+    if (buffer && buffer->format() == D3DFMT_VERTEXDATA) return D3DERR_INVALIDCALL;
     indices_ = std::move(buffer);
     return D3D_OK;
 }
@@ -222,8 +218,7 @@ namespace {
 HRESULT writeConstants(std::vector<float>& file, UINT start, const float* data, UINT count)
 {
     const size_t registers = file.size() / 4;
-    if (!data || start > registers || count > registers - start)
-        return D3DERR_INVALIDCALL;
+    if (!data || start > registers || count > registers - start) return D3DERR_INVALIDCALL;
     std::copy(data, data + size_t(count) * 4, file.begin() + std::ptrdiff_t(start) * 4);
     return D3D_OK;
 }

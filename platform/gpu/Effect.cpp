@@ -15,8 +15,7 @@ const std::optional<CompiledStage>& compileOnce(StageMemo& memo, const std::stri
 {
     const auto key = std::make_pair(entry, kind);
     auto found = memo.find(key);
-    if (found == memo.end())
-        found = memo.emplace(key, compileStage(hlsl, kind, entry)).first;
+    if (found == memo.end()) found = memo.emplace(key, compileStage(hlsl, kind, entry)).first;
     return found->second;
 }
 
@@ -32,9 +31,11 @@ std::shared_ptr<const CompiledEffect> compileEffect(const std::shared_ptr<Contex
         std::vector<CompiledPass> passes;
         for (const FxPass& pass : technique.passes) {
             std::optional<CompiledStage> vertex, pixel;
-            if (!pass.vertexEntry.empty() && !(vertex = compileOnce(memo, parsed.hlsl, StageKind::Vertex, pass.vertexEntry)))
+            if (!pass.vertexEntry.empty() &&
+                !(vertex = compileOnce(memo, parsed.hlsl, StageKind::Vertex, pass.vertexEntry)))
                 return nullptr;
-            if (!pass.pixelEntry.empty() && !(pixel = compileOnce(memo, parsed.hlsl, StageKind::Pixel, pass.pixelEntry)))
+            if (!pass.pixelEntry.empty() &&
+                !(pixel = compileOnce(memo, parsed.hlsl, StageKind::Pixel, pass.pixelEntry)))
                 return nullptr;
             passes.push_back({pass, std::make_shared<PassShaders>(context, std::move(vertex), std::move(pixel))});
         }
@@ -48,18 +49,14 @@ std::shared_ptr<const CompiledEffect> compileEffect(const std::shared_ptr<Contex
 HRESULT D3DXCreateEffect(const std::shared_ptr<Device>& device, const std::string& text,
                          const IncludeResolver& resolver, std::shared_ptr<Effect>* effect)
 {
-    if (!device || !effect)
-        return D3DERR_INVALIDCALL;
+    if (!device || !effect) return D3DERR_INVALIDCALL;
     *effect = nullptr;
     std::string expanded;
-    if (!expandIncludes(text, resolver, expanded))
-        return D3DERR_INVALIDCALL;
+    if (!expandIncludes(text, resolver, expanded)) return D3DERR_INVALIDCALL;
     auto& cache = device->effectCache();
     auto found = cache.find(expanded);
-    if (found == cache.end())
-        found = cache.emplace(expanded, compileEffect(device->context(), expanded)).first;
-    if (!found->second)
-        return D3DERR_INVALIDCALL;
+    if (found == cache.end()) found = cache.emplace(expanded, compileEffect(device->context(), expanded)).first;
+    if (!found->second) return D3DERR_INVALIDCALL;
     *effect = std::make_shared<Effect>(device, found->second);
     return D3D_OK;
 }
@@ -73,26 +70,22 @@ const char* D3DXGetPixelShaderProfile(const Device& device)
 Effect::Effect(std::shared_ptr<Device> device, std::shared_ptr<const CompiledEffect> compiled)
     : device_(std::move(device)), compiled_(std::move(compiled))
 {
-    for (const FxParameter& parameter : compiled_->bindings.parameters)
-        values_.push_back(parameter.defaults);
+    for (const FxParameter& parameter : compiled_->bindings.parameters) values_.push_back(parameter.defaults);
 }
 
 HRESULT Effect::Begin(UINT* passes, DWORD flags)
 {
     // D3DXFX_DONOTSAVESTATE or not: the states a pass sets stay set after End.
     (void)flags;
-    if (begun_)
-        return D3DERR_INVALIDCALL;
+    if (begun_) return D3DERR_INVALIDCALL;
     begun_ = true;
-    if (passes)
-        *passes = UINT(technique().size());
+    if (passes) *passes = UINT(technique().size());
     return D3D_OK;
 }
 
 HRESULT Effect::BeginPass(UINT pass)
 {
-    if (!begun_ || inPass_ || pass >= technique().size())
-        return D3DERR_INVALIDCALL;
+    if (!begun_ || inPass_ || pass >= technique().size()) return D3DERR_INVALIDCALL;
     const CompiledPass& compiled = technique()[pass];
     // The states of the samplers' own blocks first: a pass may set them again.
     for (const FxSampler& sampler : compiled_->bindings.samplers)
@@ -112,8 +105,7 @@ HRESULT Effect::BeginPass(UINT pass)
 
 HRESULT Effect::CommitChanges()
 {
-    if (!inPass_)
-        return D3DERR_INVALIDCALL;
+    if (!inPass_) return D3DERR_INVALIDCALL;
     applyParameters();
     return D3D_OK;
 }
@@ -130,16 +122,14 @@ void Effect::applyParameters() const
     }
     for (const auto& [name, texture] : textures_)
         for (const FxSampler& sampler : compiled_->bindings.samplers)
-            if (sampler.texture == name)
-                device_->SetTexture(sampler.stage, texture);
+            if (sampler.texture == name) device_->SetTexture(sampler.stage, texture);
 }
 
 HRESULT Effect::SetValue(const std::string& name, std::span<const float> values)
 {
     const std::vector<FxParameter>& parameters = compiled_->bindings.parameters;
     for (size_t i = 0; i < parameters.size(); ++i) {
-        if (parameters[i].name != name)
-            continue;
+        if (parameters[i].name != name) continue;
         std::copy_n(values.begin(), std::min(values.size(), values_[i].size()), values_[i].begin());
         return D3D_OK;
     }
@@ -149,8 +139,7 @@ HRESULT Effect::SetValue(const std::string& name, std::span<const float> values)
 HRESULT Effect::SetMatrix(const std::string& name, const float (&matrix)[16])
 {
     for (const FxParameter& parameter : compiled_->bindings.parameters) {
-        if (parameter.name != name)
-            continue;
+        if (parameter.name != name) continue;
         float registers[16];
         for (int r = 0; r < 4; ++r)
             for (int c = 0; c < 4; ++c)
@@ -177,16 +166,14 @@ HRESULT Effect::SetTexture(const std::string& name, std::shared_ptr<Texture> tex
 
 HRESULT Effect::EndPass()
 {
-    if (!inPass_)
-        return D3DERR_INVALIDCALL;
+    if (!inPass_) return D3DERR_INVALIDCALL;
     inPass_ = false;
     return D3D_OK;
 }
 
 HRESULT Effect::End()
 {
-    if (!begun_)
-        return D3DERR_INVALIDCALL;
+    if (!begun_) return D3DERR_INVALIDCALL;
     begun_ = false;
     inPass_ = false;
     return D3D_OK;

@@ -13,24 +13,19 @@ constexpr size_t kMaxText = 16u << 20;
 std::optional<std::string> includedName(const std::string& line)
 {
     size_t at = line.find_first_not_of(" \t");
-    if (at == std::string::npos || line[at] != '#')
-        return std::nullopt;
+    if (at == std::string::npos || line[at] != '#') return std::nullopt;
     at = line.find_first_not_of(" \t", at + 1);
-    if (at == std::string::npos || line.compare(at, 7, "include") != 0)
-        return std::nullopt;
+    if (at == std::string::npos || line.compare(at, 7, "include") != 0) return std::nullopt;
     at = line.find_first_of("\"<", at + 7);
-    if (at == std::string::npos)
-        return std::nullopt;
+    if (at == std::string::npos) return std::nullopt;
     const size_t end = line.find(line[at] == '"' ? '"' : '>', at + 1);
-    if (end == std::string::npos)
-        return std::nullopt;
+    if (end == std::string::npos) return std::nullopt;
     return line.substr(at + 1, end - at - 1);
 }
 
 bool expand(const std::string& text, const IncludeResolver& resolver, int depth, std::string& out)
 {
-    if (depth > kMaxDepth)
-        return false;
+    if (depth > kMaxDepth) return false;
     size_t at = 0;
     while (at < text.size()) {
         size_t end = text.find('\n', at);
@@ -42,12 +37,10 @@ bool expand(const std::string& text, const IncludeResolver& resolver, int depth,
             out += line;
         } else {
             const std::optional<std::string> included = resolver ? resolver(*name) : std::nullopt;
-            if (!included || !expand(*included, resolver, depth + 1, out))
-                return false;
+            if (!included || !expand(*included, resolver, depth + 1, out)) return false;
             out += '\n';
         }
-        if (out.size() > kMaxText)
-            return false;
+        if (out.size() > kMaxText) return false;
     }
     return true;
 }

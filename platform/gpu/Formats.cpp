@@ -15,8 +15,7 @@ FormatInfo formatInfo(D3DFORMAT format)
     case D3DFMT_DXT5: return {GL_COMPRESSED_RGBA_S3TC_DXT5_EXT, 0, 0, 16, true};
     case D3DFMT_D16: return {GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT, 2, false, true};
     case D3DFMT_D24X8:
-    case D3DFMT_D24S8:
-        return {GL_DEPTH24_STENCIL8, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, 4, false, true};
+    case D3DFMT_D24S8: return {GL_DEPTH24_STENCIL8, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, 4, false, true};
     case D3DFMT_D32: return {GL_DEPTH_COMPONENT32F, GL_DEPTH_COMPONENT, GL_FLOAT, 4, false, true};
     default: return {};
     }
@@ -29,10 +28,7 @@ size_t rowPitch(D3DFORMAT format, UINT width)
     return units * info.bytesPerBlock;
 }
 
-UINT rowCount(D3DFORMAT format, UINT height)
-{
-    return formatInfo(format).compressed ? (height + 3) / 4 : height;
-}
+UINT rowCount(D3DFORMAT format, UINT height) { return formatInfo(format).compressed ? (height + 3) / 4 : height; }
 
 size_t imageSize(D3DFORMAT format, UINT width, UINT height)
 {

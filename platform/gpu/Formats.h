@@ -2,9 +2,8 @@
 // How each Direct3D format lives in OpenGL: storage, upload layout and pitch.
 // Colour formats keep Direct3D's byte order in memory: A8R8G8B8 is bytes B, G, R, A,
 // uploaded and read back as GL_BGRA.
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/Types.h"
-
-#include <epoxy/gl.h>
 
 #include <cstddef>
 

@@ -23,41 +23,37 @@ struct Edit {
 /// The shape of a numeric type: rows and columns, or nothing for another word.
 std::optional<std::pair<DWORD, DWORD>> numericShape(const std::string& type)
 {
-    if (type == "matrix")
-        return std::make_pair(4u, 4u);
-    if (type == "vector")
-        return std::make_pair(1u, 4u);
+    if (type == "matrix") return std::make_pair(4u, 4u);
+    if (type == "vector") return std::make_pair(1u, 4u);
     static const std::regex kNumeric("(float|half|int|uint|bool|double)([1-4])?(?:x([1-4]))?");
     std::smatch match;
-    if (!std::regex_match(type, match, kNumeric))
-        return std::nullopt;
+    if (!std::regex_match(type, match, kNumeric)) return std::nullopt;
     const DWORD first = match[2].matched ? DWORD(std::stoul(match[2].str())) : 1;
-    if (match[3].matched)
-        return std::make_pair(first, DWORD(std::stoul(match[3].str())));
+    if (match[3].matched) return std::make_pair(first, DWORD(std::stoul(match[3].str())));
     return std::make_pair(1u, first);
 }
 
 bool isSamplerType(const std::string& type)
 {
-    return type == "sampler" || type == "sampler2D" || type == "samplerCUBE" || type == "sampler3D" || type == "sampler1D";
+    return type == "sampler" || type == "sampler2D" || type == "samplerCUBE" || type == "sampler3D" ||
+           type == "sampler1D";
 }
 
 bool isQualifier(const std::string& word)
 {
-    static const std::set<std::string> kQualifiers = {"static", "const", "uniform", "extern", "shared",
-                                                     "volatile", "row_major", "column_major"};
+    static const std::set<std::string> kQualifiers = {"static", "const",    "uniform",   "extern",
+                                                      "shared", "volatile", "row_major", "column_major"};
     return kQualifiers.contains(word);
 }
 
 /// A `register(xN)` clause at `at` (the token after ":"): the letter and number.
 std::optional<std::pair<char, DWORD>> registerClause(const std::vector<FxToken>& tokens, size_t at)
 {
-    if (at + 3 >= tokens.size() || tokens[at].text != "register" || tokens[at + 1].text != "(")
-        return std::nullopt;
+    if (at + 3 >= tokens.size() || tokens[at].text != "register" || tokens[at + 1].text != "(") return std::nullopt;
     const std::string& slot = tokens[at + 2].text;
-    if (slot.size() < 2 || !std::isdigit(static_cast<unsigned char>(slot[1])))
-        return std::nullopt;
-    return std::make_pair(char(std::tolower(static_cast<unsigned char>(slot[0]))), DWORD(std::strtoul(slot.c_str() + 1, nullptr, 10)));
+    if (slot.size() < 2 || !std::isdigit(static_cast<unsigned char>(slot[1]))) return std::nullopt;
+    return std::make_pair(char(std::tolower(static_cast<unsigned char>(slot[0]))),
+                          DWORD(std::strtoul(slot.c_str() + 1, nullptr, 10)));
 }
 
 class Binder {
@@ -104,8 +100,7 @@ private:
 size_t Binder::skipPreprocessorLine(size_t at) const
 {
     const size_t lineEnd = text_.find('\n', tokens_[at].begin);
-    while (at < tokens_.size() && (lineEnd == std::string::npos || tokens_[at].begin < lineEnd))
-        ++at;
+    while (at < tokens_.size() && (lineEnd == std::string::npos || tokens_[at].begin < lineEnd)) ++at;
     return at;
 }
 
@@ -116,8 +111,7 @@ size_t Binder::skipBlock(size_t at) const
     int depth = 0;
     for (; at < tokens_.size(); ++at) {
         depth += word(at) == "{" ? 1 : word(at) == "}" ? -1 : 0;
-        if (depth == 0 && word(at) == "}")
-            return word(at + 1) == ";" ? at + 2 : at + 1;
+        if (depth == 0 && word(at) == "}") return word(at + 1) == ";" ? at + 2 : at + 1;
     }
     return at;
 }
@@ -129,8 +123,7 @@ std::optional<Binder::Declaration> Binder::readDeclarator(size_t nameAt) const
     size_t at = nameAt + 1;
     if (word(at) == "[") {
         declaration.arraySize = DWORD(std::max(1ul, std::strtoul(word(at + 1).c_str(), nullptr, 10)));
-        if (word(at + 2) != "]")
-            return std::nullopt;
+        if (word(at + 2) != "]") return std::nullopt;
         at += 3;
     }
     declaration.afterName = at;
@@ -145,14 +138,11 @@ std::optional<Binder::Declaration> Binder::readDeclarator(size_t nameAt) const
         // Before an initialiser, a "(" or "{" makes a function or a struct; several
         // declarators are left as they stand too.
         const bool block = word(at) == "{" && (initialiser || word(at - 1) == "sampler_state");
-        if (word(at) == "," && !initialiser)
-            return std::nullopt;
-        if ((word(at) == "(" || word(at) == "{") && !initialiser && !block)
-            return std::nullopt;
+        if (word(at) == "," && !initialiser) return std::nullopt;
+        if ((word(at) == "(" || word(at) == "{") && !initialiser && !block) return std::nullopt;
         at = block ? skipBlock(at) - (word(skipBlock(at) - 1) == ";" ? 1 : 0) : at + 1;
     }
-    if (at >= tokens_.size())
-        return std::nullopt;
+    if (at >= tokens_.size()) return std::nullopt;
     declaration.end = at;
     return declaration;
 }
@@ -168,11 +158,9 @@ size_t Binder::readGlobal(size_t at)
     }
     const std::string& type = word(at);
     const auto shape = numericShape(type);
-    if (!shape && !isSamplerType(type))
-        return at + 1;
+    if (!shape && !isSamplerType(type)) return at + 1;
     const std::optional<Declaration> declaration = readDeclarator(at + 1);
-    if (!declaration)
-        return at + 1;
+    if (!declaration) return at + 1;
     if (!isStatic && shape)
         addConstant(*declaration, shape->first, shape->second, rowMajor);
     else if (!isStatic)
@@ -206,17 +194,13 @@ void Binder::addSampler(const Declaration& declaration)
     FxSampler sampler;
     sampler.name = word(declaration.nameToken);
     size_t block = declaration.afterName;
-    while (block < declaration.end && word(block) != "sampler_state")
-        ++block;
-    if (block < declaration.end)
-        readSamplerState(block + 1, sampler);
+    while (block < declaration.end && word(block) != "sampler_state") ++block;
+    if (block < declaration.end) readSamplerState(block + 1, sampler);
     if (declaration.reg && declaration.reg->first == 's') {
         sampler.stage = std::min<DWORD>(declaration.reg->second, kSamplerCount - 1);
         samplersTaken_.insert(sampler.stage);
-        for (StateAssignment& state : sampler.states)
-            state.index = sampler.stage;
-        if (block < declaration.end)
-            edits_.push_back({tokens_[block - 1].begin, tokens_[declaration.end].begin, ""});
+        for (StateAssignment& state : sampler.states) state.index = sampler.stage;
+        if (block < declaration.end) edits_.push_back({tokens_[block - 1].begin, tokens_[declaration.end].begin, ""});
     } else {
         edits_.push_back({tokens_[declaration.afterName].begin, tokens_[declaration.end].begin, ""});
         unboundSamplers_.emplace_back(bindings_.samplers.size(), declaration.afterName);
@@ -227,8 +211,7 @@ void Binder::addSampler(const Declaration& declaration)
 // `{ Texture = <name>; State = value; ... }`
 void Binder::readSamplerState(size_t blockAt, FxSampler& sampler) const
 {
-    if (word(blockAt) != "{")
-        return;
+    if (word(blockAt) != "{") return;
     const size_t end = skipBlock(blockAt);
     for (size_t at = blockAt + 1; at + 1 < end && word(at) != "}";) {
         const std::string key = word(at);
@@ -245,8 +228,7 @@ void Binder::readSamplerState(size_t blockAt, FxSampler& sampler) const
             sampler.texture = value.front();
         } else {
             StateAssignment state;
-            if (readStateAssignment(key, 0, value, state) && state.sampler)
-                sampler.states.push_back(state);
+            if (readStateAssignment(key, 0, value, state) && state.sampler) sampler.states.push_back(state);
         }
         at = valueAt + 1;
     }
@@ -258,8 +240,7 @@ std::vector<float> Binder::readDefaults(const Declaration& declaration, const Fx
 {
     std::vector<float> values(size_t(parameter.registerCount) * 4, 0.0f);
     size_t at = declaration.afterName;
-    while (at < declaration.end && word(at) != "=")
-        ++at;
+    while (at < declaration.end && word(at) != "=") ++at;
     const DWORD perElement = parameter.rows * parameter.columns;
     DWORD element = 0;
     for (++at; at < declaration.end; ++at) {
@@ -277,11 +258,10 @@ std::vector<float> Binder::readDefaults(const Declaration& declaration, const Fx
         at += negative ? 1 : 0;
         const DWORD entry = element / perElement, inEntry = element % perElement;
         const DWORD row = inEntry / parameter.columns, column = inEntry % parameter.columns;
-        const DWORD reg = entry * (parameter.columnMajor ? parameter.columns : parameter.rows)
-                        + (parameter.columnMajor ? column : row);
+        const DWORD reg = entry * (parameter.columnMajor ? parameter.columns : parameter.rows) +
+                          (parameter.columnMajor ? column : row);
         const DWORD component = parameter.columnMajor ? row : column;
-        if (reg < parameter.registerCount)
-            values[size_t(reg) * 4 + component] = negative ? -value : value;
+        if (reg < parameter.registerCount) values[size_t(reg) * 4 + component] = negative ? -value : value;
         ++element;
     }
     return values;
@@ -299,14 +279,13 @@ void Binder::assignRegisters()
     }
     DWORD stage = 0;
     for (const auto& [index, afterName] : unboundSamplers_) {
-        while (samplersTaken_.contains(stage) && stage + 1 < kSamplerCount)
-            ++stage;
+        while (samplersTaken_.contains(stage) && stage + 1 < kSamplerCount) ++stage;
         FxSampler& sampler = bindings_.samplers[index];
         sampler.stage = stage;
         samplersTaken_.insert(stage);
-        for (StateAssignment& state : sampler.states)
-            state.index = stage;
-        edits_.push_back({tokens_[afterName].begin, tokens_[afterName].begin, " : register(s" + std::to_string(stage) + ")"});
+        for (StateAssignment& state : sampler.states) state.index = stage;
+        edits_.push_back(
+            {tokens_[afterName].begin, tokens_[afterName].begin, " : register(s" + std::to_string(stage) + ")"});
     }
 }
 
@@ -326,7 +305,8 @@ FxBindings Binder::bind(std::string& hlsl)
     std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) { return a.begin > b.begin; });
     for (const Edit& edit : edits_) {
         std::string blank(hlsl.begin() + std::ptrdiff_t(edit.begin), hlsl.begin() + std::ptrdiff_t(edit.end));
-        std::replace_if(blank.begin(), blank.end(), [](char c) { return c != '\n'; }, ' ');
+        std::replace_if(
+            blank.begin(), blank.end(), [](char c) { return c != '\n'; }, ' ');
         hlsl.replace(edit.begin, edit.end - edit.begin, edit.text + blank);
     }
     return std::move(bindings_);

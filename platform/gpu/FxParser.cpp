@@ -16,8 +16,7 @@ namespace {
 bool equalsNoCase(const std::string& a, const char* b)
 {
     const std::string_view other(b);
-    return a.size() == other.size()
-        && std::equal(a.begin(), a.end(), other.begin(), [](char x, char y) {
+    return a.size() == other.size() && std::equal(a.begin(), a.end(), other.begin(), [](char x, char y) {
                return std::toupper(static_cast<unsigned char>(x)) == std::toupper(static_cast<unsigned char>(y));
            });
 }
@@ -33,8 +32,7 @@ private:
     bool atText(const char* text) const { return at_ < tokens_.size() && tokens_[at_].text == text; }
     bool expect(const char* text)
     {
-        if (!atText(text))
-            return false;
+        if (!atText(text)) return false;
         ++at_;
         return true;
     }
@@ -49,12 +47,9 @@ private:
 
 void PassReader::skipNameAndAnnotations(std::string& name)
 {
-    if (at_ < tokens_.size() && tokens_[at_].text != "{" && tokens_[at_].text != "<")
-        name = tokens_[at_++].text;
-    if (!atText("<"))
-        return;
-    while (at_ < tokens_.size() && tokens_[at_].text != ">")
-        ++at_;
+    if (at_ < tokens_.size() && tokens_[at_].text != "{" && tokens_[at_].text != "<") name = tokens_[at_++].text;
+    if (!atText("<")) return;
+    while (at_ < tokens_.size() && tokens_[at_].text != ">") ++at_;
     ++at_;
 }
 
@@ -62,12 +57,10 @@ bool PassReader::readTechnique(FxTechnique& technique)
 {
     ++at_;  // "technique"
     skipNameAndAnnotations(technique.name);
-    if (!expect("{"))
-        return false;
+    if (!expect("{")) return false;
     while (at_ < tokens_.size() && !atText("}")) {
         FxPass pass;
-        if (!equalsNoCase(tokens_[at_].text, "pass") || !readPass(pass))
-            return false;
+        if (!equalsNoCase(tokens_[at_].text, "pass") || !readPass(pass)) return false;
         technique.passes.push_back(std::move(pass));
     }
     return expect("}");
@@ -77,11 +70,9 @@ bool PassReader::readPass(FxPass& pass)
 {
     ++at_;  // "pass"
     skipNameAndAnnotations(pass.name);
-    if (!expect("{"))
-        return false;
+    if (!expect("{")) return false;
     while (at_ < tokens_.size() && !atText("}")) {
-        if (!readAssignment(pass))
-            return false;
+        if (!readAssignment(pass)) return false;
     }
     return expect("}");
 }
@@ -93,26 +84,20 @@ bool PassReader::readAssignment(FxPass& pass)
     DWORD index = 0;
     if (atText("[")) {
         ++at_;
-        if (at_ < tokens_.size())
-            index = DWORD(std::min(std::strtoul(tokens_[at_].text.c_str(), nullptr, 10), 15ul));
-        while (at_ < tokens_.size() && !atText("]"))
-            ++at_;
+        if (at_ < tokens_.size()) index = DWORD(std::min(std::strtoul(tokens_[at_].text.c_str(), nullptr, 10), 15ul));
+        while (at_ < tokens_.size() && !atText("]")) ++at_;
         ++at_;
     }
-    if (!expect("="))
-        return false;
+    if (!expect("=")) return false;
     std::vector<std::string> value;
-    while (at_ < tokens_.size() && !atText(";") && !atText("}"))
-        value.push_back(tokens_[at_++].text);
-    if (!expect(";"))
-        return false;
+    while (at_ < tokens_.size() && !atText(";") && !atText("}")) value.push_back(tokens_[at_++].text);
+    if (!expect(";")) return false;
     if (equalsNoCase(name, "VertexShader") || equalsNoCase(name, "PixelShader")) {
         readShader(name, value, pass);
         return true;
     }
     StateAssignment state;
-    if (readStateAssignment(name, index, value, state))
-        pass.states.push_back(state);
+    if (readStateAssignment(name, index, value, state)) pass.states.push_back(state);
     return true;
 }
 
@@ -141,15 +126,15 @@ namespace {
 // Blanks text[begin, end) out, keeping line breaks so that compile errors keep their lines.
 void blankOut(std::string& text, size_t begin, size_t end)
 {
-    std::replace_if(text.begin() + std::ptrdiff_t(begin), text.begin() + std::ptrdiff_t(end),
-                    [](char c) { return c != '\n'; }, ' ');
+    std::replace_if(
+        text.begin() + std::ptrdiff_t(begin), text.begin() + std::ptrdiff_t(end), [](char c) { return c != '\n'; },
+        ' ');
 }
 
 // The token after the `;` that ends a statement from `at`, or the end.
 size_t statementEnd(const std::vector<FxToken>& tokens, size_t at)
 {
-    while (at < tokens.size() && tokens[at].text != ";")
-        ++at;
+    while (at < tokens.size() && tokens[at].text != ";") ++at;
     return std::min(at + 1, tokens.size());
 }
 
@@ -175,8 +160,7 @@ bool parseEffectText(const std::string& text, FxText& out)
         if (depth == 0 && isTechniqueKeyword(token)) {
             PassReader reader(tokens, at);
             FxTechnique technique;
-            if (!reader.readTechnique(technique))
-                return false;
+            if (!reader.readTechnique(technique)) return false;
             out.techniques.push_back(std::move(technique));
             next = reader.position();
         } else if (depth == 0 && isTextureKeyword(token)) {

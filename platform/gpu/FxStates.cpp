@@ -54,10 +54,12 @@ const std::vector<ValueNames>& valueNames()
         {ValueKind::Bool, 0, {"FALSE", "TRUE"}},
         {ValueKind::Blend,
          1,
-         {"ZERO", "ONE", "SRCCOLOR", "INVSRCCOLOR", "SRCALPHA", "INVSRCALPHA", "DESTALPHA", "INVDESTALPHA",
-          "DESTCOLOR", "INVDESTCOLOR", "SRCALPHASAT"}},
+         {"ZERO", "ONE", "SRCCOLOR", "INVSRCCOLOR", "SRCALPHA", "INVSRCALPHA", "DESTALPHA", "INVDESTALPHA", "DESTCOLOR",
+          "INVDESTCOLOR", "SRCALPHASAT"}},
         {ValueKind::Cull, 1, {"NONE", "CW", "CCW"}},
-        {ValueKind::Compare, 1, {"NEVER", "LESS", "EQUAL", "LESSEQUAL", "GREATER", "NOTEQUAL", "GREATEREQUAL", "ALWAYS"}},
+        {ValueKind::Compare,
+         1,
+         {"NEVER", "LESS", "EQUAL", "LESSEQUAL", "GREATER", "NOTEQUAL", "GREATEREQUAL", "ALWAYS"}},
         {ValueKind::BlendOp, 1, {"ADD", "SUBTRACT", "REVSUBTRACT", "MIN", "MAX"}},
         {ValueKind::Filter, 0, {"NONE", "POINT", "LINEAR", "ANISOTROPIC"}},
         {ValueKind::Address, 1, {"WRAP", "MIRROR", "CLAMP", "BORDER", "MIRRORONCE"}},
@@ -74,8 +76,7 @@ std::string upper(std::string text)
 bool readNamedValue(ValueKind kind, const std::string& text, DWORD& value)
 {
     for (const ValueNames& names : valueNames()) {
-        if (names.kind != kind)
-            continue;
+        if (names.kind != kind) continue;
         for (size_t i = 0; i < names.names.size(); ++i) {
             if (text == names.names[i]) {
                 value = names.first + DWORD(i);
@@ -91,10 +92,8 @@ bool readNamedValue(ValueKind kind, const std::string& text, DWORD& value)
 bool readNumber(const std::vector<std::string>& tokens, bool asFloat, DWORD& value)
 {
     std::string text;
-    for (const std::string& token : tokens)
-        text += token;
-    if (text.empty())
-        return false;
+    for (const std::string& token : tokens) text += token;
+    if (text.empty()) return false;
     char* end = nullptr;
     if (asFloat || text.find('.') != std::string::npos) {
         const float number = std::strtof(text.c_str(), &end);
@@ -111,13 +110,11 @@ bool readStateAssignment(const std::string& name, DWORD index, const std::vector
                          StateAssignment& out)
 {
     const std::string key = upper(name);
-    const auto found = std::find_if(std::begin(kStates), std::end(kStates),
-                                    [&](const StateName& state) { return key == state.name; });
-    if (found == std::end(kStates) || value.empty())
-        return false;
+    const auto found =
+        std::find_if(std::begin(kStates), std::end(kStates), [&](const StateName& state) { return key == state.name; });
+    if (found == std::end(kStates) || value.empty()) return false;
     out = StateAssignment{found->sampler, index, found->state, 0};
-    if (value.size() == 1 && readNamedValue(found->kind, upper(value[0]), out.value))
-        return true;
+    if (value.size() == 1 && readNamedValue(found->kind, upper(value[0]), out.value)) return true;
     return readNumber(value, found->kind == ValueKind::Float, out.value);
 }
 

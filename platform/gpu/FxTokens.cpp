@@ -21,8 +21,7 @@ size_t skipCommentOrString(const std::string& text, size_t at)
     }
     if (text[at] == '"') {
         size_t end = at + 1;
-        while (end < text.size() && text[end] != '"' && text[end] != '\n')
-            end += text[end] == '\\' ? 2 : 1;
+        while (end < text.size() && text[end] != '"' && text[end] != '\n') end += text[end] == '\\' ? 2 : 1;
         return std::min(end + 1, text.size());
     }
     return at;
@@ -46,8 +45,7 @@ std::vector<FxToken> tokenizeEffect(const std::string& text)
         }
         size_t end = at + 1;
         if (isWordCharacter(text[at])) {
-            while (end < text.size() && isWordCharacter(text[end]))
-                ++end;
+            while (end < text.size() && isWordCharacter(text[end])) ++end;
         }
         tokens.push_back({text.substr(at, end - at), at, end});
         at = end;

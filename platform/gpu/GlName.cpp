@@ -1,5 +1,7 @@
 #include "platform/gpu/GlName.h"
 
+#include "platform/gpu/GlApi.h"
+
 namespace qx::gpu {
 
 void GlName::reset()

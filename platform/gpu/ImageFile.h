@@ -15,9 +15,8 @@ HRESULT D3DXGetImageInfoFromFileInMemory(const void* data, UINT size, D3DXIMAGE_
 
 /// `mipLevels`: 0 or D3DX_DEFAULT for a whole chain, made from level 0 when the file has
 /// fewer; otherwise at most that many of the file's levels. `info` may be null.
-HRESULT D3DXCreateTextureFromFileInMemoryEx(Device& device, const void* data, UINT size, UINT mipLevels,
-                                            DWORD usage, D3DPOOL pool, D3DXIMAGE_INFO* info,
-                                            std::shared_ptr<Texture>* texture);
+HRESULT D3DXCreateTextureFromFileInMemoryEx(Device& device, const void* data, UINT size, UINT mipLevels, DWORD usage,
+                                            D3DPOOL pool, D3DXIMAGE_INFO* info, std::shared_ptr<Texture>* texture);
 /// The same for a DDS cube map; other files fail.
 HRESULT D3DXCreateCubeTextureFromFileInMemoryEx(Device& device, const void* data, UINT size, UINT mipLevels,
                                                 DWORD usage, D3DPOOL pool, D3DXIMAGE_INFO* info,

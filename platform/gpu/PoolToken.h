@@ -13,16 +13,13 @@ using PoolCounter = std::shared_ptr<int>;
 class PoolToken {
 public:
     PoolToken() = default;
-    PoolToken(const PoolCounter& counter, D3DPOOL pool)
-        : counter_(pool == D3DPOOL_DEFAULT ? counter : nullptr)
+    PoolToken(const PoolCounter& counter, D3DPOOL pool) : counter_(pool == D3DPOOL_DEFAULT ? counter : nullptr)
     {
-        if (counter_)
-            ++*counter_;
+        if (counter_) ++*counter_;
     }
     ~PoolToken()
     {
-        if (counter_)
-            --*counter_;
+        if (counter_) --*counter_;
     }
     PoolToken(const PoolToken&) = delete;
     PoolToken& operator=(const PoolToken&) = delete;

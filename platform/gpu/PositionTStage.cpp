@@ -1,5 +1,6 @@
 #include "platform/gpu/PositionTStage.h"
 
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/SpirvToGlsl.h"
 
 namespace qx::gpu {
@@ -21,10 +22,8 @@ const char* swizzle(int components)
 const D3DVERTEXELEMENT9* findElement(const std::vector<D3DVERTEXELEMENT9>& elements, int usage, int index)
 {
     for (const D3DVERTEXELEMENT9& element : elements) {
-        if (element.Stream == 0xFF)
-            break;
-        if (element.Usage == usage && element.UsageIndex == index)
-            return &element;
+        if (element.Stream == 0xFF) break;
+        if (element.Usage == usage && element.UsageIndex == index) return &element;
     }
     return nullptr;
 }
@@ -50,11 +49,10 @@ std::string positionTVertexStage(const std::vector<D3DVERTEXELEMENT9>& elements,
     GLuint nextLocation = 1;
     for (const StageVarying& input : pixel.inputs) {
         const int usage = usageOfSemantic(input.semantic);
-        if (input.location == kFogLocation || usage < 0)
-            continue;
+        if (input.location == kFogLocation || usage < 0) continue;
         const std::string name = "qx_out" + std::to_string(input.location);
-        head += "layout(location = " + std::to_string(input.location) + ") out " + vectorType(input.components) + " "
-              + name + ";\n";
+        head += "layout(location = " + std::to_string(input.location) + ") out " + vectorType(input.components) + " " +
+                name + ";\n";
         std::string value = usage == D3DDECLUSAGE_COLOR ? "vec4(1.0)" : "vec4(0.0, 0.0, 0.0, 1.0)";
         if (findElement(elements, usage, input.index)) {
             value = "qx_in" + std::to_string(nextLocation);
@@ -71,9 +69,10 @@ CompiledStage passThroughPixelStage()
     CompiledStage stage;
     stage.kind = StageKind::Pixel;
     stage.inputs.push_back({"COLOR", 0, 16, 4});
-    stage.glsl = "#version 450\nlayout(location = 16) in vec4 qx_colour;\nlayout(location = 0) out vec4 qx_target;\n"
-                 "void qx_stageMain()\n{\n    qx_target = qx_colour;\n}\n"
-               + pixelEpilogue("qx_target", "");
+    stage.glsl =
+        "#version 450\nlayout(location = 16) in vec4 qx_colour;\nlayout(location = 0) out vec4 qx_target;\n"
+        "void qx_stageMain()\n{\n    qx_target = qx_colour;\n}\n" +
+        pixelEpilogue("qx_target", "");
     return stage;
 }
 

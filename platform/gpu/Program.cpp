@@ -1,5 +1,6 @@
 #include "platform/gpu/Program.h"
 
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/PositionTStage.h"
 
 #include <cstring>
@@ -24,8 +25,7 @@ std::vector<AttributeSlot> slotsOfVertexStage(const CompiledStage& vertex)
     std::vector<AttributeSlot> slots;
     for (const StageVarying& input : vertex.inputs) {
         const int usage = usageOfSemantic(input.semantic);
-        if (usage >= 0)
-            slots.push_back({BYTE(usage), BYTE(input.index), GLuint(input.location)});
+        if (usage >= 0) slots.push_back({BYTE(usage), BYTE(input.index), GLuint(input.location)});
     }
     return slots;
 }
@@ -47,12 +47,11 @@ void findUniforms(LinkedProgram& linked)
 
 int usageOfSemantic(const std::string& name)
 {
-    static const char* const kUsages[] = {"POSITION", "BLENDWEIGHT", "BLENDINDICES", "NORMAL", "PSIZE",
+    static const char* const kUsages[] = {"POSITION", "BLENDWEIGHT", "BLENDINDICES", "NORMAL",     "PSIZE",
                                           "TEXCOORD", "TANGENT",     "BINORMAL",     "TESSFACTOR", "POSITIONT",
                                           "COLOR",    "FOG",         "DEPTH",        "SAMPLE"};
     for (int usage = 0; usage < int(std::size(kUsages)); ++usage) {
-        if (name == kUsages[usage])
-            return usage;
+        if (name == kUsages[usage]) return usage;
     }
     return -1;
 }
@@ -60,10 +59,8 @@ int usageOfSemantic(const std::string& name)
 bool hasPositionT(const std::vector<D3DVERTEXELEMENT9>& elements)
 {
     for (const D3DVERTEXELEMENT9& element : elements) {
-        if (element.Stream == 0xFF)
-            break;
-        if (element.Usage == D3DDECLUSAGE_POSITIONT)
-            return true;
+        if (element.Stream == 0xFF) break;
+        if (element.Usage == D3DDECLUSAGE_POSITIONT) return true;
     }
     return false;
 }
@@ -72,14 +69,12 @@ PassShaders::PassShaders(std::shared_ptr<Context> context, std::optional<Compile
                          std::optional<CompiledStage> pixel)
     : context_(std::move(context)), vertex_(std::move(vertex)),
       pixel_(pixel ? std::move(*pixel) : passThroughPixelStage())
-{
-}
+{}
 
 const LinkedProgram* PassShaders::programFor(const std::vector<D3DVERTEXELEMENT9>& elements)
 {
     if (!hasPositionT(elements)) {
-        if (!programmableTried_ && vertex_)
-            programmable_ = link(vertex_->glsl, slotsOfVertexStage(*vertex_), false);
+        if (!programmableTried_ && vertex_) programmable_ = link(vertex_->glsl, slotsOfVertexStage(*vertex_), false);
         programmableTried_ = true;
         return programmable_.get();
     }
@@ -94,15 +89,13 @@ const LinkedProgram* PassShaders::programFor(const std::vector<D3DVERTEXELEMENT9
     return found->second.get();
 }
 
-std::unique_ptr<LinkedProgram> PassShaders::link(const std::string& vertexGlsl,
-                                                 const std::vector<AttributeSlot>& slots, bool positionT) const
+std::unique_ptr<LinkedProgram> PassShaders::link(const std::string& vertexGlsl, const std::vector<AttributeSlot>& slots,
+                                                 bool positionT) const
 {
-    if (!context_->makeCurrent())
-        return nullptr;
+    if (!context_->makeCurrent()) return nullptr;
     const GlName vertexShader = compileShader(context_, GL_VERTEX_SHADER, vertexGlsl);
     const GlName pixelShader = compileShader(context_, GL_FRAGMENT_SHADER, pixel_.glsl);
-    if (!vertexShader || !pixelShader)
-        return nullptr;
+    if (!vertexShader || !pixelShader) return nullptr;
     auto linked = std::make_unique<LinkedProgram>();
     linked->program = createGlName(context_, GlKind::Program);
     glAttachShader(linked->program.get(), vertexShader.get());
@@ -110,8 +103,7 @@ std::unique_ptr<LinkedProgram> PassShaders::link(const std::string& vertexGlsl,
     glLinkProgram(linked->program.get());
     GLint ok = GL_FALSE;
     glGetProgramiv(linked->program.get(), GL_LINK_STATUS, &ok);
-    if (ok != GL_TRUE)
-        return nullptr;
+    if (ok != GL_TRUE) return nullptr;
     linked->attributes = slots;
     linked->positionT = positionT;
     findUniforms(*linked);

@@ -19,21 +19,21 @@ namespace qx::gpu {
 struct AttributeSlot {
     BYTE usage = 0;
     BYTE usageIndex = 0;
-    GLuint location = 0;
+    uint32_t location = 0;
 };
 
 struct LinkedProgram {
     GlName program;
     std::vector<AttributeSlot> attributes;
     bool positionT = false;
-    GLint vertexConstants = -1;
-    GLint pixelConstants = -1;
-    GLint pixelOffset = -1;
-    GLint viewport = -1;
-    GLint fogEnable = -1;
-    GLint fogColor = -1;
-    GLint alphaFunc = -1;
-    GLint alphaRef = -1;
+    int32_t vertexConstants = -1;
+    int32_t pixelConstants = -1;
+    int32_t pixelOffset = -1;
+    int32_t viewport = -1;
+    int32_t fogEnable = -1;
+    int32_t fogColor = -1;
+    int32_t alphaFunc = -1;
+    int32_t alphaRef = -1;
 };
 
 /// The usage code of an HLSL semantic name ("TEXCOORD": 5), -1 when it has none.

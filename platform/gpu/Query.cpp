@@ -1,5 +1,7 @@
 #include "platform/gpu/Query.h"
 
+#include "platform/gpu/GlApi.h"
+
 #include <cstring>
 
 namespace qx::gpu {
@@ -13,11 +15,9 @@ constexpr GLuint64 kFlushWaitNs = 200'000;
 
 std::shared_ptr<Query> Query::create(const std::shared_ptr<Context>& context, D3DQUERYTYPE type)
 {
-    if ((type != D3DQUERYTYPE_EVENT && type != D3DQUERYTYPE_OCCLUSION) || !context->makeCurrent())
-        return nullptr;
+    if ((type != D3DQUERYTYPE_EVENT && type != D3DQUERYTYPE_OCCLUSION) || !context->makeCurrent()) return nullptr;
     std::shared_ptr<Query> query(new Query(context, type));
-    if (type == D3DQUERYTYPE_OCCLUSION)
-        query->query_ = createGlName(context, GlKind::Query, GL_SAMPLES_PASSED);
+    if (type == D3DQUERYTYPE_OCCLUSION) query->query_ = createGlName(context, GlKind::Query, GL_SAMPLES_PASSED);
     return query;
 }
 
@@ -25,15 +25,13 @@ Query::~Query() { dropFence(); }
 
 void Query::dropFence()
 {
-    if (fence_ && context_->makeCurrent())
-        glDeleteSync(fence_);
+    if (fence_ && context_->makeCurrent()) glDeleteSync(static_cast<GLsync>(fence_));
     fence_ = nullptr;
 }
 
 HRESULT Query::Issue(DWORD flags)
 {
-    if (!context_->makeCurrent())
-        return D3DERR_INVALIDCALL;
+    if (!context_->makeCurrent()) return D3DERR_INVALIDCALL;
     if (type_ == D3DQUERYTYPE_EVENT) {
         if (flags & D3DISSUE_END) {
             dropFence();
@@ -53,32 +51,27 @@ HRESULT Query::Issue(DWORD flags)
 
 HRESULT Query::GetData(void* data, DWORD size, DWORD flags)
 {
-    if (!issued_ || !context_->makeCurrent())
-        return D3DERR_INVALIDCALL;
+    if (!issued_ || !context_->makeCurrent()) return D3DERR_INVALIDCALL;
     if (type_ == D3DQUERYTYPE_EVENT) {
         // A caller that flushes is waiting for the card: it waits a moment in the driver
         // rather than asking again at once, so that its polling leaves the processor to a
         // software renderer's own threads.
         const bool flush = flags & D3DGETDATA_FLUSH;
-        const GLenum state = glClientWaitSync(fence_, flush ? GL_SYNC_FLUSH_COMMANDS_BIT : 0, flush ? kFlushWaitNs : 0);
-        if (state == GL_TIMEOUT_EXPIRED)
-            return S_FALSE;
+        const GLenum state = glClientWaitSync(static_cast<GLsync>(fence_), flush ? GL_SYNC_FLUSH_COMMANDS_BIT : 0,
+                                              flush ? kFlushWaitNs : 0);
+        if (state == GL_TIMEOUT_EXPIRED) return S_FALSE;
         const int32_t done = 1;
-        if (data && size >= sizeof(done))
-            std::memcpy(data, &done, sizeof(done));
+        if (data && size >= sizeof(done)) std::memcpy(data, &done, sizeof(done));
         return S_OK;
     }
-    if (flags & D3DGETDATA_FLUSH)
-        glFlush();
+    if (flags & D3DGETDATA_FLUSH) glFlush();
     GLuint available = 0;
     glGetQueryObjectuiv(query_.get(), GL_QUERY_RESULT_AVAILABLE, &available);
-    if (!available)
-        return S_FALSE;
+    if (!available) return S_FALSE;
     GLuint count = 0;
     glGetQueryObjectuiv(query_.get(), GL_QUERY_RESULT, &count);
     const DWORD result = count;
-    if (data && size >= sizeof(result))
-        std::memcpy(data, &result, sizeof(result));
+    if (data && size >= sizeof(result)) std::memcpy(data, &result, sizeof(result));
     return S_OK;
 }
 

@@ -29,7 +29,7 @@ private:
     std::shared_ptr<Context> context_;
     D3DQUERYTYPE type_;
     GlName query_;
-    GLsync fence_ = nullptr;
+    void* fence_ = nullptr;  // the sync object of an issued event query
     bool issued_ = false;
 };
 

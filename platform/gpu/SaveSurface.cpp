@@ -19,18 +19,15 @@ void appendToFile(void* context, void* data, int size)
 bool readRgba(Surface& surface, std::vector<uint8_t>& rgba)
 {
     const D3DSURFACE_DESC desc = surface.desc();
-    if (desc.Format != D3DFMT_A8R8G8B8 && desc.Format != D3DFMT_X8R8G8B8)
-        return false;
+    if (desc.Format != D3DFMT_A8R8G8B8 && desc.Format != D3DFMT_X8R8G8B8) return false;
     if (surface.texture()) {
-        if (!surface.texture()->download(surface.face(), surface.level(), rgba))
-            return false;
+        if (!surface.texture()->download(surface.face(), surface.level(), rgba)) return false;
     } else {
         rgba = surface.systemBytes();
     }
     for (size_t i = 0; i + 3 < rgba.size(); i += 4) {
         std::swap(rgba[i], rgba[i + 2]);
-        if (desc.Format == D3DFMT_X8R8G8B8)
-            rgba[i + 3] = 0xFF;
+        if (desc.Format == D3DFMT_X8R8G8B8) rgba[i + 3] = 0xFF;
     }
     return true;
 }
@@ -40,11 +37,9 @@ bool readRgba(Surface& surface, std::vector<uint8_t>& rgba)
 HRESULT D3DXSaveSurfaceToFile(const std::string& path, D3DXIMAGE_FILEFORMAT format, Surface& surface)
 {
     std::vector<uint8_t> rgba;
-    if (format > D3DXIFF_PNG || !readRgba(surface, rgba))
-        return D3DERR_INVALIDCALL;
+    if (format > D3DXIFF_PNG || !readRgba(surface, rgba)) return D3DERR_INVALIDCALL;
     const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "wb"), &std::fclose);
-    if (!file)
-        return D3DERR_INVALIDCALL;
+    if (!file) return D3DERR_INVALIDCALL;
     const auto width = int(surface.desc().Width), height = int(surface.desc().Height);
     int written = 0;
     switch (format) {

@@ -38,12 +38,10 @@ std::vector<uint32_t> hlslToSpirv(const std::string& hlsl, StageKind kind, const
     shader.setAutoMapBindings(true);
     // register(cN) globals land at offset 16 * N of the $Global block.
     const auto messages = EShMessages(EShMsgReadHlsl | EShMsgHlslDX9Compatible | EShMsgSpvRules | EShMsgHlslOffsets);
-    if (!shader.parse(GetDefaultResources(), 100, false, messages))
-        return {};
+    if (!shader.parse(GetDefaultResources(), 100, false, messages)) return {};
     glslang::TProgram program;
     program.addShader(&shader);
-    if (!program.link(messages) || !program.mapIO())
-        return {};
+    if (!program.link(messages) || !program.mapIO()) return {};
     std::vector<uint32_t> spirv;
     glslang::GlslangToSpv(*program.getIntermediate(language), spirv);
     return spirv;
@@ -54,14 +52,12 @@ std::vector<uint32_t> hlslToSpirv(const std::string& hlsl, StageKind kind, const
 void splitSemantic(const std::string& text, std::string& name, int& index)
 {
     size_t digits = text.size();
-    while (digits > 0 && std::isdigit(static_cast<unsigned char>(text[digits - 1])))
-        --digits;
+    while (digits > 0 && std::isdigit(static_cast<unsigned char>(text[digits - 1]))) --digits;
     name = text.substr(0, digits);
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(std::toupper(c)); });
     index = 0;
     // At most four digits: semantic indices are small, and this keeps the number in range.
-    for (size_t i = digits; i < text.size() && i < digits + 4; ++i)
-        index = index * 10 + (text[i] - '0');
+    for (size_t i = digits; i < text.size() && i < digits + 4; ++i) index = index * 10 + (text[i] - '0');
 }
 
 int varyingLocation(const std::string& semantic, int index)
@@ -72,12 +68,11 @@ int varyingLocation(const std::string& semantic, int index)
         int count;
     };
     // Texture coordinates first, as Direct3D 9 numbers its interpolators; the rest after.
-    static constexpr Range kRanges[] = {{"TEXCOORD", 0, 16}, {"COLOR", 16, 4},   {"FOG", kFogLocation, 1},
-                                        {"NORMAL", 21, 2},   {"TANGENT", 23, 1}, {"BINORMAL", 24, 1},
+    static constexpr Range kRanges[] = {{"TEXCOORD", 0, 16},    {"COLOR", 16, 4},        {"FOG", kFogLocation, 1},
+                                        {"NORMAL", 21, 2},      {"TANGENT", 23, 1},      {"BINORMAL", 24, 1},
                                         {"BLENDWEIGHT", 25, 1}, {"BLENDINDICES", 26, 1}, {"POSITION", 27, 4}};
     for (const Range& range : kRanges) {
-        if (semantic == range.name && index >= 0 && index < range.count)
-            return range.first + index;
+        if (semantic == range.name && index >= 0 && index < range.count) return range.first + index;
     }
     return -1;
 }
@@ -85,8 +80,7 @@ int varyingLocation(const std::string& semantic, int index)
 std::optional<CompiledStage> compileStage(const std::string& hlsl, StageKind kind, const std::string& entry)
 {
     const std::vector<uint32_t> spirv = hlslToSpirv(hlsl, kind, entry);
-    if (spirv.empty())
-        return std::nullopt;
+    if (spirv.empty()) return std::nullopt;
     return spirvToGlsl(spirv, kind);
 }
 

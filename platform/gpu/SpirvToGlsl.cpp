@@ -40,22 +40,17 @@ struct Placement {
 Placement placeVarying(StageKind kind, bool input, const StageVarying& varying, int order)
 {
     const bool position = varying.semantic == "SV_POSITION" || (varying.semantic == "POSITION" && varying.index == 0);
-    if (kind == StageKind::Vertex && input)
-        return {order, -1};  // attributes are matched to declarations at draw time
+    if (kind == StageKind::Vertex && input) return {order, -1};  // attributes are matched to declarations at draw time
     if (kind == StageKind::Vertex) {
-        if (position)
-            return {-1, SpvBuiltInPosition};
-        if (varying.semantic == "PSIZE")
-            return {-1, SpvBuiltInPointSize};
+        if (position) return {-1, SpvBuiltInPosition};
+        if (varying.semantic == "PSIZE") return {-1, SpvBuiltInPointSize};
         return {varyingLocation(varying.semantic, varying.index), -1};
     }
     if (input) {
-        if (position || varying.semantic == "VPOS")
-            return {-1, SpvBuiltInFragCoord};
+        if (position || varying.semantic == "VPOS") return {-1, SpvBuiltInFragCoord};
         return {varyingLocation(varying.semantic, varying.index), -1};
     }
-    if (varying.semantic == "DEPTH" || varying.semantic == "SV_DEPTH")
-        return {-1, SpvBuiltInFragDepth};
+    if (varying.semantic == "DEPTH" || varying.semantic == "SV_DEPTH") return {-1, SpvBuiltInFragDepth};
     if ((varying.semantic == "COLOR" || varying.semantic == "SV_TARGET") && varying.index < 4)
         return {varying.index, -1};
     return {};
@@ -81,8 +76,7 @@ bool placeInterface(spvc_compiler compiler, spvc_resources resources, StageKind 
             spvc_compiler_set_decoration(compiler, list[i].id, SpvDecorationBuiltIn, unsigned(placement.builtIn));
             continue;
         }
-        if (placement.location < 0)
-            return false;
+        if (placement.location < 0) return false;
         varying.location = placement.location;
         spvc_compiler_set_decoration(compiler, list[i].id, SpvDecorationLocation, unsigned(placement.location));
         placed.push_back(varying);
@@ -105,8 +99,7 @@ void prepareUniforms(spvc_compiler compiler, spvc_resources resources, StageKind
         spvc_compiler_set_name(compiler, list[i].base_type_id, name);
     }
     spvc_resources_get_resource_list_for_type(resources, SPVC_RESOURCE_TYPE_SAMPLED_IMAGE, &list, &count);
-    for (size_t i = 0; i < count; ++i)
-        spvc_compiler_unset_decoration(compiler, list[i].id, SpvDecorationLocation);
+    for (size_t i = 0; i < count; ++i) spvc_compiler_unset_decoration(compiler, list[i].id, SpvDecorationLocation);
 }
 
 std::string glslOf(spvc_compiler compiler)
@@ -117,16 +110,14 @@ std::string glslOf(spvc_compiler compiler)
     spvc_compiler_options_set_bool(options, SPVC_COMPILER_OPTION_GLSL_ES, SPVC_FALSE);
     spvc_compiler_install_compiler_options(compiler, options);
     const char* source = nullptr;
-    if (spvc_compiler_compile(compiler, &source) != SPVC_SUCCESS || !source)
-        return {};
+    if (spvc_compiler_compile(compiler, &source) != SPVC_SUCCESS || !source) return {};
     return source;
 }
 
 const StageVarying* findVarying(const std::vector<StageVarying>& list, const char* semantic)
 {
     for (const StageVarying& varying : list) {
-        if (varying.semantic == semantic)
-            return &varying;
+        if (varying.semantic == semantic) return &varying;
     }
     return nullptr;
 }
@@ -135,11 +126,9 @@ std::string vertexWrapper(const CompiledStage& stage)
 {
     std::string text = "uniform vec2 qx_pixelOffset;\n";
     const bool writesFog = findVarying(stage.outputs, "FOG") != nullptr;
-    if (!writesFog)
-        text += "layout(location = " + std::to_string(kFogLocation) + ") out float qx_fogOut;\n";
+    if (!writesFog) text += "layout(location = " + std::to_string(kFogLocation) + ") out float qx_fogOut;\n";
     text += "void main()\n{\n    qx_stageMain();\n";
-    if (!writesFog)
-        text += "    qx_fogOut = 1.0;\n";
+    if (!writesFog) text += "    qx_fogOut = 1.0;\n";
     // Direct3D 9 samples pixels at their integer corner: shift by half a pixel.
     text += "    gl_Position.xy += qx_pixelOffset * gl_Position.w;\n}\n";
     return text;
@@ -157,8 +146,8 @@ std::string pixelEpilogue(const std::string& colourName, const std::string& fogN
     }
     text += "void main()\n{\n    qx_stageMain();\n";
     if (!colourName.empty()) {
-        text += "    if (qx_fogEnable != 0)\n        " + colourName + ".rgb = mix(qx_fogColor.rgb, " + colourName
-              + ".rgb, clamp(" + fog + ", 0.0, 1.0));\n";
+        text += "    if (qx_fogEnable != 0)\n        " + colourName + ".rgb = mix(qx_fogColor.rgb, " + colourName +
+                ".rgb, clamp(" + fog + ", 0.0, 1.0));\n";
         text += "    if (!qx_alphaPasses(" + colourName + ".a))\n        discard;\n";
     }
     return text + "}\n";
@@ -193,29 +182,29 @@ std::string nameInterface(spvc_compiler compiler, spvc_resources resources, bool
 std::optional<CompiledStage> spirvToGlsl(const std::vector<uint32_t>& spirv, StageKind kind)
 {
     spvc_context raw = nullptr;
-    if (spvc_context_create(&raw) != SPVC_SUCCESS)
-        return std::nullopt;
+    if (spvc_context_create(&raw) != SPVC_SUCCESS) return std::nullopt;
     ContextOwner context(raw, &spvc_context_destroy);
     spvc_parsed_ir ir = nullptr;
     spvc_compiler compiler = nullptr;
     spvc_resources resources = nullptr;
-    if (spvc_context_parse_spirv(raw, spirv.data(), spirv.size(), &ir) != SPVC_SUCCESS
-        || spvc_context_create_compiler(raw, SPVC_BACKEND_GLSL, ir, SPVC_CAPTURE_MODE_TAKE_OWNERSHIP, &compiler)
-               != SPVC_SUCCESS
-        || spvc_compiler_create_shader_resources(compiler, &resources) != SPVC_SUCCESS)
+    if (spvc_context_parse_spirv(raw, spirv.data(), spirv.size(), &ir) != SPVC_SUCCESS ||
+        spvc_context_create_compiler(raw, SPVC_BACKEND_GLSL, ir, SPVC_CAPTURE_MODE_TAKE_OWNERSHIP, &compiler) !=
+            SPVC_SUCCESS ||
+        spvc_compiler_create_shader_resources(compiler, &resources) != SPVC_SUCCESS)
         return std::nullopt;
     CompiledStage stage;
     stage.kind = kind;
     prepareUniforms(compiler, resources, kind);
-    if (!placeInterface(compiler, resources, kind, true, stage.inputs)
-        || !placeInterface(compiler, resources, kind, false, stage.outputs))
+    if (!placeInterface(compiler, resources, kind, true, stage.inputs) ||
+        !placeInterface(compiler, resources, kind, false, stage.outputs))
         return std::nullopt;
-    const std::string colourName = kind == StageKind::Pixel ? nameInterface(compiler, resources, false, "COLOR", "qx_colourOut") : "";
-    const std::string fogName = kind == StageKind::Pixel ? nameInterface(compiler, resources, true, "FOG", "qx_fogFactor") : "";
+    const std::string colourName =
+        kind == StageKind::Pixel ? nameInterface(compiler, resources, false, "COLOR", "qx_colourOut") : "";
+    const std::string fogName =
+        kind == StageKind::Pixel ? nameInterface(compiler, resources, true, "FOG", "qx_fogFactor") : "";
     std::string glsl = glslOf(compiler);
     const size_t mainAt = glsl.rfind("void main()");
-    if (glsl.empty() || mainAt == std::string::npos)
-        return std::nullopt;
+    if (glsl.empty() || mainAt == std::string::npos) return std::nullopt;
     glsl.replace(mainAt, 11, "void qx_stageMain()");
     glsl += kind == StageKind::Vertex ? vertexWrapper(stage) : pixelEpilogue(colourName, fogName);
     stage.glsl = std::move(glsl);

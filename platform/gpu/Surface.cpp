@@ -27,18 +27,15 @@ std::shared_ptr<Surface> Surface::inSystemMemory(UINT width, UINT height, D3DFOR
 
 HRESULT Surface::GetDesc(D3DSURFACE_DESC* desc) const
 {
-    if (!desc)
-        return D3DERR_INVALIDCALL;
+    if (!desc) return D3DERR_INVALIDCALL;
     *desc = desc_;
     return D3D_OK;
 }
 
 HRESULT Surface::LockRect(D3DLOCKED_RECT* locked, DWORD flags)
 {
-    if (texture_)
-        return texture_->lockFace(face_, level_, locked, flags);
-    if (!locked || locked_)
-        return D3DERR_INVALIDCALL;
+    if (texture_) return texture_->lockFace(face_, level_, locked, flags);
+    if (!locked || locked_) return D3DERR_INVALIDCALL;
     locked_ = true;
     locked->Pitch = int32_t(rowPitch(desc_.Format, desc_.Width));
     locked->pBits = bytes_.data();
@@ -47,10 +44,8 @@ HRESULT Surface::LockRect(D3DLOCKED_RECT* locked, DWORD flags)
 
 HRESULT Surface::UnlockRect()
 {
-    if (texture_)
-        return texture_->unlockFace(face_, level_);
-    if (!locked_)
-        return D3DERR_INVALIDCALL;
+    if (texture_) return texture_->unlockFace(face_, level_);
+    if (!locked_) return D3DERR_INVALIDCALL;
     locked_ = false;
     return D3D_OK;
 }

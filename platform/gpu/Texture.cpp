@@ -1,6 +1,7 @@
 #include "platform/gpu/Texture.h"
 
 #include "platform/gpu/Formats.h"
+#include "platform/gpu/GlApi.h"
 #include "platform/gpu/Surface.h"
 
 #include <algorithm>
@@ -13,8 +14,7 @@ namespace {
 UINT fullChainLength(UINT width, UINT height)
 {
     UINT levels = 1;
-    for (UINT size = std::max(width, height); size > 1; size >>= 1)
-        ++levels;
+    for (UINT size = std::max(width, height); size > 1; size >>= 1) ++levels;
     return levels;
 }
 
@@ -38,24 +38,21 @@ void applySwizzle(GLuint name, D3DFORMAT format)
 
 Texture::Texture(const std::shared_ptr<Context>& context, const PoolCounter& pool, const TextureDesc& desc)
     : context_(context), poolToken_(pool, desc.pool), desc_(desc)
-{
-}
+{}
 
 std::shared_ptr<Texture> Texture::create(const std::shared_ptr<Context>& context, const PoolCounter& pool,
                                          const TextureDesc& desc)
 {
     TextureDesc checked = desc;
-    if (checked.levels == 0)
-        checked.levels = fullChainLength(desc.width, desc.height);
+    if (checked.levels == 0) checked.levels = fullChainLength(desc.width, desc.height);
     const bool renderable = (desc.usage & (D3DUSAGE_RENDERTARGET | D3DUSAGE_DEPTHSTENCIL)) != 0;
-    if (formatInfo(desc.format).internalFormat == 0 || desc.width == 0 || desc.height == 0
-        || desc.width > 16384 || desc.height > 16384 || checked.levels > fullChainLength(desc.width, desc.height)
-        || (desc.cube && desc.width != desc.height) || (renderable && desc.pool != D3DPOOL_DEFAULT)
-        || !context->makeCurrent())
+    if (formatInfo(desc.format).internalFormat == 0 || desc.width == 0 || desc.height == 0 || desc.width > 16384 ||
+        desc.height > 16384 || checked.levels > fullChainLength(desc.width, desc.height) ||
+        (desc.cube && desc.width != desc.height) || (renderable && desc.pool != D3DPOOL_DEFAULT) ||
+        !context->makeCurrent())
         return nullptr;
     std::shared_ptr<Texture> texture(new Texture(context, pool, checked));
-    if (!texture->allocate())
-        return nullptr;
+    if (!texture->allocate()) return nullptr;
     return texture;
 }
 
@@ -64,8 +61,7 @@ bool Texture::allocate()
     const FormatInfo info = formatInfo(desc_.format);
     drainGlErrors();
     name_ = createGlName(context_, GlKind::Texture, desc_.cube ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D);
-    if (!name_)
-        return false;
+    if (!name_) return false;
     glTextureStorage2D(name_.get(), GLsizei(desc_.levels), info.internalFormat, GLsizei(desc_.width),
                        GLsizei(desc_.height));
     glTextureParameteri(name_.get(), GL_TEXTURE_MAX_LEVEL, GLint(desc_.levels - 1));
@@ -78,25 +74,23 @@ UINT Texture::levelHeight(UINT level) const { return std::max(1u, desc_.height >
 
 HRESULT Texture::GetLevelDesc(UINT level, D3DSURFACE_DESC* desc) const
 {
-    if (!desc || level >= desc_.levels)
-        return D3DERR_INVALIDCALL;
-    *desc = D3DSURFACE_DESC{desc_.format, D3DRTYPE_SURFACE, desc_.usage, desc_.pool, 0, 0,
+    if (!desc || level >= desc_.levels) return D3DERR_INVALIDCALL;
+    *desc = D3DSURFACE_DESC{desc_.format,      D3DRTYPE_SURFACE,  desc_.usage, desc_.pool, 0, 0,
                             levelWidth(level), levelHeight(level)};
     return D3D_OK;
 }
 
 std::shared_ptr<Surface> Texture::GetCubeMapSurface(UINT face, UINT level)
 {
-    if (level >= desc_.levels || face >= (desc_.cube ? 6u : 1u))
-        return nullptr;
+    if (level >= desc_.levels || face >= (desc_.cube ? 6u : 1u)) return nullptr;
     return Surface::ofTexture(shared_from_this(), face, level);
 }
 
 HRESULT Texture::lockFace(UINT face, UINT level, D3DLOCKED_RECT* locked, DWORD flags)
 {
     const UINT key = lockKey(face, level);
-    if (!locked || level >= desc_.levels || face >= (desc_.cube ? 6u : 1u) || locks_.contains(key)
-        || formatInfo(desc_.format).depth || (desc_.pool == D3DPOOL_DEFAULT && !(desc_.usage & D3DUSAGE_DYNAMIC)))
+    if (!locked || level >= desc_.levels || face >= (desc_.cube ? 6u : 1u) || locks_.contains(key) ||
+        formatInfo(desc_.format).depth || (desc_.pool == D3DPOOL_DEFAULT && !(desc_.usage & D3DUSAGE_DYNAMIC)))
         return D3DERR_INVALIDCALL;
     Staging& staging = locks_[key];
     staging.flags = flags;
@@ -112,8 +106,7 @@ HRESULT Texture::lockFace(UINT face, UINT level, D3DLOCKED_RECT* locked, DWORD f
 HRESULT Texture::unlockFace(UINT face, UINT level)
 {
     const auto it = locks_.find(lockKey(face, level));
-    if (it == locks_.end())
-        return D3DERR_INVALIDCALL;
+    if (it == locks_.end()) return D3DERR_INVALIDCALL;
     if (!(it->second.flags & D3DLOCK_READONLY))
         upload(face, level, it->second.bytes.data(), rowPitch(desc_.format, levelWidth(level)));
     locks_.erase(it);
@@ -122,8 +115,7 @@ HRESULT Texture::unlockFace(UINT face, UINT level)
 
 bool Texture::upload(UINT face, UINT level, const uint8_t* data, size_t rowPitchBytes)
 {
-    if (!data || level >= desc_.levels || !context_->makeCurrent())
-        return false;
+    if (!data || level >= desc_.levels || !context_->makeCurrent()) return false;
     drainGlErrors();
     const FormatInfo info = formatInfo(desc_.format);
     const UINT width = levelWidth(level), height = levelHeight(level);
@@ -141,8 +133,8 @@ bool Texture::upload(UINT face, UINT level, const uint8_t* data, size_t rowPitch
         glCompressedTextureSubImage2D(name_.get(), GLint(level), 0, 0, GLsizei(width), GLsizei(height),
                                       info.internalFormat, GLsizei(tight * rows), data);
     else if (info.compressed)
-        glCompressedTextureSubImage3D(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height),
-                                      1, info.internalFormat, GLsizei(tight * rows), data);
+        glCompressedTextureSubImage3D(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height), 1,
+                                      info.internalFormat, GLsizei(tight * rows), data);
     else if (desc_.cube)
         glTextureSubImage3D(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height), 1,
                             info.uploadFormat, info.uploadType, data);
@@ -157,13 +149,12 @@ bool Texture::download(UINT face, UINT level, std::vector<uint8_t>& out) const
     const FormatInfo info = formatInfo(desc_.format);
     const UINT width = levelWidth(level), height = levelHeight(level);
     out.assign(imageSize(desc_.format, width, height), 0);
-    if (level >= desc_.levels || info.depth || !context_->makeCurrent())
-        return false;
+    if (level >= desc_.levels || info.depth || !context_->makeCurrent()) return false;
     drainGlErrors();
     const auto size = GLsizei(out.size());
     if (info.compressed)
-        glGetCompressedTextureSubImage(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width),
-                                       GLsizei(height), 1, size, out.data());
+        glGetCompressedTextureSubImage(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height), 1,
+                                       size, out.data());
     else
         glGetTextureSubImage(name_.get(), GLint(level), 0, 0, GLint(face), GLsizei(width), GLsizei(height), 1,
                              info.uploadFormat, info.uploadType, size, out.data());

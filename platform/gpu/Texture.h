@@ -50,7 +50,7 @@ public:
     const TextureDesc& desc() const { return desc_; }
     UINT levelWidth(UINT level) const;
     UINT levelHeight(UINT level) const;
-    GLuint glName() const { return name_.get(); }
+    uint32_t glName() const { return name_.get(); }
     const std::shared_ptr<Context>& context() const { return context_; }
 
 private:

@@ -7,17 +7,12 @@ namespace qx::imaging {
 namespace {
 
 /// The memory row of a DIB that holds image row `y`.
-int32_t storageRowOf(int32_t y, int32_t height, bool bottomUp)
-{
-    return bottomUp ? height - 1 - y : y;
-}
+int32_t storageRowOf(int32_t y, int32_t height, bool bottomUp) { return bottomUp ? height - 1 - y : y; }
 
 bool isReadableHeader(const DibHeader& header)
 {
-    if (header.size < kDibHeaderSize || header.bitCount != 32 || header.compression != kBiRgb)
-        return false;
-    if (header.width <= 0 || header.height == 0 || header.height == INT32_MIN)
-        return false;
+    if (header.size < kDibHeaderSize || header.bitCount != 32 || header.compression != kBiRgb) return false;
+    if (header.width <= 0 || header.height == 0 || header.height == INT32_MIN) return false;
     const int64_t samples = int64_t(header.width) * std::abs(int64_t(header.height));
     return samples <= BitmapHandle::kMaxSamples;
 }
@@ -27,19 +22,16 @@ bool isReadableHeader(const DibHeader& header)
 int32_t BitmapHandle::loadDib(const DibHeader& header, std::span<const uint8_t> bits)
 {
     free();
-    if (!isReadableHeader(header))
-        return 0;
+    if (!isReadableHeader(header)) return 0;
     const int32_t width = header.width;
     const int32_t height = header.height > 0 ? header.height : -header.height;
     const size_t rowBytes = size_t(width) * 4;
-    if (bits.size() < rowBytes * size_t(height))
-        return 0;
+    if (bits.size() < rowBytes * size_t(height)) return 0;
 
     // Frame-sized blocks come from the reusable frame memory: a handle is made per frame.
     const size_t samples = size_t(width) * size_t(height);
     pixel::FrameMemory block = pixel::allocateFrameMemory(samples);
-    if (!block)
-        return 0;
+    if (!block) return 0;
     const bool bottomUp = header.height > 0;
     for (int32_t y = 0; y < height; ++y) {
         const size_t from = size_t(storageRowOf(y, height, bottomUp)) * rowBytes;
@@ -54,8 +46,7 @@ int32_t BitmapHandle::loadDib(const DibHeader& header, std::span<const uint8_t> 
 
 std::vector<uint8_t> BitmapHandle::toDib() const
 {
-    if (isNull())
-        return {};
+    if (isNull()) return {};
     DibHeader header = frameDibHeader(columns, storedBottomUp ? rows : -rows);
     header.sizeImage = uint32_t(stride() * size_t(rows));
     const auto headerBytes = writeDibHeader(header);
@@ -90,8 +81,7 @@ std::span<const uint32_t> BitmapHandle::pixels() const
 
 std::span<const uint32_t> BitmapHandle::dibRow(int32_t storageRow) const
 {
-    if (isNull() || storageRow < 0 || storageRow >= rows)
-        return {};
+    if (isNull() || storageRow < 0 || storageRow >= rows) return {};
     return row(storageRowOf(storageRow, rows, storedBottomUp));
 }
 
@@ -107,8 +97,7 @@ std::span<const uint32_t> BitmapHandle::row(int32_t y) const
 
 size_t BitmapHandle::readRow(int32_t storageRow, std::span<uint8_t> out) const
 {
-    if (isNull() || storageRow < 0 || storageRow >= rows)
-        return 0;
+    if (isNull() || storageRow < 0 || storageRow >= rows) return 0;
     const auto source = dibRow(storageRow);
     const size_t count = std::min(out.size(), stride());
     std::memcpy(out.data(), source.data(), count);

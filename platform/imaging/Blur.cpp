@@ -26,8 +26,7 @@ struct ChannelSums {
 
     void add(uint32_t sample)
     {
-        for (size_t c = 0; c < 4; ++c)
-            sum[c] += (sample >> (8 * c)) & 0xFF;
+        for (size_t c = 0; c < 4; ++c) sum[c] += (sample >> (8 * c)) & 0xFF;
     }
 };
 
@@ -47,11 +46,9 @@ inline uint32_t meanSample(uint32_t original, const uint32_t* sums, float invers
 }
 
 /// Writes the means of `sums`, one per byte of a row, to `out`.
-QX_IMAGING_INLINE void writeMeans(const uint32_t* __restrict sums, uint8_t* __restrict out, size_t count,
-                                  float inverse)
+QX_IMAGING_INLINE void writeMeans(const uint32_t* __restrict sums, uint8_t* __restrict out, size_t count, float inverse)
 {
-    for (size_t j = 0; j < count; ++j)
-        out[j] = uint8_t(meanOf(sums[j], inverse));
+    for (size_t j = 0; j < count; ++j) out[j] = uint8_t(meanOf(sums[j], inverse));
 }
 
 /// Writes the means of `sums` to the blue, green and red bytes of `out`, leaving its
@@ -59,8 +56,7 @@ QX_IMAGING_INLINE void writeMeans(const uint32_t* __restrict sums, uint8_t* __re
 QX_IMAGING_INLINE void writeColourMeans(const uint32_t* __restrict sums, uint8_t* __restrict out, size_t count,
                                         float inverse)
 {
-    for (size_t j = 0; j < count; ++j)
-        out[j] = (j & 3) == 3 ? out[j] : uint8_t(meanOf(sums[j], inverse));
+    for (size_t j = 0; j < count; ++j) out[j] = (j & 3) == 3 ? out[j] : uint8_t(meanOf(sums[j], inverse));
 }
 
 /// The working rows of a box blur: a row with its edges repeated (one more sample after
@@ -96,8 +92,7 @@ QX_IMAGING_INLINE void slideAlongRow(const uint8_t* padded, uint32_t* sums, size
 {
     const size_t windowBytes = 4 * size_t(2 * radius + 1);
     ChannelVector window{};
-    for (size_t j = 0; j < windowBytes; j += 4)
-        window += channelsAt(padded + j);
+    for (size_t j = 0; j < windowBytes; j += 4) window += channelsAt(padded + j);
     for (size_t j = 0; j < 4 * width; j += 4) {
         std::memcpy(sums + j, &window, sizeof window);
         window += channelsAt(padded + j + windowBytes) - channelsAt(padded + j);
@@ -114,24 +109,21 @@ QX_IMAGING_INLINE void blurRows(const BitmapHandle& bitmap, std::span<uint32_t> 
         const auto row = bitmap.row(y);
         padRow(row, scratch.padded, radius);
         slideAlongRow(padded, scratch.sums.data(), width, radius);
-        writeMeans(scratch.sums.data(), reinterpret_cast<uint8_t*>(out.data() + size_t(y) * width), 4 * width,
-                   inverse);
+        writeMeans(scratch.sums.data(), reinterpret_cast<uint8_t*>(out.data() + size_t(y) * width), 4 * width, inverse);
     }
 }
 
 /// Adds the bytes of one row to column sums.
 QX_IMAGING_INLINE void addRow(uint32_t* sums, const uint8_t* row, size_t count)
 {
-    for (size_t j = 0; j < count; ++j)
-        sums[j] += row[j];
+    for (size_t j = 0; j < count; ++j) sums[j] += row[j];
 }
 
 /// Moves column sums one row down: adds the bytes of the row entering the window and
 /// takes away those of the row leaving it.
 QX_IMAGING_INLINE void slideDown(uint32_t* sums, const uint8_t* entering, const uint8_t* leaving, size_t count)
 {
-    for (size_t j = 0; j < count; ++j)
-        sums[j] += uint32_t(entering[j]) - uint32_t(leaving[j]);
+    for (size_t j = 0; j < count; ++j) sums[j] += uint32_t(entering[j]) - uint32_t(leaving[j]);
 }
 
 /// The vertical pass: running window sums down the columns of `in`, a row of sums at a
@@ -144,8 +136,7 @@ QX_IMAGING_INLINE void blurColumns(std::span<const uint32_t> in, BitmapHandle& b
     const auto* bytes = reinterpret_cast<const uint8_t*>(in.data());
     auto rowAt = [&](int32_t y) { return bytes + size_t(std::clamp(y, 0, last)) * count; };
     std::fill(sums.begin(), sums.end(), 0u);
-    for (int32_t k = -radius; k <= radius; ++k)
-        addRow(sums.data(), rowAt(k), count);
+    for (int32_t k = -radius; k <= radius; ++k) addRow(sums.data(), rowAt(k), count);
     for (int32_t y = 0; y <= last; ++y) {
         auto* out = reinterpret_cast<uint8_t*>(bitmap.row(y).data());
         writeColourMeans(sums.data(), out, count, inverse);
@@ -182,10 +173,7 @@ std::vector<Step> motionSteps(int32_t length, int32_t angle, bool oneDirection)
     return steps;
 }
 
-int32_t largerSide(const BitmapHandle& bitmap)
-{
-    return std::max(bitmap.width(), bitmap.height());
-}
+int32_t largerSide(const BitmapHandle& bitmap) { return std::max(bitmap.width(), bitmap.height()); }
 
 /// The way a run goes when it lies straight along the column and starts at the sample
 /// itself: -1 towards row 0, +1 towards the last row. Nothing for any other run.
@@ -247,10 +235,7 @@ struct ColumnRows {
 
     int32_t last() const { return bitmap.height() - 1; }
     int32_t first() const { return direction < 0 ? last() : 0; }
-    uint8_t* at(int32_t y) const
-    {
-        return reinterpret_cast<uint8_t*>(bitmap.row(std::clamp(y, 0, last())).data());
-    }
+    uint8_t* at(int32_t y) const { return reinterpret_cast<uint8_t*>(bitmap.row(std::clamp(y, 0, last())).data()); }
     /// The i-th row visited, and the row that joins the window after it.
     uint8_t* visited(int32_t i) const { return at(first() + direction * i); }
     const uint8_t* entering(int32_t i) const { return at(first() + direction * (i + length)); }
@@ -262,10 +247,8 @@ QX_IMAGING_INLINE void blurAlongColumns(ColumnRows rows, ColumnScratch scratch, 
 {
     const size_t count = scratch.sums.size();
     std::fill(scratch.sums.begin(), scratch.sums.end(), 0u);
-    for (int32_t k = 0; k < rows.length; ++k)
-        addRow(scratch.sums.data(), rows.visited(k), count);
-    for (int32_t i = 0; i < rows.last(); ++i)
-        slideAlongColumn(scratch, inverse, rows.visited(i), rows.entering(i));
+    for (int32_t k = 0; k < rows.length; ++k) addRow(scratch.sums.data(), rows.visited(k), count);
+    for (int32_t i = 0; i < rows.last(); ++i) slideAlongColumn(scratch, inverse, rows.visited(i), rows.entering(i));
     // The row at the far end: its window is complete, and no window follows it.
     writeColourMeans(scratch.sums.data(), rows.visited(rows.last()), count, inverse);
 }
@@ -277,12 +260,10 @@ std::optional<WindowDivisor> runDivisor(int32_t length, float inverse)
     const uint32_t largest = 255u * uint32_t(length);
     const auto bias = uint16_t(length / 2);
     const auto divider = findDivider16(uint32_t(length), largest + bias);
-    if (!divider)
-        return std::nullopt;
+    if (!divider) return std::nullopt;
     const WindowDivisor divisor{*divider, bias};
     for (uint32_t sum = 0; sum <= largest; ++sum)
-        if (divisor.meanOf(sum) != meanOf(sum, inverse))
-            return std::nullopt;
+        if (divisor.meanOf(sum) != meanOf(sum, inverse)) return std::nullopt;
     return divisor;
 }
 
@@ -295,8 +276,7 @@ void blurAlongColumnsAnyWay(ColumnRows rows, float inverse)
     if (activeVectorLevel() != VectorLevel::baseline) {
         if (const auto divisor = runDivisor(rows.length, inverse)) {
             std::vector<uint16_t> sums(count);
-            for (int32_t k = 0; k < rows.length; ++k)
-                addRowNarrow(sums, rows.visited(k));
+            for (int32_t k = 0; k < rows.length; ++k) addRowNarrow(sums, rows.visited(k));
             for (int32_t i = 0; i < rows.last(); ++i)
                 blurColumnsNarrow(sums, rows.visited(i), rows.entering(i), rows.visited(i), *divisor);
             uint8_t* lastRow = rows.visited(rows.last());
@@ -314,32 +294,27 @@ void blurAlongColumnsAnyWay(ColumnRows rows, float inverse)
 
 bool blur(BitmapHandle& bitmap, int32_t size)
 {
-    if (bitmap.isNull() || size < 0)
-        return false;
+    if (bitmap.isNull() || size < 0) return false;
     const int32_t radius = std::min(size, largerSide(bitmap));
-    if (radius == 0 || blurNarrow(bitmap, radius))
-        return true;
+    if (radius == 0 || blurNarrow(bitmap, radius)) return true;
     const float inverse = 1.0f / float(2 * radius + 1);
     const size_t width = size_t(bitmap.width());
     // The blurred rows take a whole frame; reused frame memory spares the page faults
     // of a fresh block on every call.
     const auto rows = pixel::allocateFrameMemory(bitmap.pixels().size());
-    if (!rows)
-        return false;
+    if (!rows) return false;
     std::vector<uint32_t> padded(width + 2 * size_t(radius) + 1);
     std::vector<uint32_t> sums(4 * width);
-    runVectorised<boxBlur>(bitmap, std::span<uint32_t>(rows.get(), bitmap.pixels().size()),
-                           BlurScratch{padded, sums}, radius, inverse);
+    runVectorised<boxBlur>(bitmap, std::span<uint32_t>(rows.get(), bitmap.pixels().size()), BlurScratch{padded, sums},
+                           radius, inverse);
     return true;
 }
 
 bool motionBlur(BitmapHandle& bitmap, int32_t length, int32_t angle, bool oneDirection)
 {
-    if (bitmap.isNull() || length < 1)
-        return false;
+    if (bitmap.isNull() || length < 1) return false;
     const int32_t runLength = std::min(length, largerSide(bitmap));
-    if (runLength == 1)
-        return true;
+    if (runLength == 1) return true;
     const auto steps = motionSteps(runLength, angle, oneDirection);
     const float inverse = 1.0f / float(runLength);
     if (const auto direction = columnRunDirection(steps)) {

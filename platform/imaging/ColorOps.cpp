@@ -53,8 +53,7 @@ QX_IMAGING_INLINE uint32_t rotateHue(uint32_t sample, float shift)
 /// The loop kernels below run on all samples of a picture through runVectorised.
 QX_IMAGING_INLINE void rotateHues(std::span<uint32_t> samples, float shift)
 {
-    for (uint32_t& sample : samples)
-        sample = rotateHue(sample, shift);
+    for (uint32_t& sample : samples) sample = rotateHue(sample, shift);
 }
 
 QX_IMAGING_INLINE void scaleSaturations(std::span<uint32_t> samples, int32_t factor)
@@ -64,9 +63,7 @@ QX_IMAGING_INLINE void scaleSaturations(std::span<uint32_t> samples, int32_t fac
         const int32_t green = greenOf(sample);
         const int32_t blue = blueOf(sample);
         const int32_t luma = lumaOf(red, green, blue);
-        auto scaled = [&](int32_t channel) {
-            return clampChannel(luma + (((channel - luma) * factor + 32768) >> 16));
-        };
+        auto scaled = [&](int32_t channel) { return clampChannel(luma + (((channel - luma) * factor + 32768) >> 16)); };
         sample = withChannels(sample, scaled(red), scaled(green), scaled(blue));
     }
 }
@@ -109,8 +106,7 @@ std::optional<LevelDividers> levelDividers(int32_t steps)
     const uint32_t largest = 255 * uint32_t(steps) + 127;
     const auto byRange = findDivider16(255, largest);
     const auto bySteps = findDivider16(uint32_t(steps), largest);
-    if (!byRange || !bySteps)
-        return std::nullopt;
+    if (!byRange || !bySteps) return std::nullopt;
     return LevelDividers{uint16_t(steps), *byRange, *bySteps};
 }
 
@@ -124,8 +120,7 @@ QX_IMAGING_INLINE int32_t posterized(uint32_t value, const LevelDividers& divide
 std::array<uint8_t, 256> posterizedTable(const LevelDividers& dividers)
 {
     std::array<uint8_t, 256> table{};
-    for (size_t value = 0; value < table.size(); ++value)
-        table[value] = uint8_t(posterized(uint32_t(value), dividers));
+    for (size_t value = 0; value < table.size(); ++value) table[value] = uint8_t(posterized(uint32_t(value), dividers));
     return table;
 }
 
@@ -152,33 +147,28 @@ void mapChannels(BitmapHandle& bitmap, const std::array<uint8_t, 256>& table)
 
 bool changeHue(BitmapHandle& bitmap, int32_t degrees)
 {
-    if (bitmap.isNull())
-        return false;
+    if (bitmap.isNull()) return false;
     const int32_t turn = (degrees % 360 + 360) % 360;
     const float shift = float(turn) / 60.0f;
     // A whole turn gives every 24-bit colour back exactly, so the pixels are left alone.
-    if (turn != 0)
-        runVectorised<rotateHues>(bitmap.pixels(), shift);
+    if (turn != 0) runVectorised<rotateHues>(bitmap.pixels(), shift);
     return true;
 }
 
 bool changeSaturation(BitmapHandle& bitmap, int32_t change)
 {
-    if (bitmap.isNull())
-        return false;
+    if (bitmap.isNull()) return false;
     // Distance from the grey scaled by (1000 + change) / 1000, in 16-bit fixed point:
     // 65536 at 0 keeps every channel exactly, 0 at -1000 leaves only the luma.
     const int32_t factor = (1000 + std::clamp(change, -1000, 1000)) * 65536 / 1000;
-    if (factor != 65536)
-        runVectorised<scaleSaturations>(bitmap.pixels(), factor);
+    if (factor != 65536) runVectorised<scaleSaturations>(bitmap.pixels(), factor);
     return true;
 }
 
-bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32_t tintShare,
-          int32_t red, int32_t green, int32_t blue)
+bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32_t tintShare, int32_t red,
+          int32_t green, int32_t blue)
 {
-    if (bitmap.isNull())
-        return false;
+    if (bitmap.isNull()) return false;
     const float filter = float(std::clamp(tintShare, 0, 1000)) / 1000.0f;
     const TintMix mix{
         .keep = float(std::clamp(originalShare, 0, 1000)) / 1000.0f,
@@ -193,16 +183,14 @@ bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32
 
 bool posterize(BitmapHandle& bitmap, int32_t levels)
 {
-    if (bitmap.isNull() || levels < 2 || levels > 256)
-        return false;
+    if (bitmap.isNull() || levels < 2 || levels > 256) return false;
     const int32_t steps = levels - 1;
     std::array<uint8_t, 256> table{};
     for (int32_t value = 0; value < 256; ++value) {
         const int32_t level = (value * steps + 127) / 255;
         table[size_t(value)] = uint8_t((level * 255 + steps / 2) / steps);
     }
-    if (levels == 256)
-        return true;  // every value is its own level
+    if (levels == 256) return true;  // every value is its own level
     // Without AVX2 the multiplies of 32-bit lanes are emulated, and the table is faster.
     const auto dividers = levelDividers(steps);
     if (activeVectorLevel() != VectorLevel::baseline && dividers &&

@@ -23,8 +23,8 @@ bool changeSaturation(BitmapHandle& bitmap, int32_t change);
 /// `tintShare` / 1000 + `brightness` * 255 / 1000, rounded and clamped. The colour effects
 /// call it with brightness 0 and shares of 500 each: half picture, half tinted grey.
 /// Shares are clamped to 0..1000, the brightness to -1000..1000.
-bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32_t tintShare,
-          int32_t red, int32_t green, int32_t blue);
+bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32_t tintShare, int32_t red,
+          int32_t green, int32_t blue);
 
 /// Reduces each channel to `levels` evenly spaced values from 0 to 255, each sample taking
 /// the nearest. Levels from 2 to 256 are accepted; 256 changes nothing.

@@ -11,9 +11,9 @@ public:
     /// A context on `handle`, which must outlive it; a null handle gives a bitmap whose
     /// status is not Ok, on which every drawing fails quietly.
     explicit DeviceContext(BitmapHandle& handle)
-        : bitmap_(handle.width(), handle.height(), handle.width() * 4, handle.isNull() ? nullptr : handle.pixels().data())
-    {
-    }
+        : bitmap_(handle.width(), handle.height(), handle.width() * 4,
+                  handle.isNull() ? nullptr : handle.pixels().data())
+    {}
 
     draw2d::Bitmap& bitmap() { return bitmap_; }
 

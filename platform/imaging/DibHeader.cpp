@@ -8,8 +8,7 @@ public:
     explicit LittleEndianWriter(std::span<uint8_t> bytes) : out(bytes) {}
     void put(uint32_t value, size_t byteCount)
     {
-        for (size_t i = 0; i < byteCount; ++i)
-            out[offset++] = uint8_t(value >> (8 * i));
+        for (size_t i = 0; i < byteCount; ++i) out[offset++] = uint8_t(value >> (8 * i));
     }
 
 private:
@@ -23,8 +22,7 @@ public:
     uint32_t take(size_t byteCount)
     {
         uint32_t value = 0;
-        for (size_t i = 0; i < byteCount; ++i)
-            value |= uint32_t(in[offset++]) << (8 * i);
+        for (size_t i = 0; i < byteCount; ++i) value |= uint32_t(in[offset++]) << (8 * i);
         return value;
     }
 
@@ -64,8 +62,7 @@ std::array<uint8_t, kDibHeaderSize> writeDibHeader(const DibHeader& header)
 
 std::optional<DibHeader> readDibHeader(std::span<const uint8_t> bytes)
 {
-    if (bytes.size() < kDibHeaderSize)
-        return std::nullopt;
+    if (bytes.size() < kDibHeaderSize) return std::nullopt;
     LittleEndianReader in(bytes);
     DibHeader header;
     header.size = in.take(4);

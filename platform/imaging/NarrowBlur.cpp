@@ -16,15 +16,13 @@ namespace qx::imaging {
 
 std::optional<WindowDivisor> windowDivisor(int32_t radius)
 {
-    if (radius < 1 || radius > 127)
-        return std::nullopt;
+    if (radius < 1 || radius > 127) return std::nullopt;
     const uint32_t window = 2 * uint32_t(radius) + 1;
     // Rounding half up: floor((sum + (w - 1) / 2) / w), the same as the general blur's
     // float mean for every window up to 257 samples.
     const uint32_t bias = (window - 1) / 2;
     const auto divider = findDivider16(window, 255 * window + bias);
-    if (!divider)
-        return std::nullopt;
+    if (!divider) return std::nullopt;
     return WindowDivisor{*divider, uint16_t(bias)};
 }
 
@@ -48,10 +46,7 @@ QX_AVX2 __m256i meanBytes(__m256i first, __m256i second, const WindowDivisor& di
     return _mm256_permute4x64_epi64(packed, _MM_SHUFFLE(3, 1, 2, 0));
 }
 
-QX_AVX2 __m256i loadWide(const uint16_t* at)
-{
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
-}
+QX_AVX2 __m256i loadWide(const uint16_t* at) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)); }
 
 QX_AVX2 __m256i widenBytes(const uint8_t* at)
 {
@@ -92,8 +87,7 @@ __attribute__((target("avx2"))) void prefixSums(std::span<const uint32_t> padded
 /// The horizontal pass of one row: the window means of `row` into `out`, eight samples
 /// at a time; the last, partial group goes through a staging block.
 __attribute__((target("avx2"))) void blurRowNarrow(std::span<const uint32_t> row, std::span<uint32_t> out,
-                                                   int32_t radius, const WindowDivisor& divisor,
-                                                   NarrowScratch& scratch)
+                                                   int32_t radius, const WindowDivisor& divisor, NarrowScratch& scratch)
 {
     const size_t width = row.size();
     const size_t window = 2 * size_t(radius) + 1;
@@ -125,8 +119,7 @@ __attribute__((target("avx2"))) void addRowNarrow(std::span<uint16_t> columns, c
         auto* at = reinterpret_cast<__m256i*>(columns.data() + j);
         _mm256_storeu_si256(at, _mm256_add_epi16(_mm256_loadu_si256(at), widenBytes(row + j)));
     }
-    for (; j < columns.size(); ++j)
-        columns[j] = uint16_t(columns[j] + row[j]);
+    for (; j < columns.size(); ++j) columns[j] = uint16_t(columns[j] + row[j]);
 }
 
 __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> columns, uint8_t* out,
@@ -150,8 +143,7 @@ __attribute__((target("avx2"))) void blurColumnsNarrow(std::span<uint16_t> colum
     }
     for (; j < columns.size(); ++j) {
         const int delta = int(entering[j]) - int(leaving[j]);
-        if (j % 4 != 3)
-            out[j] = uint8_t(divisor.meanOf(sums[j]));
+        if (j % 4 != 3) out[j] = uint8_t(divisor.meanOf(sums[j]));
         sums[j] = uint16_t(sums[j] + delta);
     }
 }
@@ -164,8 +156,7 @@ namespace {
 /// the rows up to y + radius are blurred along themselves, which a ring of 2 * radius
 /// + 2 such rows holds (every row, for shorter pictures). The ring stays in the cache
 /// where a whole blurred frame would not, and no row is read after it is written.
-__attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, int32_t radius,
-                                                    const WindowDivisor& divisor)
+__attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, int32_t radius, const WindowDivisor& divisor)
 {
     const size_t width = size_t(bitmap.width());
     const size_t window = 2 * size_t(radius) + 1;
@@ -188,12 +179,11 @@ __attribute__((target("avx2"))) void blurNarrowAvx2(BitmapHandle& bitmap, int32_
     auto bytesOf = [&](int32_t y) { return reinterpret_cast<const uint8_t*>(ringRow(y).data()); };
 
     blurRowsUpTo(radius);
-    for (int32_t k = -radius; k <= radius; ++k)
-        addRowNarrow(scratch.columns, bytesOf(k));
+    for (int32_t k = -radius; k <= radius; ++k) addRowNarrow(scratch.columns, bytesOf(k));
     for (int32_t y = 0; y <= last; ++y) {
         blurRowsUpTo(y + radius + 1);
-        blurColumnsNarrow(scratch.columns, reinterpret_cast<uint8_t*>(bitmap.row(y).data()),
-                          bytesOf(y + radius + 1), bytesOf(y - radius), divisor);
+        blurColumnsNarrow(scratch.columns, reinterpret_cast<uint8_t*>(bitmap.row(y).data()), bytesOf(y + radius + 1),
+                          bytesOf(y - radius), divisor);
     }
 }
 
@@ -204,8 +194,7 @@ bool blurNarrow(BitmapHandle& bitmap, int32_t radius)
 {
 #if defined(__x86_64__)
     const auto divisor = windowDivisor(radius);
-    if (!divisor || activeVectorLevel() == VectorLevel::baseline)
-        return false;
+    if (!divisor || activeVectorLevel() == VectorLevel::baseline) return false;
     blurNarrowAvx2(bitmap, radius, *divisor);
     return true;
 #else

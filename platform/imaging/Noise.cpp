@@ -54,15 +54,11 @@ QX_IMAGING_INLINE void addNoiseTo(std::span<uint32_t> samples, uint32_t base, No
 
 }  // namespace
 
-void seedNoise(uint32_t seed)
-{
-    noiseCounter = seed;
-}
+void seedNoise(uint32_t seed) { noiseCounter = seed; }
 
 bool addNoise(BitmapHandle& bitmap, int32_t level, int32_t channel)
 {
-    if (bitmap.isNull() || level < 0 || channel < 0 || channel > int32_t(NoiseChannel::blue))
-        return false;
+    if (bitmap.isNull() || level < 0 || channel < 0 || channel > int32_t(NoiseChannel::blue)) return false;
     const int32_t amplitude = std::min(level, 1000) * 255 / 1000;
     const auto chosen = NoiseChannel(channel);
     // Masks rather than branches keep the loop branch-free.
@@ -76,8 +72,7 @@ bool addNoise(BitmapHandle& bitmap, int32_t level, int32_t channel)
     const uint32_t base = noiseCounter;
     // Below level 4 every offset is 0; the draws are still used up, so that the noise
     // that follows is the same as if they had been added.
-    if (amplitude > 0)
-        runVectorised<addNoiseTo>(samples, base, spread);
+    if (amplitude > 0) runVectorised<addNoiseTo>(samples, base, spread);
     noiseCounter = base + uint32_t(samples.size()) * 3u;
     return true;
 }

@@ -56,12 +56,9 @@ void runVectorised(Args&&... args)
 {
 #if defined(__x86_64__)
     switch (activeVectorLevel()) {
-    case VectorLevel::avx512:
-        return detail::runAvx512<Kernel>(std::forward<Args>(args)...);
-    case VectorLevel::avx2:
-        return detail::runAvx2<Kernel>(std::forward<Args>(args)...);
-    case VectorLevel::baseline:
-        break;
+    case VectorLevel::avx512: return detail::runAvx512<Kernel>(std::forward<Args>(args)...);
+    case VectorLevel::avx2: return detail::runAvx2<Kernel>(std::forward<Args>(args)...);
+    case VectorLevel::baseline: break;
     }
 #endif
     detail::runBaseline<Kernel>(std::forward<Args>(args)...);

@@ -8,8 +8,7 @@ class CHostSource::Pin final : public CBaseOutputPin {
 public:
     Pin(CBaseFilter& filter, CMediaType type, LONG buffers, LONG bufferSize)
         : CBaseOutputPin(filter, u"Output"), type_(std::move(type)), buffers_(buffers), bufferSize_(bufferSize)
-    {
-    }
+    {}
 
     HRESULT CheckMediaType(const CMediaType* pmt) override
     {
@@ -51,20 +50,13 @@ com::ComPtr<CHostSource> CHostSource::Create(CMediaType type, LONG buffers, LONG
 
 CHostSource::CHostSource(CMediaType type, LONG buffers, LONG bufferSize)
     : CBaseFilter(u"Host source", GUID_NULL), pin_(std::make_unique<Pin>(*this, std::move(type), buffers, bufferSize))
-{
-}
+{}
 
 CHostSource::~CHostSource() = default;
 
-CBasePin* CHostSource::GetPin(int n)
-{
-    return n == 0 ? pin_.get() : nullptr;
-}
+CBasePin* CHostSource::GetPin(int n) { return n == 0 ? pin_.get() : nullptr; }
 
-CBaseOutputPin& CHostSource::Output()
-{
-    return *pin_;
-}
+CBaseOutputPin& CHostSource::Output() { return *pin_; }
 
 HRESULT CHostSource::GetBuffer(IMediaSample** ppSample)
 {
@@ -82,8 +74,7 @@ public:
     Pin(CBaseFilter& filter, Acceptor accept, Receiver receive, com::ComPtr<IMemAllocator> allocator)
         : CBaseInputPin(filter, u"Input"), accept_(std::move(accept)), receive_(std::move(receive)),
           offered_(std::move(allocator))
-    {
-    }
+    {}
 
     HRESULT CheckMediaType(const CMediaType* pmt) override
     {
@@ -124,31 +115,21 @@ private:
 
 com::ComPtr<CHostSink> CHostSink::Create(Acceptor accept, Receiver receive, com::ComPtr<IMemAllocator> allocator)
 {
-    return com::ComPtr<CHostSink>(
-        new (std::nothrow) CHostSink(std::move(accept), std::move(receive), std::move(allocator)));
+    return com::ComPtr<CHostSink>(new (std::nothrow)
+                                      CHostSink(std::move(accept), std::move(receive), std::move(allocator)));
 }
 
 CHostSink::CHostSink(Acceptor accept, Receiver receive, com::ComPtr<IMemAllocator> allocator)
     : CBaseFilter(u"Host sink", GUID_NULL),
       pin_(std::make_unique<Pin>(*this, std::move(accept), std::move(receive), std::move(allocator)))
-{
-}
+{}
 
 CHostSink::~CHostSink() = default;
 
-CBasePin* CHostSink::GetPin(int n)
-{
-    return n == 0 ? pin_.get() : nullptr;
-}
+CBasePin* CHostSink::GetPin(int n) { return n == 0 ? pin_.get() : nullptr; }
 
-CBaseInputPin& CHostSink::Input()
-{
-    return *pin_;
-}
+CBaseInputPin& CHostSink::Input() { return *pin_; }
 
-int CHostSink::EndOfStreamCount() const
-{
-    return pin_->endOfStreams;
-}
+int CHostSink::EndOfStreamCount() const { return pin_->endOfStreams; }
 
 }  // namespace qx::media

@@ -40,8 +40,7 @@ public:
     /// A sink that takes the types `accept` answers S_OK for and gives `receive` each
     /// sample. Its input pin offers `allocator` to the connection, or a memory allocator
     /// when none is given, and takes no other. Null when out of memory.
-    static com::ComPtr<CHostSink> Create(Acceptor accept, Receiver receive,
-                                         com::ComPtr<IMemAllocator> allocator = {});
+    static com::ComPtr<CHostSink> Create(Acceptor accept, Receiver receive, com::ComPtr<IMemAllocator> allocator = {});
 
     int GetPinCount() override { return 1; }
     CBasePin* GetPin(int n) override;

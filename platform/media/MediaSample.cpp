@@ -25,8 +25,7 @@ com::ComPtr<IMediaSample> CMediaSample::Wrap(std::span<uint8_t> buffer)
 
 CMediaSample::CMediaSample(std::span<uint8_t> buffer, IMemAllocator* allocator)
     : buffer_(countable(buffer)), allocator_(allocator), actualLength_(LONG(buffer_.size()))
-{
-}
+{}
 
 HRESULT CMediaSample::QueryInterface(const IID& riid, void** ppv)
 {
@@ -38,17 +37,16 @@ HRESULT CMediaSample::QueryInterface(const IID& riid, void** ppv)
     return S_OK;
 }
 
-ULONG CMediaSample::AddRef()
-{
-    return ++references_;
-}
+ULONG CMediaSample::AddRef() { return ++references_; }
 
 ULONG CMediaSample::Release()
 {
     const ULONG left = --references_;
     if (left > 0) return left;
-    if (allocator_) allocator_->ReleaseBuffer(this);
-    else delete this;
+    if (allocator_)
+        allocator_->ReleaseBuffer(this);
+    else
+        delete this;
     return 0;
 }
 

@@ -72,8 +72,8 @@ struct IMemAllocator : IUnknown {
     /// A free sample with one reference for the caller. Waits for one to come back when
     /// all are out, unless `dwFlags` has AM_GBF_NOWAIT; VFW_E_NOT_COMMITTED when the
     /// allocator is not committed or is decommitted while waiting.
-    virtual HRESULT GetBuffer(IMediaSample** ppBuffer, const REFERENCE_TIME* pStartTime,
-                              const REFERENCE_TIME* pEndTime, DWORD dwFlags) = 0;
+    virtual HRESULT GetBuffer(IMediaSample** ppBuffer, const REFERENCE_TIME* pStartTime, const REFERENCE_TIME* pEndTime,
+                              DWORD dwFlags) = 0;
     /// Takes back a sample of this allocator whose last reference went.
     virtual HRESULT ReleaseBuffer(IMediaSample* pBuffer) = 0;
 

@@ -10,17 +10,13 @@ namespace {
 constexpr int kMaxProposals = 1024;
 
 // A check that answers a success other than S_OK refuses the type all the same.
-HRESULT refusal(HRESULT check)
-{
-    return FAILED(check) ? check : VFW_E_TYPE_NOT_ACCEPTED;
-}
+HRESULT refusal(HRESULT check) { return FAILED(check) ? check : VFW_E_TYPE_NOT_ACCEPTED; }
 
 }  // namespace
 
 CBasePin::CBasePin(CBaseFilter& filter, std::u16string name, PIN_DIRECTION dir)
     : m_filter(filter), m_name(std::move(name)), m_dir(dir)
-{
-}
+{}
 
 CBasePin::~CBasePin()
 {
@@ -58,25 +54,13 @@ HRESULT CBasePin::SetMediaType(const CMediaType* pmt)
     return S_OK;
 }
 
-HRESULT CBasePin::CompleteConnect(CBasePin*)
-{
-    return S_OK;
-}
+HRESULT CBasePin::CompleteConnect(CBasePin*) { return S_OK; }
 
-HRESULT CBasePin::BreakConnect()
-{
-    return S_OK;
-}
+HRESULT CBasePin::BreakConnect() { return S_OK; }
 
-HRESULT CBasePin::Active()
-{
-    return S_OK;
-}
+HRESULT CBasePin::Active() { return S_OK; }
 
-HRESULT CBasePin::Inactive()
-{
-    return S_OK;
-}
+HRESULT CBasePin::Inactive() { return S_OK; }
 
 HRESULT CBaseInputPin::ReceiveConnection(CBasePin* pConnector, const CMediaType* pmt)
 {
@@ -125,10 +109,7 @@ HRESULT CBaseInputPin::Receive(IMediaSample* pSample)
     return CheckStreaming();
 }
 
-HRESULT CBaseInputPin::EndOfStream()
-{
-    return S_OK;
-}
+HRESULT CBaseInputPin::EndOfStream() { return S_OK; }
 
 HRESULT CBaseInputPin::BeginFlush()
 {
@@ -142,10 +123,7 @@ HRESULT CBaseInputPin::EndFlush()
     return S_OK;
 }
 
-HRESULT CBaseInputPin::NewSegment(REFERENCE_TIME, REFERENCE_TIME, double)
-{
-    return S_OK;
-}
+HRESULT CBaseInputPin::NewSegment(REFERENCE_TIME, REFERENCE_TIME, double) { return S_OK; }
 
 HRESULT CBaseInputPin::Inactive()
 {
@@ -201,10 +179,7 @@ HRESULT CBaseOutputPin::AttemptConnection(CBaseInputPin* pReceivePin, const CMed
     return hr;
 }
 
-HRESULT CBaseOutputPin::CompleteConnect(CBasePin*)
-{
-    return DecideAllocator(m_pInputPin, m_pAllocator);
-}
+HRESULT CBaseOutputPin::CompleteConnect(CBasePin*) { return DecideAllocator(m_pInputPin, m_pAllocator); }
 
 // The input pin's allocator first; when it has none or refuses the sizes, one of our own.
 HRESULT CBaseOutputPin::DecideAllocator(CBaseInputPin* pPin, com::ComPtr<IMemAllocator>& allocator)

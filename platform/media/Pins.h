@@ -111,8 +111,8 @@ public:
     virtual HRESULT DecideAllocator(CBaseInputPin* pPin, com::ComPtr<IMemAllocator>& allocator);
 
     /// A buffer for the next sample from the connection's allocator.
-    HRESULT GetDeliveryBuffer(IMediaSample** ppSample, const REFERENCE_TIME* pStartTime,
-                              const REFERENCE_TIME* pEndTime, DWORD dwFlags);
+    HRESULT GetDeliveryBuffer(IMediaSample** ppSample, const REFERENCE_TIME* pStartTime, const REFERENCE_TIME* pEndTime,
+                              DWORD dwFlags);
     virtual HRESULT Deliver(IMediaSample* pSample);
     virtual HRESULT DeliverEndOfStream();
     virtual HRESULT DeliverBeginFlush();

@@ -40,15 +40,9 @@ HRESULT CTransInPlaceFilter::CheckTransform(const CMediaType* mtIn, const CMedia
     return *mtIn == *mtOut ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
-HRESULT CTransInPlaceFilter::GetMediaType(int, CMediaType*)
-{
-    return E_UNEXPECTED;
-}
+HRESULT CTransInPlaceFilter::GetMediaType(int, CMediaType*) { return E_UNEXPECTED; }
 
-HRESULT CTransInPlaceFilter::DecideBufferSize(IMemAllocator*, ALLOCATOR_PROPERTIES*)
-{
-    return E_UNEXPECTED;
-}
+HRESULT CTransInPlaceFilter::DecideBufferSize(IMemAllocator*, ALLOCATOR_PROPERTIES*) { return E_UNEXPECTED; }
 
 HRESULT CTransInPlaceFilter::Receive(IMediaSample* pSample)
 {

@@ -9,6 +9,8 @@ namespace qx::media {
 
 class CTransInPlaceFilter : public CTransformFilter {
 public:
+    /// The copying Transform of the base stays in view beside the one that works in place.
+    using CTransformFilter::Transform;
     /// Works on `pSample` in place. S_OK passes it on, S_FALSE drops it.
     virtual HRESULT Transform(IMediaSample* pSample) = 0;
 

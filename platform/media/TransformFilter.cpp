@@ -3,8 +3,7 @@
 namespace qx::media {
 
 CTransformInputPin::CTransformInputPin(CTransformFilter& filter) : CBaseInputPin(filter, u"Input"), m_transform(filter)
-{
-}
+{}
 
 HRESULT CTransformInputPin::CheckMediaType(const CMediaType* pmt)
 {
@@ -78,8 +77,7 @@ HRESULT CTransformInputPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tSt
 
 CTransformOutputPin::CTransformOutputPin(CTransformFilter& filter)
     : CBaseOutputPin(filter, u"Output"), m_transform(filter)
-{
-}
+{}
 
 HRESULT CTransformOutputPin::CheckMediaType(const CMediaType* pmt)
 {
@@ -120,8 +118,7 @@ HRESULT CTransformOutputPin::DecideBufferSize(IMemAllocator* pAlloc, ALLOCATOR_P
 CTransformFilter::CTransformFilter(std::u16string name, const CLSID& clsid)
     : CBaseFilter(std::move(name), clsid), m_pInput(std::make_unique<CTransformInputPin>(*this)),
       m_pOutput(std::make_unique<CTransformOutputPin>(*this))
-{
-}
+{}
 
 CBasePin* CTransformFilter::GetPin(int n)
 {
@@ -156,35 +153,17 @@ HRESULT CTransformFilter::Pause()
     return CBaseFilter::Pause();
 }
 
-HRESULT CTransformFilter::Transform(IMediaSample*, IMediaSample*)
-{
-    return E_UNEXPECTED;
-}
+HRESULT CTransformFilter::Transform(IMediaSample*, IMediaSample*) { return E_UNEXPECTED; }
 
-HRESULT CTransformFilter::SetMediaType(PIN_DIRECTION, const CMediaType*)
-{
-    return S_OK;
-}
+HRESULT CTransformFilter::SetMediaType(PIN_DIRECTION, const CMediaType*) { return S_OK; }
 
-HRESULT CTransformFilter::CompleteConnect(PIN_DIRECTION, CBasePin*)
-{
-    return S_OK;
-}
+HRESULT CTransformFilter::CompleteConnect(PIN_DIRECTION, CBasePin*) { return S_OK; }
 
-HRESULT CTransformFilter::BreakConnect(PIN_DIRECTION)
-{
-    return S_OK;
-}
+HRESULT CTransformFilter::BreakConnect(PIN_DIRECTION) { return S_OK; }
 
-HRESULT CTransformFilter::StartStreaming()
-{
-    return S_OK;
-}
+HRESULT CTransformFilter::StartStreaming() { return S_OK; }
 
-HRESULT CTransformFilter::StopStreaming()
-{
-    return S_OK;
-}
+HRESULT CTransformFilter::StopStreaming() { return S_OK; }
 
 HRESULT CTransformFilter::Receive(IMediaSample* pSample)
 {
@@ -214,8 +193,8 @@ HRESULT CTransformFilter::InitializeOutputSample(IMediaSample* pSample, IMediaSa
     if (!syncPoint) flags |= AM_GBF_NOTASYNCPOINT;
     const bool hasStart = SUCCEEDED(times);
     const bool hasStop = times == S_OK;
-    const HRESULT hr = m_pOutput->GetDeliveryBuffer(ppOutSample, hasStart ? &start : nullptr,
-                                                    hasStop ? &stop : nullptr, flags);
+    const HRESULT hr =
+        m_pOutput->GetDeliveryBuffer(ppOutSample, hasStart ? &start : nullptr, hasStop ? &stop : nullptr, flags);
     if (FAILED(hr)) return hr;
     IMediaSample* out = *ppOutSample;
     if (hasStart) out->SetTime(&start, hasStop ? &stop : nullptr);
@@ -228,20 +207,11 @@ HRESULT CTransformFilter::InitializeOutputSample(IMediaSample* pSample, IMediaSa
     return S_OK;
 }
 
-HRESULT CTransformFilter::EndOfStream()
-{
-    return m_pOutput->DeliverEndOfStream();
-}
+HRESULT CTransformFilter::EndOfStream() { return m_pOutput->DeliverEndOfStream(); }
 
-HRESULT CTransformFilter::BeginFlush()
-{
-    return m_pOutput->DeliverBeginFlush();
-}
+HRESULT CTransformFilter::BeginFlush() { return m_pOutput->DeliverBeginFlush(); }
 
-HRESULT CTransformFilter::EndFlush()
-{
-    return m_pOutput->DeliverEndFlush();
-}
+HRESULT CTransformFilter::EndFlush() { return m_pOutput->DeliverEndFlush(); }
 
 HRESULT CTransformFilter::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate)
 {

@@ -35,8 +35,10 @@ void Event::set()
         const std::lock_guard hold(lock_);
         set_ = true;
     }
-    if (manualReset_) changed_.notify_all();
-    else changed_.notify_one();
+    if (manualReset_)
+        changed_.notify_all();
+    else
+        changed_.notify_one();
 }
 
 void Event::reset()

@@ -36,10 +36,8 @@ private:
 /// reset (it stays set until reset).
 class Event {
 public:
-    explicit Event(bool manualReset = false, bool initiallySet = false)
-        : manualReset_(manualReset), set_(initiallySet)
-    {
-    }
+    explicit Event(bool manualReset = false, bool initiallySet = false) : manualReset_(manualReset), set_(initiallySet)
+    {}
 
     void set();
     void reset();

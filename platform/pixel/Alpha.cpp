@@ -78,7 +78,7 @@ bool allOpaque(std::span<const uint32_t> samples)
 }
 
 __attribute__((target_clones("avx2", "default"))) bool copyAndCheckOpaque(std::span<const uint32_t> source,
-                                                                            std::span<uint32_t> target)
+                                                                          std::span<uint32_t> target)
 {
     uint32_t all = kAlphaMask;
     const size_t n = std::min(source.size(), target.size());
@@ -107,9 +107,6 @@ void unpremultiply(std::span<uint32_t> samples)
 {
     if (!allOpaque(samples)) convertInPlace<straight>(samples);
 }
-void unpremultiply(std::span<const uint32_t> source, std::span<uint32_t> target)
-{
-    convert<straight>(source, target);
-}
+void unpremultiply(std::span<const uint32_t> source, std::span<uint32_t> target) { convert<straight>(source, target); }
 
 }  // namespace qx::pixel

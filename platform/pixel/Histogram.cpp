@@ -115,10 +115,7 @@ HistogramKernel detectKernel()
 
 #else
 
-HistogramKernel detectKernel()
-{
-    return HistogramKernel::scalar;
-}
+HistogramKernel detectKernel() { return HistogramKernel::scalar; }
 
 #endif
 
@@ -135,8 +132,10 @@ ByteHistogram countSixteenBins(std::span<const uint8_t> bytes, HistogramKernel k
     ByteHistogram counts{};
     size_t counted = 0;
 #if defined(__x86_64__)
-    if (kernel == HistogramKernel::avx512) counted = countAvx512(bytes, counts);
-    else if (kernel == HistogramKernel::avx2) counted = countAvx2(bytes, counts);
+    if (kernel == HistogramKernel::avx512)
+        counted = countAvx512(bytes, counts);
+    else if (kernel == HistogramKernel::avx2)
+        counted = countAvx2(bytes, counts);
 #else
     (void)kernel;
 #endif

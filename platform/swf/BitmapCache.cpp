@@ -9,7 +9,8 @@ std::shared_ptr<const DecodedBitmap> BitmapCache::get(const BitmapCharacter& bit
         return found->second->picture;
     }
     std::shared_ptr<const DecodedBitmap> picture;
-    if (auto decoded = decodeBitmap(bitmap.source)) picture = std::make_shared<const DecodedBitmap>(std::move(*decoded));
+    if (auto decoded = decodeBitmap(bitmap.source))
+        picture = std::make_shared<const DecodedBitmap>(std::move(*decoded));
     const size_t bytes = picture ? picture->samples.size() * sizeof(uint32_t) : 0;
     entries_.push_front({&bitmap, picture, bytes});
     index_[&bitmap] = entries_.begin();

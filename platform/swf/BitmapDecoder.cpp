@@ -133,7 +133,8 @@ std::optional<DecodedBitmap> decodeLossless(const BitmapSource& source)
     if (!data) return std::nullopt;
     const std::span<const uint8_t> palette(data->data(), paletteBytes);
     const size_t step = layout.format == 3 ? 1 : layout.format == 4 ? 2 : 4;
-    DecodedBitmap bitmap{layout.width, layout.height, std::vector<uint32_t>(size_t(layout.width) * size_t(layout.height))};
+    DecodedBitmap bitmap{layout.width, layout.height,
+                         std::vector<uint32_t>(size_t(layout.width) * size_t(layout.height))};
     for (int y = 0; y < layout.height; ++y) {
         const uint8_t* row = data->data() + paletteBytes + size_t(y) * rows;
         uint32_t* out = bitmap.samples.data() + size_t(y) * size_t(layout.width);
@@ -156,13 +157,10 @@ std::optional<DecodedBitmap> decodeBitmap(const BitmapSource& source)
     case kDefineBits:
     case kDefineBitsJpeg2:
     case kDefineBitsJpeg3:
-    case kDefineBitsJpeg4:
-        return decodeJpeg(source);
+    case kDefineBitsJpeg4: return decodeJpeg(source);
     case kDefineBitsLossless:
-    case kDefineBitsLossless2:
-        return decodeLossless(source);
-    default:
-        return std::nullopt;
+    case kDefineBitsLossless2: return decodeLossless(source);
+    default: return std::nullopt;
     }
 }
 

@@ -24,9 +24,9 @@ struct DecodedBitmap {
 
 /// What a bitmap tag holds, kept undecoded until a frame draws it.
 struct BitmapSource {
-    uint16_t code = 0;                     // the tag code
-    std::span<const uint8_t> body;         // the tag's body, id included (the movie owns the bytes)
-    std::span<const uint8_t> jpegTables;   // DefineBits only: the movie's JPEGTables
+    uint16_t code = 0;                    // the tag code
+    std::span<const uint8_t> body;        // the tag's body, id included (the movie owns the bytes)
+    std::span<const uint8_t> jpegTables;  // DefineBits only: the movie's JPEGTables
 };
 
 /// The character id of a bitmap tag body.

@@ -52,8 +52,7 @@ bool readMorphFill(ByteReader& reader, MorphFill& fill)
         fill.start.repeat = fill.end.repeat = type == 0x40 || type == 0x42;
         fill.start.smooth = fill.end.smooth = type == 0x40 || type == 0x41;
         break;
-    default:
-        return false;  // focal gradients and unknown types have no known layout in morphs
+    default: return false;  // focal gradients and unknown types have no known layout in morphs
     }
     return !reader.failed();
 }

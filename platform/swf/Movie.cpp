@@ -24,16 +24,11 @@ bool isBitmapTag(uint16_t code)
 int shapeVersion(uint16_t code)
 {
     switch (code) {
-    case kDefineShape:
-        return 1;
-    case kDefineShape2:
-        return 2;
-    case kDefineShape3:
-        return 3;
-    case kDefineShape4:
-        return 4;
-    default:
-        return 0;
+    case kDefineShape: return 1;
+    case kDefineShape2: return 2;
+    case kDefineShape3: return 3;
+    case kDefineShape4: return 4;
+    default: return 0;
     }
 }
 
@@ -70,8 +65,7 @@ Matrix stageToTarget(const Rect& stage, int width, int height, ScaleMode mode)
 Movie::Movie()
     : dictionary_(std::make_unique<Dictionary>()), timeline_(std::make_unique<Timeline>()),
       bitmaps_(std::make_unique<BitmapCache>(kBitmapBudget))
-{
-}
+{}
 
 Movie::~Movie() = default;
 
@@ -112,7 +106,8 @@ void Movie::readTags(std::span<const uint8_t> stream)
         } else if (tag.code == kJpegTables) {
             jpegTables = tag.body;
         } else if (isBitmapTag(tag.code)) {
-            const BitmapSource source{tag.code, tag.body, tag.code == kDefineBits ? jpegTables : std::span<const uint8_t>()};
+            const BitmapSource source{tag.code, tag.body,
+                                      tag.code == kDefineBits ? jpegTables : std::span<const uint8_t>()};
             dictionary_->define(bitmapId(tag.body), i, BitmapCharacter{source});
         } else if (tag.code == kDefineSprite) {
             uint16_t id = 0;
@@ -150,7 +145,8 @@ bool Movie::render(size_t tick, draw2d::Bitmap& target, const RenderOptions& opt
     if (frameCount() > 0) {
         const size_t frame = tick % frameCount();
         Painter painter(cr, *dictionary_, *bitmaps_, timeline_->position(frame), options.antialias);
-        painter.paintTimeline(*timeline_, tick, stageToTarget(header_.stage, target.width(), target.height(), options.scale),
+        painter.paintTimeline(*timeline_, tick,
+                              stageToTarget(header_.stage, target.width(), target.height(), options.scale),
                               ColorTransform{});
     }
     context.reset();

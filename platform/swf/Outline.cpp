@@ -17,7 +17,10 @@ struct PointKey {
 };
 
 struct PointHash {
-    size_t operator()(const PointKey& key) const { return std::hash<uint64_t>()(key.x * 0x9E3779B97F4A7C15ull ^ key.y); }
+    size_t operator()(const PointKey& key) const
+    {
+        return std::hash<uint64_t>()(key.x * 0x9E3779B97F4A7C15ull ^ key.y);
+    }
 };
 
 Segment segmentOf(const Edge& edge, bool reversed)
@@ -67,11 +70,14 @@ GroupOutline outlineOf(const StyleGroup& group)
     const Edge* previous = nullptr;
     for (const Edge& edge : group.edges) {
         // Indices past the style arrays are ignored, as a style that does not exist.
-        if (edge.fill1 >= 1 && edge.fill1 <= fillSegments.size()) fillSegments[edge.fill1 - 1].push_back(segmentOf(edge, false));
-        if (edge.fill0 >= 1 && edge.fill0 <= fillSegments.size()) fillSegments[edge.fill0 - 1].push_back(segmentOf(edge, true));
+        if (edge.fill1 >= 1 && edge.fill1 <= fillSegments.size())
+            fillSegments[edge.fill1 - 1].push_back(segmentOf(edge, false));
+        if (edge.fill0 >= 1 && edge.fill0 <= fillSegments.size())
+            fillSegments[edge.fill0 - 1].push_back(segmentOf(edge, true));
         if (edge.line >= 1 && edge.line <= outline.lines.size()) {
             auto& runs = outline.lines[edge.line - 1];
-            const bool continues = previous && previous->line == edge.line && previous->to == edge.from && !runs.empty();
+            const bool continues =
+                previous && previous->line == edge.line && previous->to == edge.from && !runs.empty();
             if (!continues) runs.emplace_back();
             runs.back().push_back(segmentOf(edge, false));
         }

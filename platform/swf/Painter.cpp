@@ -41,12 +41,9 @@ bool patternMatrix(const Matrix& m, cairo_matrix_t& out)
 cairo_extend_t extendOf(Spread spread)
 {
     switch (spread) {
-    case Spread::Reflect:
-        return CAIRO_EXTEND_REFLECT;
-    case Spread::Repeat:
-        return CAIRO_EXTEND_REPEAT;
-    case Spread::Pad:
-        break;
+    case Spread::Reflect: return CAIRO_EXTEND_REFLECT;
+    case Spread::Repeat: return CAIRO_EXTEND_REPEAT;
+    case Spread::Pad: break;
     }
     return CAIRO_EXTEND_PAD;
 }
@@ -56,8 +53,8 @@ uint32_t transformSample(uint32_t sample, const ColorTransform& colors)
     const uint32_t a = sample >> 24;
     if (a == 0 && colors.add[3] <= 0) return 0;
     const auto straight = [a](uint32_t c) { return uint8_t(a ? std::min<uint32_t>(255, (c * 255 + a / 2) / a) : 0); };
-    const Rgba out = colors.apply({straight((sample >> 16) & 0xFF), straight((sample >> 8) & 0xFF),
-                                   straight(sample & 0xFF), uint8_t(a)});
+    const Rgba out = colors.apply(
+        {straight((sample >> 16) & 0xFF), straight((sample >> 8) & 0xFF), straight(sample & 0xFF), uint8_t(a)});
     const auto scale = [&](uint32_t c) { return (c * out.a + 127) / 255; };
     return uint32_t(out.a) << 24 | scale(out.r) << 16 | scale(out.g) << 8 | scale(out.b);
 }
@@ -80,8 +77,7 @@ struct OpenMask {
 Painter::Painter(cairo_t* cairo, const Dictionary& dictionary, BitmapCache& bitmaps, size_t position, bool antialias)
     : cairo_(cairo), dictionary_(dictionary), bitmaps_(bitmaps), position_(position), antialias_(antialias),
       objectsLeft_(kMaxObjectsPerFrame)
-{
-}
+{}
 
 void Painter::paintTimeline(const Timeline& timeline, size_t age, const Matrix& matrix, const ColorTransform& colors)
 {
@@ -171,7 +167,8 @@ void Painter::paintShape(const Shape& shape, const std::vector<GroupOutline>& ou
         const StyleGroup& group = shape.groups[g];
         const GroupOutline& outline = outlines[g];
         for (size_t f = 0; f < outline.fills.size(); ++f) {
-            if (!outline.fills[f].empty()) fillContours(outline.fills[f], group.fills[f], shape.nonZeroWinding, context);
+            if (!outline.fills[f].empty())
+                fillContours(outline.fills[f], group.fills[f], shape.nonZeroWinding, context);
         }
         if (context.mask) continue;  // a mask is its fills
         for (size_t l = 0; l < outline.lines.size(); ++l) {
@@ -249,10 +246,8 @@ bool Painter::setSource(const FillStyle& fill, const Context& context, std::shar
     }
     case FillKind::Linear:
     case FillKind::Radial:
-    case FillKind::Focal:
-        return setGradient(fill, context);
-    case FillKind::Bitmap:
-        return setBitmap(fill, context, keep);
+    case FillKind::Focal: return setGradient(fill, context);
+    case FillKind::Bitmap: return setBitmap(fill, context, keep);
     }
     return false;
 }

@@ -38,19 +38,12 @@ AVPixelFormat plainFormat(AVPixelFormat format, bool& fullRange)
 {
     fullRange = true;
     switch (format) {
-    case AV_PIX_FMT_YUVJ420P:
-        return AV_PIX_FMT_YUV420P;
-    case AV_PIX_FMT_YUVJ422P:
-        return AV_PIX_FMT_YUV422P;
-    case AV_PIX_FMT_YUVJ444P:
-        return AV_PIX_FMT_YUV444P;
-    case AV_PIX_FMT_YUVJ440P:
-        return AV_PIX_FMT_YUV440P;
-    case AV_PIX_FMT_YUVJ411P:
-        return AV_PIX_FMT_YUV411P;
-    default:
-        fullRange = false;
-        return format;
+    case AV_PIX_FMT_YUVJ420P: return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P: return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P: return AV_PIX_FMT_YUV444P;
+    case AV_PIX_FMT_YUVJ440P: return AV_PIX_FMT_YUV440P;
+    case AV_PIX_FMT_YUVJ411P: return AV_PIX_FMT_YUV411P;
+    default: fullRange = false; return format;
     }
 }
 
@@ -80,7 +73,8 @@ AVCodecID codecOf(std::span<const uint8_t> data)
 {
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8) return AV_CODEC_ID_MJPEG;
     if (data.size() >= 8 && std::memcmp(data.data(), "\x89PNG\r\n\x1a\n", 8) == 0) return AV_CODEC_ID_PNG;
-    if (data.size() >= 6 && (std::memcmp(data.data(), "GIF87a", 6) == 0 || std::memcmp(data.data(), "GIF89a", 6) == 0)) {
+    if (data.size() >= 6 &&
+        (std::memcmp(data.data(), "GIF87a", 6) == 0 || std::memcmp(data.data(), "GIF89a", 6) == 0)) {
         return AV_CODEC_ID_GIF;
     }
     return AV_CODEC_ID_NONE;
@@ -129,8 +123,8 @@ std::optional<DecodedBitmap> decodePicture(std::span<const uint8_t> data)
     converted->format = AV_PIX_FMT_BGRA;
     converted->width = width;
     converted->height = height;
-    if (av_frame_get_buffer(converted.get(), 64) < 0 ||
-        sws_scale(scaler.get(), frame->data, frame->linesize, 0, height, converted->data, converted->linesize) != height) {
+    if (av_frame_get_buffer(converted.get(), 64) < 0 || sws_scale(scaler.get(), frame->data, frame->linesize, 0, height,
+                                                                  converted->data, converted->linesize) != height) {
         return std::nullopt;
     }
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(frame->format));

@@ -58,8 +58,7 @@ bool readFillStyle(ByteReader& reader, int version, FillStyle& fill)
         fill.repeat = type == 0x40 || type == 0x42;
         fill.smooth = type == 0x40 || type == 0x41;
         break;
-    default:
-        return false;
+    default: return false;
     }
     return !reader.failed();
 }
@@ -123,7 +122,8 @@ std::optional<ShapeDefinition> parseShape(std::span<const uint8_t> body, int ver
     }
     auto& groups = result.shape.groups;
     groups.emplace_back();
-    if (!readFillStyles(reader, version, groups.back().fills) || !readLineStyles(reader, version, groups.back().lines)) {
+    if (!readFillStyles(reader, version, groups.back().fills) ||
+        !readLineStyles(reader, version, groups.back().lines)) {
         return std::nullopt;
     }
     const auto newStyles = [&](ByteReader& r, unsigned& fillBits, unsigned& lineBits) {
@@ -156,4 +156,3 @@ std::optional<ShapeDefinition> parseShape(std::span<const uint8_t> body, int ver
 }
 
 }  // namespace qx::swf
-

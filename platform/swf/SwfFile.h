@@ -18,9 +18,9 @@ inline constexpr size_t kMaxMovieBytes = size_t(256) << 20;
 
 struct MovieHeader {
     uint8_t version = 0;
-    Rect stage;                  // twips
-    double frameRate = 0.0;      // frames per second, as the file declares it
-    uint16_t declaredFrames = 0; // not to be trusted: writers put 0 there
+    Rect stage;                   // twips
+    double frameRate = 0.0;       // frames per second, as the file declares it
+    uint16_t declaredFrames = 0;  // not to be trusted: writers put 0 there
 };
 
 struct SwfBody {

@@ -22,8 +22,7 @@ std::optional<ControlOp> controlOp(const Tag& tag)
     case kRemoveObject2:
         if (auto op = parseRemoveObject(tag.body, tag.code == kRemoveObject ? 1 : 2)) return ControlOp(*op);
         return std::nullopt;
-    default:
-        return std::nullopt;
+    default: return std::nullopt;
     }
 }
 

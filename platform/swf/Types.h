@@ -40,15 +40,14 @@ struct Matrix {
     /// This matrix applied after `inner`.
     Matrix operator*(const Matrix& inner) const
     {
-        return {a * inner.a + c * inner.b,        b * inner.a + d * inner.b,
-                a * inner.c + c * inner.d,        b * inner.c + d * inner.d,
-                a * inner.tx + c * inner.ty + tx, b * inner.tx + d * inner.ty + ty};
+        return {a * inner.a + c * inner.b, b * inner.a + d * inner.b,        a * inner.c + c * inner.d,
+                b * inner.c + d * inner.d, a * inner.tx + c * inner.ty + tx, b * inner.tx + d * inner.ty + ty};
     }
     double determinant() const { return a * d - b * c; }
     static Matrix interpolate(const Matrix& from, const Matrix& to, double t)
     {
         const auto mix = [t](double p, double q) { return p + (q - p) * t; };
-        return {mix(from.a, to.a), mix(from.b, to.b), mix(from.c, to.c),
+        return {mix(from.a, to.a), mix(from.b, to.b),   mix(from.c, to.c),
                 mix(from.d, to.d), mix(from.tx, to.tx), mix(from.ty, to.ty)};
     }
 };
@@ -90,8 +89,10 @@ struct ColorTransform {
     {
         ColorTransform result;
         for (int i = 0; i < 4; ++i) {
-            result.multiply[i] = int32_t(std::clamp<int64_t>(int64_t(multiply[i]) * inner.multiply[i] / 256, -65536, 65536));
-            result.add[i] = int32_t(std::clamp<int64_t>(int64_t(inner.add[i]) * multiply[i] / 256 + add[i], -65536, 65536));
+            result.multiply[i] =
+                int32_t(std::clamp<int64_t>(int64_t(multiply[i]) * inner.multiply[i] / 256, -65536, 65536));
+            result.add[i] =
+                int32_t(std::clamp<int64_t>(int64_t(inner.add[i]) * multiply[i] / 256 + add[i], -65536, 65536));
         }
         return result;
     }

@@ -4,8 +4,7 @@ namespace qx::transform {
 
 DXTransformCore::DXTransformCore(ULONG requiredInputs, ULONG maxInputs, LONG capabilities)
     : requiredInputs_(requiredInputs), maxInputs_(maxInputs), capabilities_(capabilities)
-{
-}
+{}
 
 HRESULT DXTransformCore::setup(std::span<const std::shared_ptr<DXSurface>> inputs,
                                const std::shared_ptr<DXSurface>& output, DWORD flags)

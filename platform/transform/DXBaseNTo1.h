@@ -6,6 +6,8 @@
 #include "platform/transform/Transform.h"
 
 #include <mutex>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
 namespace qx::transform {
@@ -64,11 +66,19 @@ private:
 };
 
 /// The base class proper: implements IUnknown, IDXTransform and the IDXEffect members for
-/// a transform whose own interfaces are `Interfaces`. An interface that repeats the
-/// IDXEffect members gets them implemented here.
+/// a transform whose own interfaces are `Interfaces`, the first of them an extension of
+/// IDXEffect (the transform's dual interface repeats the IDXEffect members first).
 template <typename... Interfaces>
 class CDXBaseNTo1 : public com::ComObject<IDXTransform, Interfaces...>, public DXTransformCore {
+    using Effect = std::tuple_element_t<0, std::tuple<Interfaces...>>;
+    static_assert(std::is_base_of_v<IDXEffect, Effect>, "a transform's first interface extends IDXEffect");
+
 public:
+    // The dual interface may add members of the same names (the host's Duration in
+    // seconds): they stay in view beside the ones implemented here.
+    using Effect::get_Duration;
+    using Effect::put_Duration;
+
     HRESULT Setup(std::span<const std::shared_ptr<DXSurface>> inputs, const std::shared_ptr<DXSurface>& output,
                   DWORD flags) override
     {
@@ -79,18 +89,17 @@ public:
         return execute(clipBounds, placement);
     }
 
-    HRESULT get_Capabilities(LONG* pVal) { return getCapabilities(pVal); }
-    HRESULT get_Progress(float* pVal) { return getProgress(pVal); }
-    HRESULT put_Progress(float newVal) { return putProgress(newVal); }
-    HRESULT get_StepResolution(float* pVal) { return getStepResolution(pVal); }
-    HRESULT get_Duration(float* pVal) { return getDuration(pVal); }
-    HRESULT put_Duration(float newVal) { return putDuration(newVal); }
+    HRESULT get_Capabilities(LONG* pVal) override { return getCapabilities(pVal); }
+    HRESULT get_Progress(float* pVal) override { return getProgress(pVal); }
+    HRESULT put_Progress(float newVal) override { return putProgress(newVal); }
+    HRESULT get_StepResolution(float* pVal) override { return getStepResolution(pVal); }
+    HRESULT get_Duration(float* pVal) override { return getDuration(pVal); }
+    HRESULT put_Duration(float newVal) override { return putDuration(newVal); }
 
 protected:
     CDXBaseNTo1(ULONG requiredInputs, ULONG maxInputs, LONG capabilities)
         : DXTransformCore(requiredInputs, maxInputs, capabilities)
-    {
-    }
+    {}
 };
 
 }  // namespace qx::transform

@@ -9,10 +9,9 @@
 namespace qx::transform {
 
 DXSurface::DXSurface(std::span<uint32_t> samples, std::vector<uint32_t> storage, LONG width, LONG height)
-    : storage_(std::move(storage)), samples_(storage_.empty() ? samples : std::span<uint32_t>(storage_)),
-      width_(width), height_(height)
-{
-}
+    : storage_(std::move(storage)), samples_(storage_.empty() ? samples : std::span<uint32_t>(storage_)), width_(width),
+      height_(height)
+{}
 
 std::shared_ptr<DXSurface> DXSurface::create(LONG width, LONG height)
 {
@@ -46,8 +45,7 @@ HRESULT DXSurface::LockSurface(const Bounds* bounds, ULONG timeoutMs, DWORD flag
 
 SurfaceLock::SurfaceLock(std::shared_ptr<DXSurface> surface, const Bounds& bounds, bool writable)
     : surface_(std::move(surface)), bounds_(bounds), writable_(writable)
-{
-}
+{}
 
 SurfaceLock::~SurfaceLock()
 {

@@ -21,8 +21,8 @@ struct IDXTransform : IUnknown {
     static constexpr IID iid = guid("{30A5FB78-E11F-11D1-9064-00C04FC2D0EC}");
     /// Gives the transform its input surfaces and output surface and prepares it. No
     /// inputs and no output together undo the set-up.
-    virtual HRESULT Setup(std::span<const std::shared_ptr<DXSurface>> inputs,
-                          const std::shared_ptr<DXSurface>& output, DWORD flags) = 0;
+    virtual HRESULT Setup(std::span<const std::shared_ptr<DXSurface>> inputs, const std::shared_ptr<DXSurface>& output,
+                          DWORD flags) = 0;
     /// Renders the output: the part `clipBounds` of it (all when null), placed at
     /// `placement` in the output surface (its origin when null).
     virtual HRESULT Execute(const GUID* requestId, const Bounds* clipBounds, const Point* placement) = 0;

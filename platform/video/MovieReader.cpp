@@ -55,7 +55,9 @@ bool frameSizeAllowed(int width, int height)
            int64_t(width) * height <= kMaxFrameSamples;
 }
 
-MovieReader::MovieReader(std::string path) : path_(std::move(path)), decoded_(av_frame_alloc()), packet_(av_packet_alloc()) {}
+MovieReader::MovieReader(std::string path)
+    : path_(std::move(path)), decoded_(av_frame_alloc()), packet_(av_packet_alloc())
+{}
 
 MovieReader::~MovieReader() = default;
 
@@ -113,8 +115,10 @@ bool MovieReader::openStream(int threads)
     }
     rate_ = streamRate(stream);
     frameCountHint_ = stream.nb_frames > 0 ? stream.nb_frames : 0;
-    if (stream.duration > 0) duration_ = double(stream.duration) * av_q2d(stream.time_base);
-    else if (input_->duration > 0) duration_ = double(input_->duration) / AV_TIME_BASE;
+    if (stream.duration > 0)
+        duration_ = double(stream.duration) * av_q2d(stream.time_base);
+    else if (input_->duration > 0)
+        duration_ = double(input_->duration) / AV_TIME_BASE;
     if (frameCountHint_ == 0 && duration_ > 0) frameCountHint_ = int64_t(duration_ * frameRate() + 0.5);
     draining_ = false;
     ended_ = false;
@@ -243,7 +247,8 @@ bool MovieReader::convert(std::span<uint32_t> out)
         const int first = banded ? top : 0;
         const int count = banded ? rows : height_;
         for (int y = first; y < first + count; ++y) {
-            const auto* row = reinterpret_cast<const uint32_t*>(converted_->data[0] + ptrdiff_t(y) * converted_->linesize[0]);
+            const auto* row =
+                reinterpret_cast<const uint32_t*>(converted_->data[0] + ptrdiff_t(y) * converted_->linesize[0]);
             uint32_t* target = out.data() + size_t(y) * size_t(width_);
             for (int x = 0; x < width_; ++x) target[x] = row[x] | alpha;
         }
@@ -315,7 +320,8 @@ bool MovieReader::seekTo(double seconds)
 {
     const AVStream& stream = *input_->streams[streamIndex_];
     const int64_t start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-    const int64_t target = start + av_rescale_q(int64_t(std::max(0.0, seconds) * AV_TIME_BASE), AV_TIME_BASE_Q, stream.time_base);
+    const int64_t target = start + av_rescale_q(int64_t(std::max(0.0, seconds) * AV_TIME_BASE),
+                                                AVRational{1, AV_TIME_BASE}, stream.time_base);
     hasShown_ = false;
     aheadReady_ = false;
     if (av_seek_frame(input_.get(), streamIndex_, target, AVSEEK_FLAG_BACKWARD) >= 0) {

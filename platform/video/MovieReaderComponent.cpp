@@ -19,8 +19,14 @@ public:
         reader_ = MovieReader::open(os::findPath(pszFileName), 0);
         return reader_ ? S_OK : E_FAIL;
     }
-    HRESULT GetWidth(int* width) override { return answer(width, [](const MovieReader& r) { return r.width(); }); }
-    HRESULT GetHeight(int* height) override { return answer(height, [](const MovieReader& r) { return r.height(); }); }
+    HRESULT GetWidth(int* width) override
+    {
+        return answer(width, [](const MovieReader& r) { return r.width(); });
+    }
+    HRESULT GetHeight(int* height) override
+    {
+        return answer(height, [](const MovieReader& r) { return r.height(); });
+    }
     HRESULT GetDuration(float* seconds) override
     {
         return answer(seconds, [](const MovieReader& r) { return float(r.duration()); });

@@ -3,8 +3,8 @@
 // the compositor's geometry, key and opacity as parameters. Every numeric parameter is a
 // double from 0 to 1, as frei0r asks; the overlay file is opened again only when it
 // changes, the rest is put before every frame, as the compositor reads it.
-#include "apps/qxfx/CompositeJob.h"
-#include "apps/qxfx/OverlayFile.h"
+#include "apps/session/CompositeJob.h"
+#include "apps/session/OverlayFile.h"
 #include "platform/os/WideText.h"
 #include "platform/video/MovieReaderComponent.h"
 #include "plugins/frei0r/Frei0rParams.h"
@@ -178,7 +178,7 @@ private:
     std::mutex lock_;  // hosts may call from several threads: one frame at a time
     int width_;
     int height_;
-    qx::frei0r::ParamValues values_;
+    qx::frei0r::InstanceValues values_;
     bool changed_ = true;
     std::unique_ptr<qx::qxfx::OverlayFile> overlay_;
     std::unique_ptr<qx::qxfx::CompositeJob> job_;

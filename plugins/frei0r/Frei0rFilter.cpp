@@ -4,8 +4,7 @@
 
 namespace qx::frei0r {
 
-Frei0rFilter::Frei0rFilter(const PluginKind& kind, int width, int height)
-    : kind_(kind), width_(width), height_(height)
+Frei0rFilter::Frei0rFilter(const PluginKind& kind, int width, int height) : kind_(kind), width_(width), height_(height)
 {
     for (const auto& param : kind.params) {
         values_.texts.emplace_back(param.defaultText);
@@ -76,8 +75,7 @@ void Frei0rFilter::update(double time, const uint32_t* in, uint32_t* out)
                                          numbers[kind_.progressIndex]));
             std::memcpy(out, session_->output().samples.data(), bytes);
             return;
-        } catch (const std::exception&) {
-        }
+        } catch (const std::exception&) {}
     }
     if (out != in) std::memmove(out, in, bytes);
 }

@@ -35,7 +35,7 @@ private:
     std::mutex lock_;
     int width_;
     int height_;
-    ParamValues values_;
+    InstanceValues values_;
     std::unique_ptr<qxfx::EffectSession> session_;
     bool changed_ = true;
 };

@@ -1,5 +1,8 @@
 #include "plugins/frei0r/Frei0rParams.h"
 
+#include "effects/PanZoom.h"
+#include "host/EffectCatalog.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -33,7 +36,7 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
     {"data path", F0R_PARAM_STRING, "Folder of the content pack"},
 }};
 
-std::optional<qxfx::EffectSettings> genericSettings(const ParamValues& values)
+std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kEffect]);
     if (!id) return std::nullopt;
@@ -46,53 +49,66 @@ std::optional<qxfx::EffectSettings> genericSettings(const ParamValues& values)
     return settings;
 }
 
-// Sides in thousandths of the frame: 0 to 1 here is 0 to 1000 there, exactly for every
-// value that a thousandth can hold. The defaults are those of the zoom effects.
+// A side's value from 0 to 1 covers the side's range in the effect's table (0 to 1000
+// thousandths of the frame), exactly for every value that a thousandth can hold.
+constexpr double unitValue(const ParamDescriptor& side)
+{
+    return double(side.defaultValue - side.minimum) / double(side.maximum - side.minimum);
+}
+
+LONG sideValue(const ParamDescriptor& side, double unit)
+{
+    return LONG(std::lround(side.minimum + clampUnit(unit) * (double(side.maximum) - side.minimum)));
+}
+
+// The defaults are those of the zooms for the first rectangle, of the free move's
+// destination for the second.
 constexpr std::array<ParamInfo, kRectCount> kRectParams = {{
     {"effect", F0R_PARAM_STRING, "Effect id: 0 to 5 move or zoom through one rectangle, 6 from one to another", 0.0,
      "0"},
-    {"left", F0R_PARAM_DOUBLE, "Left side of the rectangle, in the frame's width", 0.1},
-    {"top", F0R_PARAM_DOUBLE, "Top side of the rectangle, in the frame's height", 0.1},
-    {"right", F0R_PARAM_DOUBLE, "Right side of the rectangle, in the frame's width", 0.9},
-    {"bottom", F0R_PARAM_DOUBLE, "Bottom side of the rectangle, in the frame's height", 0.9},
-    {"to left", F0R_PARAM_DOUBLE, "Left side of the second rectangle (effects with two)", 0.5},
-    {"to top", F0R_PARAM_DOUBLE, "Top side of the second rectangle", 0.5},
-    {"to right", F0R_PARAM_DOUBLE, "Right side of the second rectangle", 1.0},
-    {"to bottom", F0R_PARAM_DOUBLE, "Bottom side of the second rectangle", 1.0},
+    {"left", F0R_PARAM_DOUBLE, "Left side of the rectangle, in the frame's width",
+     unitValue(kZoomParams[RectangleParam::kLeft])},
+    {"top", F0R_PARAM_DOUBLE, "Top side of the rectangle, in the frame's height",
+     unitValue(kZoomParams[RectangleParam::kTop])},
+    {"right", F0R_PARAM_DOUBLE, "Right side of the rectangle, in the frame's width",
+     unitValue(kZoomParams[RectangleParam::kRight])},
+    {"bottom", F0R_PARAM_DOUBLE, "Bottom side of the rectangle, in the frame's height",
+     unitValue(kZoomParams[RectangleParam::kBottom])},
+    {"to left", F0R_PARAM_DOUBLE, "Left side of the second rectangle (effects with two)",
+     unitValue(kFreeMoveParams[FreeMoveParam::kDestinationLeft])},
+    {"to top", F0R_PARAM_DOUBLE, "Top side of the second rectangle",
+     unitValue(kFreeMoveParams[FreeMoveParam::kDestinationTop])},
+    {"to right", F0R_PARAM_DOUBLE, "Right side of the second rectangle",
+     unitValue(kFreeMoveParams[FreeMoveParam::kDestinationRight])},
+    {"to bottom", F0R_PARAM_DOUBLE, "Bottom side of the second rectangle",
+     unitValue(kFreeMoveParams[FreeMoveParam::kDestinationBottom])},
     {"progress", F0R_PARAM_DOUBLE, "Progress of the effect, 0 to 1, used while duration is 0"},
     {"duration", F0R_PARAM_DOUBLE,
      "Span of the effect in thousands of seconds (0.01 = 10 s); above 0 the progress follows the host's time"},
     {"milliseconds", F0R_PARAM_BOOL, "The host's time is in milliseconds (ffmpeg), not seconds (MLT, GStreamer)"},
 }};
 
-// The rectangle effects are those of the catalogue's first category ("Standard") whose
-// default list holds one rectangle or two (4 or 8 values); the fades of that category
-// hold a colour. The list is given as many sides as the defaults have.
-int rectangleSides(LONG id)
+// The rectangle effects are those whose table holds nothing but the sides of one
+// rectangle or two: the pans and zooms. The fades hold a colour, the puzzle counts.
+ParamTable rectangleSides(LONG id)
 {
-    const auto host = CQXDynamicEffect::Create();
-    LONG index = -1;
-    LONG category = -1;
-    LONG firstCategory = -1;
-    if (host->GetIndexFromID(id, &index) != S_OK || host->GetEffectCategoryFromIndex(index, &category) != S_OK ||
-        host->GetCategoryIDFromIndex(0, &firstCategory) != S_OK || category != firstCategory) {
-        return 0;
-    }
-    const auto defaults = qxfx::defaultParamsText(id).value_or("");
-    const int values = int(std::count(defaults.begin(), defaults.end(), ';'));
-    return values == 4 || values == 8 ? values : 0;
+    const EffectDescriptor* effect = findEffect(id);
+    if (!effect || effect->params.empty() || effect->params.size() > size_t(kRectProgress - kLeft)) return {};
+    const bool allSides = std::ranges::all_of(
+        effect->params, [](const ParamDescriptor& param) { return param.kind == ParamKind::RectangleSide; });
+    return allSides ? effect->params : ParamTable{};
 }
 
-std::optional<qxfx::EffectSettings> rectangleSettings(const ParamValues& values)
+std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kRectEffect]);
-    const int sides = id ? rectangleSides(*id) : 0;
-    if (sides == 0) return std::nullopt;
+    const ParamTable sides = id ? rectangleSides(*id) : ParamTable{};
+    if (sides.empty()) return std::nullopt;
     qxfx::EffectSettings settings;
     settings.effectId = *id;
     settings.params.emplace();
-    for (int side = 0; side < sides; ++side) {
-        *settings.params += std::to_string(std::lround(clampUnit(values.numbers[size_t(kLeft + side)]) * 1000.0)) + ";";
+    for (const ParamDescriptor& side : sides) {
+        *settings.params += std::to_string(sideValue(side, values.numbers[size_t(kLeft + side.slot)])) + ";";
     }
     settings.durationSeconds = spanSeconds(values.numbers[kRectDuration]);
     return settings;
@@ -101,22 +117,16 @@ std::optional<qxfx::EffectSettings> rectangleSettings(const ParamValues& values)
 }  // namespace
 
 const PluginKind kGenericPlugin = {
-    "qxfx",
-    "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
-    kGenericParams,
-    kProgress,
-    kDuration,
-    kMilliseconds,
+    "qxfx",          "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
+    kGenericParams,  kProgress,
+    kDuration,       kMilliseconds,
     genericSettings,
 };
 
 const PluginKind kRectanglePlugin = {
-    "qxfx-rect",
-    "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
-    kRectParams,
-    kRectProgress,
-    kRectDuration,
-    kRectMilliseconds,
+    "qxfx-rect",       "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
+    kRectParams,       kRectProgress,
+    kRectDuration,     kRectMilliseconds,
     rectangleSettings,
 };
 

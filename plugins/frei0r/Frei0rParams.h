@@ -5,7 +5,7 @@
 // enforces, mapped to its real range here. Strings carry what has no range: the effect
 // id (ids are sparse: 0 to 15, 2000, 5000...), the parameter text and the paths.
 // Positions are avoided: MLT never sets them.
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 
 // The header declares the entry points without C linkage of its own.
 extern "C" {
@@ -29,7 +29,7 @@ struct ParamInfo {
 
 /// The values of one instance, by parameter index: `texts` for strings, `numbers` for the
 /// others (booleans as 0 or 1).
-struct ParamValues {
+struct InstanceValues {
     std::vector<std::string> texts;
     std::vector<double> numbers;
 };
@@ -44,7 +44,7 @@ struct PluginKind {
     int durationIndex;
     int millisecondsIndex;
     /// The effect's settings from the values; nothing when they name no effect.
-    std::optional<qxfx::EffectSettings> (*settings)(const ParamValues& values);
+    std::optional<qxfx::EffectSettings> (*settings)(const InstanceValues& values);
 };
 
 /// "qxfx": any effect, its parameter list as text.

@@ -17,7 +17,8 @@
  *
  * ## Example launch line
  * |[
- * gst-launch-1.0 videotestsrc num-buffers=100 ! video/x-raw,format=BGRx,width=640,height=480 ! qxcrop width=720 height=576 anti-flicker=10 ! videoconvert ! autovideosink
+ * gst-launch-1.0 videotestsrc num-buffers=100 ! video/x-raw,format=BGRx,width=640,height=480 ! qxcrop width=720
+ * height=576 anti-flicker=10 ! videoconvert ! autovideosink
  * ]|
  */
 #include "plugins/gstreamer/CropElement.h"
@@ -75,10 +76,7 @@ G_DEFINE_TYPE(GstQxCrop, gst_qx_crop, GST_TYPE_BASE_TRANSFORM)
 
 namespace {
 
-CropState& stateOf(gpointer object)
-{
-    return *GST_QX_CROP(object)->state;
-}
+CropState& stateOf(gpointer object) { return *GST_QX_CROP(object)->state; }
 
 void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec)
 {
@@ -98,9 +96,7 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
             s.antiFlicker = g_value_get_int(value);
             s.crop->SetAntiFlickeringLevel(int16_t(s.antiFlicker));
             return;
-        default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
-            return;
+        default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec); return;
         }
     }
     gst_base_transform_reconfigure_src(GST_BASE_TRANSFORM(object));
@@ -111,18 +107,10 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     CropState& s = stateOf(object);
     std::lock_guard lock(s.lock);
     switch (id) {
-    case PROP_WIDTH:
-        g_value_set_int(value, s.width);
-        break;
-    case PROP_HEIGHT:
-        g_value_set_int(value, s.height);
-        break;
-    case PROP_ANTI_FLICKER:
-        g_value_set_int(value, s.antiFlicker);
-        break;
-    default:
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
-        break;
+    case PROP_WIDTH: g_value_set_int(value, s.width); break;
+    case PROP_HEIGHT: g_value_set_int(value, s.height); break;
+    case PROP_ANTI_FLICKER: g_value_set_int(value, s.antiFlicker); break;
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec); break;
     }
 }
 
@@ -144,8 +132,10 @@ GstCaps* transformCaps(GstBaseTransform* trans, GstPadDirection direction, GstCa
         // Downstream the set sides are fixed; upstream any input fits, padded or cut.
         for (const auto& [field, side] : {std::pair{"width", width}, std::pair{"height", height}}) {
             if (side <= 0) continue;
-            if (direction == GST_PAD_SINK) gst_structure_set(structure, field, G_TYPE_INT, side, nullptr);
-            else gst_structure_set(structure, field, GST_TYPE_INT_RANGE, 1, G_MAXINT, nullptr);
+            if (direction == GST_PAD_SINK)
+                gst_structure_set(structure, field, G_TYPE_INT, side, nullptr);
+            else
+                gst_structure_set(structure, field, GST_TYPE_INT_RANGE, 1, G_MAXINT, nullptr);
         }
         result = gst_caps_merge_structure(result, structure);
     }
@@ -165,7 +155,8 @@ media::CHostSink::Acceptor acceptorOf(const media::CMediaType& expected)
     return [expected](const media::CMediaType& offered) {
         const auto a = offered.VideoInfo();
         const auto b = expected.VideoInfo();
-        const bool same = a && b && offered.subtype == expected.subtype && a->bmiHeader.biWidth == b->bmiHeader.biWidth &&
+        const bool same = a && b && offered.subtype == expected.subtype &&
+                          a->bmiHeader.biWidth == b->bmiHeader.biWidth &&
                           a->bmiHeader.biHeight == b->bmiHeader.biHeight;
         return same ? S_OK : media::VFW_E_TYPE_NOT_ACCEPTED;
     };
@@ -185,14 +176,17 @@ gboolean setCaps(GstBaseTransform* trans, GstCaps* incaps, GstCaps* outcaps)
     s.sizePending = false;
     s.output = com::ComPtr<gst::OutputAllocator>(new (std::nothrow) gst::OutputAllocator(gst::packedFrameSize(out)));
     if (!s.output) return FALSE;
-    const HRESULT hr = s.host.connect(*inputType, acceptorOf(*outputType), [&s](media::IMediaSample&) {
-        s.delivered = true;
-        return S_OK;
-    }, com::ComPtr<media::IMemAllocator>(s.output.get()));
+    const HRESULT hr = s.host.connect(
+        *inputType, acceptorOf(*outputType),
+        [&s](media::IMediaSample&) {
+            s.delivered = true;
+            return S_OK;
+        },
+        com::ComPtr<media::IMemAllocator>(s.output.get()));
     if (FAILED(hr)) {
-        GST_WARNING_OBJECT(trans, "the crop transform refused %dx%d to %dx%d (status 0x%08x)", GST_VIDEO_INFO_WIDTH(&in),
-                           GST_VIDEO_INFO_HEIGHT(&in), GST_VIDEO_INFO_WIDTH(&out), GST_VIDEO_INFO_HEIGHT(&out),
-                           unsigned(hr));
+        GST_WARNING_OBJECT(trans, "the crop transform refused %dx%d to %dx%d (status 0x%08x)",
+                           GST_VIDEO_INFO_WIDTH(&in), GST_VIDEO_INFO_HEIGHT(&in), GST_VIDEO_INFO_WIDTH(&out),
+                           GST_VIDEO_INFO_HEIGHT(&out), unsigned(hr));
         return FALSE;
     }
     s.inInfo = in;
@@ -294,8 +288,8 @@ static void gst_qx_crop_class_init(GstQxCropClass* klass)
     objectClass->finalize = finalize;
     g_object_class_install_property(
         objectClass, PROP_WIDTH,
-        g_param_spec_int("width", "Width", "Width of the output frames; 0 keeps the width of the first input frames",
-                         0, kMaxSide, 0, kParamFlags));
+        g_param_spec_int("width", "Width", "Width of the output frames; 0 keeps the width of the first input frames", 0,
+                         kMaxSide, 0, kParamFlags));
     g_object_class_install_property(
         objectClass, PROP_HEIGHT,
         g_param_spec_int("height", "Height",
@@ -313,9 +307,9 @@ static void gst_qx_crop_class_init(GstQxCropClass* klass)
                                           "QXDynamicEffects");
     for (const auto& pin : CQXCropTransform::kSetup.Pins()) {
         GstCaps* caps = gst::capsOfPin(pin);
-        gst_element_class_add_pad_template(
-            elementClass, gst_pad_template_new(pin.bOutput ? "src" : "sink", pin.bOutput ? GST_PAD_SRC : GST_PAD_SINK,
-                                               GST_PAD_ALWAYS, caps));
+        gst_element_class_add_pad_template(elementClass, gst_pad_template_new(pin.bOutput ? "src" : "sink",
+                                                                              pin.bOutput ? GST_PAD_SRC : GST_PAD_SINK,
+                                                                              GST_PAD_ALWAYS, caps));
         gst_caps_unref(caps);
     }
 

@@ -71,7 +71,8 @@ std::span<uint8_t> packedBytes(const GstVideoFrame& frame, std::vector<uint8_t>&
         return {static_cast<uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)), packedSize(frame)};
     }
     scratch.resize(packedSize(frame));
-    forEachRow(frame, [&](size_t offset, uint8_t* row, size_t bytes) { std::memcpy(scratch.data() + offset, row, bytes); });
+    forEachRow(frame,
+               [&](size_t offset, uint8_t* row, size_t bytes) { std::memcpy(scratch.data() + offset, row, bytes); });
     return scratch;
 }
 

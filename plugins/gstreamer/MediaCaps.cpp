@@ -81,9 +81,9 @@ GstCaps* capsOfPin(const media::AMOVIESETUP_PIN& pin)
         g_value_set_static_string(&name, gst_video_format_to_string(mapping->format));
         gst_value_list_append_and_take_value(&formats, &name);
     }
-    GstCaps* caps = gst_caps_new_simple("video/x-raw", "width", GST_TYPE_INT_RANGE, 1, G_MAXINT, "height",
-                                        GST_TYPE_INT_RANGE, 1, G_MAXINT, "framerate", GST_TYPE_FRACTION_RANGE, 0, 1,
-                                        G_MAXINT, 1, nullptr);
+    GstCaps* caps =
+        gst_caps_new_simple("video/x-raw", "width", GST_TYPE_INT_RANGE, 1, G_MAXINT, "height", GST_TYPE_INT_RANGE, 1,
+                            G_MAXINT, "framerate", GST_TYPE_FRACTION_RANGE, 0, 1, G_MAXINT, 1, nullptr);
     gst_caps_set_value(caps, "format", &formats);
     g_value_unset(&formats);
     return caps;

@@ -5,7 +5,8 @@
 
 namespace qx::gst {
 
-HRESULT OutputAllocator::SetProperties(const media::ALLOCATOR_PROPERTIES* pRequest, media::ALLOCATOR_PROPERTIES* pActual)
+HRESULT OutputAllocator::SetProperties(const media::ALLOCATOR_PROPERTIES* pRequest,
+                                       media::ALLOCATOR_PROPERTIES* pActual)
 {
     if (!pRequest || !pActual) return E_POINTER;
     actual_ = *pRequest;

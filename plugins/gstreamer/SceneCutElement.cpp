@@ -23,7 +23,8 @@
  *
  * ## Example launch line
  * |[
- * gst-launch-1.0 -m filesrc location=clip.mkv ! decodebin ! videoconvert ! video/x-raw,format=YV12 ! qxscenecut ! fakesink
+ * gst-launch-1.0 -m filesrc location=clip.mkv ! decodebin ! videoconvert ! video/x-raw,format=YV12 ! qxscenecut !
+ * fakesink
  * ]|
  */
 #include "plugins/gstreamer/SceneCutElement.h"
@@ -85,10 +86,7 @@ G_DEFINE_TYPE(GstQxSceneCut, gst_qx_scene_cut, GST_TYPE_VIDEO_FILTER)
 
 namespace {
 
-SceneCutState& stateOf(gpointer object)
-{
-    return *GST_QX_SCENE_CUT(object)->state;
-}
+SceneCutState& stateOf(gpointer object) { return *GST_QX_SCENE_CUT(object)->state; }
 
 gboolean setInfo(GstVideoFilter* filter, GstCaps*, GstVideoInfo* inInfo, GstCaps*, GstVideoInfo*)
 {
@@ -96,8 +94,8 @@ gboolean setInfo(GstVideoFilter* filter, GstCaps*, GstVideoInfo* inInfo, GstCaps
     const auto type = gst::mediaTypeOf(*inInfo);
     if (!type) return FALSE;
     // A new type reconnects the graph; the detector keeps its last frame and its cuts.
-    const HRESULT hr = s.host.connect(*type, [](const media::CMediaType&) { return S_OK; },
-                                      [](media::IMediaSample&) { return S_OK; });
+    const HRESULT hr = s.host.connect(
+        *type, [](const media::CMediaType&) { return S_OK; }, [](media::IMediaSample&) { return S_OK; });
     if (FAILED(hr)) {
         GST_WARNING_OBJECT(filter, "the scene detector refused the caps (status 0x%08x)", unsigned(hr));
         return FALSE;
@@ -116,9 +114,9 @@ media::LONGLONG streamPosition(GstBaseTransform* trans, GstBuffer* buffer, media
 void postCut(GstVideoFilter* filter, media::LONGLONG position, uint64_t frame)
 {
     const guint64 streamTime = guint64(position) * 100;
-    GstStructure* cut = gst_structure_new("qx-scene-cut", "time", G_TYPE_UINT64,
-                                          guint64(position + CQXSceneDetect::kCutOffset) * 100, "stream-time",
-                                          G_TYPE_UINT64, streamTime, "frame", G_TYPE_UINT64, guint64(frame), nullptr);
+    GstStructure* cut =
+        gst_structure_new("qx-scene-cut", "time", G_TYPE_UINT64, guint64(position + CQXSceneDetect::kCutOffset) * 100,
+                          "stream-time", G_TYPE_UINT64, streamTime, "frame", G_TYPE_UINT64, guint64(frame), nullptr);
     gst_element_post_message(GST_ELEMENT(filter), gst_message_new_element(GST_OBJECT(filter), cut));
 }
 
@@ -217,9 +215,9 @@ static void gst_qx_scene_cut_class_init(GstQxSceneCutClass* klass)
                                           "QXDynamicEffects");
     for (const auto& pin : CQXSceneDetect::kSetup.Pins()) {
         GstCaps* caps = gst::capsOfPin(pin);
-        gst_element_class_add_pad_template(
-            elementClass, gst_pad_template_new(pin.bOutput ? "src" : "sink", pin.bOutput ? GST_PAD_SRC : GST_PAD_SINK,
-                                               GST_PAD_ALWAYS, caps));
+        gst_element_class_add_pad_template(elementClass, gst_pad_template_new(pin.bOutput ? "src" : "sink",
+                                                                              pin.bOutput ? GST_PAD_SRC : GST_PAD_SINK,
+                                                                              GST_PAD_ALWAYS, caps));
         gst_caps_unref(caps);
     }
 

@@ -17,8 +17,7 @@ constexpr size_t kStringBufferChars = 256;
 Chunk::Chunk(uint32_t chunkId, const uint8_t* bytes, size_t byteCount)
     : id(chunkId), size(uint32_t(std::min<size_t>(byteCount, UINT32_MAX))), begin(bytes), cursor(bytes),
       end(bytes + byteCount)
-{
-}
+{}
 
 size_t Chunk::Read(void* destination, size_t bytes)
 {
@@ -59,8 +58,7 @@ String Chunk::ReadString()
 {
     const uint8_t* terminator = std::find(cursor, end, uint8_t(0));
     const size_t length = size_t(terminator - cursor);
-    const std::string_view bytes(reinterpret_cast<const char*>(cursor),
-                                 std::min(length, kStringBufferChars - 1));
+    const std::string_view bytes(reinterpret_cast<const char*>(cursor), std::min(length, kStringBufferChars - 1));
     cursor = terminator == end ? end : terminator + 1;
     return String(qx::os::toWide(qx::os::CodePage::Ansi, bytes));
 }

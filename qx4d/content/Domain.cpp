@@ -10,19 +10,16 @@ namespace qx4d {
 
 BoxDomain::BoxDomain(const Float3& low, const Float3& high)
     : min(low), max(high), size{high[0] - low[0], high[1] - low[1], high[2] - low[2]}
-{
-}
+{}
 
 void BoxDomain::Generate(Float3& out) const
 {
-    for (size_t axis = 0; axis < 3; ++axis)
-        out[axis] = float(double(size[axis]) * UnitRandom() + min[axis]);
+    for (size_t axis = 0; axis < 3; ++axis) out[axis] = float(double(size[axis]) * UnitRandom() + min[axis]);
 }
 
 SphereDomain::SphereDomain(const Float3& at, float inner, float outer)
     : center(at), innerRadius(inner), outerRadius(outer), thickness(outer - inner), isShell(inner == outer)
-{
-}
+{}
 
 void SphereDomain::Generate(Float3& out) const
 {

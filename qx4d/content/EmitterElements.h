@@ -11,8 +11,7 @@ namespace qx4d {
 inline const XmlNode* FirstChild(const XmlNode& element, const char16_t* name)
 {
     for (const auto& child : element.children)
-        if (child->name == name)
-            return child.get();
+        if (child->name == name) return child.get();
     return nullptr;
 }
 
@@ -24,8 +23,7 @@ template <typename Take>
 void ForEachAttribute(const XmlNode& element, Take&& take)
 {
     const size_t count = std::min(element.attributeNames.size(), element.attributeValues.size());
-    for (size_t i = 0; i < count; ++i)
-        take(element.attributeNames[i], element.attributeValues[i]);
+    for (size_t i = 0; i < count; ++i) take(element.attributeNames[i], element.attributeValues[i]);
 }
 
 }  // namespace qx4d

@@ -20,8 +20,7 @@ constexpr const char16_t* kDrawStyleWords[] = {u"Regular",       u"AlphaBlend", 
 void ReadCurve(const UE2SpriteEmitter& owner, const XmlNode& element, const char16_t* name, Envelope& curve,
                float repeats)
 {
-    if (const XmlNode* child = FirstChild(element, name))
-        curve.LoadElement(owner, *child, repeats);
+    if (const XmlNode* child = FirstChild(element, name)) curve.LoadElement(owner, *child, repeats);
 }
 
 /// `count` integers split on ", "; nothing changes when fewer are given.
@@ -30,10 +29,8 @@ void ParseInts(const String& text, std::array<int32_t*, N> out)
 {
     std::vector<String> pieces;
     text.Split(kListSeparators, pieces);
-    if (pieces.size() < N)
-        return;
-    for (size_t i = 0; i < N; ++i)
-        *out[i] = pieces[i].ToInt();
+    if (pieces.size() < N) return;
+    for (size_t i = 0; i < N; ++i) *out[i] = pieces[i].ToInt();
 }
 
 }  // namespace
@@ -74,8 +71,7 @@ void UE2SpriteEmitter::ReadTexture(const XmlNode& element)
         } else if (KeyIs(key, u"DrawStyle")) {
             // An unknown word leaves the style as it was.
             const auto* word = std::find(std::begin(kDrawStyleWords), std::end(kDrawStyleWords), value);
-            if (word != std::end(kDrawStyleWords))
-                drawStyle = int32_t(word - std::begin(kDrawStyleWords));
+            if (word != std::end(kDrawStyleWords)) drawStyle = int32_t(word - std::begin(kDrawStyleWords));
         } else if (KeyIs(key, u"USubdivisions")) {
             uSubdivisions = value.ToInt();
         } else if (KeyIs(key, u"VSubdivisions")) {
@@ -109,10 +105,8 @@ void UE2SpriteEmitter::ReadMovement(const XmlNode& element)
             // Least and most speed; a single number changes only the least.
             std::vector<String> pieces;
             value.Split(kBlank, pieces);
-            if (!pieces.empty())
-                clampVelocityMin = pieces[0].ToFloat();
-            if (pieces.size() > 1)
-                clampVelocityMax = pieces[1].ToFloat();
+            if (!pieces.empty()) clampVelocityMin = pieces[0].ToFloat();
+            if (pieces.size() > 1) clampVelocityMax = pieces[1].ToFloat();
         }
     });
 }
@@ -217,13 +211,11 @@ void UE2SpriteEmitter::ReadCollision(const XmlNode& element)
     });
     // Each child is a plane: normal x, y, z and d, in attribute order whatever the names.
     for (const auto& child : element.children) {
-        if (collisionPlanes.size() >= kMaxCollisionPlanes)
-            break;
+        if (collisionPlanes.size() >= kMaxCollisionPlanes) break;
         Plane& plane = collisionPlanes.emplace_back();
         float* const values[] = {&plane.normal[0], &plane.normal[1], &plane.normal[2], &plane.d};
         const size_t count = std::min(child->attributeValues.size(), std::size(values));
-        for (size_t i = 0; i < count; ++i)
-            *values[i] = child->attributeValues[i].ToFloat();
+        for (size_t i = 0; i < count; ++i) *values[i] = child->attributeValues[i].ToFloat();
     }
 }
 

@@ -76,14 +76,9 @@ bool Envelope::ApplyBehavior(int32_t behavior, bool beforeKeys, float& t, float&
     const qx4d::Key& endKey = beforeKeys ? FirstKey() : LastKey();
     float cycle = 0.0f;
     switch (behavior) {
-    case BehaviorReset:
-        return false;
-    case BehaviorConstant:
-        result = float(double(result) + endKey.value);
-        return false;
-    case BehaviorRepeat:
-        t = WrapTime(t, cycle);
-        return true;
+    case BehaviorReset: return false;
+    case BehaviorConstant: result = float(double(result) + endKey.value); return false;
+    case BehaviorRepeat: t = WrapTime(t, cycle); return true;
     case BehaviorOscillate:
         t = WrapTime(t, cycle);
         if (std::fmod(cycle, 2.0f) != 0.0f) {  // odd cycles run backwards; fmod keeps huge cycles defined
@@ -94,11 +89,8 @@ bool Envelope::ApplyBehavior(int32_t behavior, bool beforeKeys, float& t, float&
         t = WrapTime(t, cycle);
         result = float(double(result) + double(cycle) * (double(LastKey().value) - FirstKey().value));
         return true;
-    case BehaviorLinear:
-        result = float(double(result) + LinearExtrapolation(beforeKeys, t));
-        return false;
-    default:
-        return true;
+    case BehaviorLinear: result = float(double(result) + LinearExtrapolation(beforeKeys, t)); return false;
+    default: return true;
     }
 }
 

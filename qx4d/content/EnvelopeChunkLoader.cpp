@@ -31,15 +31,9 @@ void Envelope::LoadChunks(Chunk& chunk)
     Chunk sub;
     while (chunk.NextChunk(sub)) {
         switch (sub.id) {
-        case ChunkId("NAME"):
-            name = sub.ReadString();
-            break;
-        case ChunkId("PRE "):
-            preBehavior = sub.ReadU16();
-            break;
-        case ChunkId("POST"):
-            postBehavior = sub.ReadU16();
-            break;
+        case ChunkId("NAME"): name = sub.ReadString(); break;
+        case ChunkId("PRE "): preBehavior = sub.ReadU16(); break;
+        case ChunkId("POST"): postBehavior = sub.ReadU16(); break;
         case ChunkId("KEY "): {
             const float value = sub.ReadF32();
             const float time = sub.ReadF32();
@@ -58,8 +52,7 @@ void Envelope::LoadChunks(Chunk& chunk)
                 AddModifier(std::make_unique<HarmonicOscillator>(numbers));
             }
             break;
-        default:
-            break;  // unknown ids are skipped
+        default: break;  // unknown ids are skipped
         }
     }
 }

@@ -34,8 +34,7 @@ struct Cubic {
     Cubic(float p0, float p1, float p2, float p3)
         : c(float(3.0 * (double(p1) - p0))), b(float(3.0 * (double(p2) - p1) - c)), a(float(double(p3) - p0 - c - b)),
           d(p0)
-    {
-    }
+    {}
     float At(float u) const
     {
         const double uu = double(u) * u;
@@ -68,12 +67,9 @@ double Envelope::Segment(size_t a, size_t b, float t) const
         const float u = float((double(t) - from.time) / (double(to.time) - from.time));
         return from.value + (double(to.value) - from.value) * u;
     }
-    case qx4d::Key::ShapeStepped:
-        return from.value;
-    case qx4d::Key::ShapeBezier:
-        return Bezier(a, b, t);
-    default:
-        return 0.0;  // no curve: only the modifiers count
+    case qx4d::Key::ShapeStepped: return from.value;
+    case qx4d::Key::ShapeBezier: return Bezier(a, b, t);
+    default: return 0.0;  // no curve: only the modifiers count
     }
 }
 
@@ -85,8 +81,7 @@ float Envelope::OutTangent(size_t a, size_t b) const
     const qx4d::Key& to = keys[b];
     const qx4d::Key* previous = a > 0 ? &keys[a - 1] : nullptr;
     const float d = float(double(to.value) - from.value);
-    const float ratio =
-        previous ? float((double(to.time) - from.time) / (double(to.time) - previous->time)) : 0.0f;
+    const float ratio = previous ? float((double(to.time) - from.time) / (double(to.time) - previous->time)) : 0.0f;
     const double tension = from.params[0], continuity = from.params[1], bias = from.params[2];
     switch (from.shape) {
     case qx4d::Key::ShapeTCB:
@@ -96,14 +91,10 @@ float Envelope::OutTangent(size_t a, size_t b) const
                          ratio);
         }
         return float((1 - tension) * (1 - continuity) * (1 - bias) * d);
-    case qx4d::Key::ShapeHermite:
-        return previous ? float(double(from.params[1]) * ratio) : from.params[1];
-    case qx4d::Key::ShapeLinear:
-        return previous ? float((double(from.value) - previous->value + d) * ratio) : d;
-    case qx4d::Key::ShapeBezier:
-        return HandleTangent(double(to.time) - from.time, from.params[2], from.params[3]);
-    default:
-        return 0.0f;
+    case qx4d::Key::ShapeHermite: return previous ? float(double(from.params[1]) * ratio) : from.params[1];
+    case qx4d::Key::ShapeLinear: return previous ? float((double(from.value) - previous->value + d) * ratio) : d;
+    case qx4d::Key::ShapeBezier: return HandleTangent(double(to.time) - from.time, from.params[2], from.params[3]);
+    default: return 0.0f;
     }
 }
 
@@ -125,16 +116,13 @@ float Envelope::InTangent(size_t a, size_t b) const
                          ratio);
         }
         return float((1 - tension) * (1 - continuity) * (1 + bias) * d);
-    case qx4d::Key::ShapeHermite:
-        return next ? float(double(to.params[0]) * ratio) : to.params[0];
+    case qx4d::Key::ShapeHermite: return next ? float(double(to.params[0]) * ratio) : to.params[0];
     case qx4d::Key::ShapeLinear:
         // The next key's value less this key's time, not its value: that is how the curve
         // was defined, and files depend on it.
         return next ? float((double(next->value) - to.time + d) * ratio) : d;
-    case qx4d::Key::ShapeBezier:
-        return HandleTangent(double(to.time) - from.time, to.params[0], to.params[1]);
-    default:
-        return 0.0f;
+    case qx4d::Key::ShapeBezier: return HandleTangent(double(to.time) - from.time, to.params[0], to.params[1]);
+    default: return 0.0f;
     }
 }
 
@@ -169,8 +157,8 @@ float Envelope::Bezier(size_t a, size_t b, float t) const
     }
 
     const float y0 = from.value;
-    const float y1 = fromBezier ? float(double(from.value) + from.params[3])
-                                : float(double(from.value) + from.params[1] / 3.0);
+    const float y1 =
+        fromBezier ? float(double(from.value) + from.params[3]) : float(double(from.value) + from.params[1] / 3.0);
     const float y2 = float(double(to.value) + to.params[1]);
     const float y3 = to.value;
     return Cubic(y0, y1, y2, y3).At(u);

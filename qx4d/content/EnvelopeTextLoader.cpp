@@ -52,9 +52,7 @@ void ReadKeyParams(TextReader& reader, qx4d::Key& key)
         ReadFloats(reader, key.params, 4);
         SkipWords(reader, 2);
         break;
-    default:
-        SkipWords(reader, 6);
-        break;
+    default: SkipWords(reader, 6); break;
     }
 }
 

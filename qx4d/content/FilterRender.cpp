@@ -43,8 +43,7 @@ bool Filter::Create(int32_t newWidth, int32_t newHeight)
     width = newWidth;
     height = newHeight;
     Renderer* renderer = Renderer::Instance();
-    if (!renderer)
-        return false;
+    if (!renderer) return false;
     effect = renderer->LoadEffect(EffectFile());
     declaration = renderer->CreateVertexDeclaration(kQuadDeclaration, uint32_t(std::size(kQuadDeclaration)));
     return !effect.IsNull() && !declaration.IsNull();
@@ -54,8 +53,7 @@ void Filter::Render()
 {
     gpu::Device* device = CurrentDevice();
     Renderer* renderer = Renderer::Instance();
-    if (!device || !renderer)
-        return;
+    if (!device || !renderer) return;
     device->SetRenderTarget(0, target);
     renderer->ClearStream(0);
     renderer->SetVertexDeclaration(declaration);
@@ -76,10 +74,8 @@ void Filter::DrawQuad(gpu::Device& device) const
 
 bool Sepia::Create(int32_t newWidth, int32_t newHeight)
 {
-    if (!Filter::Create(newWidth, newHeight))
-        return false;
-    if (Renderer* renderer = Renderer::Instance())
-        toneRamp = renderer->LoadTexture(u"sepia.tga");
+    if (!Filter::Create(newWidth, newHeight)) return false;
+    if (Renderer* renderer = Renderer::Instance()) toneRamp = renderer->LoadTexture(u"sepia.tga");
     return true;
 }
 
@@ -93,8 +89,7 @@ void Sepia::Release()
 
 void Sepia::ReleaseToneRamp()
 {
-    if (Renderer* renderer = Renderer::Instance())
-        renderer->ReleaseTexture(toneRamp);
+    if (Renderer* renderer = Renderer::Instance()) renderer->ReleaseTexture(toneRamp);
 }
 
 void ColorTransform::SetConstants(gpu::Device& device)

@@ -14,8 +14,7 @@ constexpr double kTwoPi = 6.2831854820251465;
 HarmonicOscillator::HarmonicOscillator(std::span<const float, 7> notationOrder)
     : start(notationOrder[5]), end(notationOrder[6]), frequency(notationOrder[0]), amplitude(notationOrder[1]),
       offset(notationOrder[4]), phase(notationOrder[2]), damping(notationOrder[3])
-{
-}
+{}
 
 float HarmonicOscillator::Apply(float t) const
 {

@@ -26,19 +26,16 @@ bool LDRBloom::Create(int32_t newWidth, int32_t newHeight)
 {
     ReleaseLevels();
     Renderer* renderer = Renderer::Instance();
-    if (!Filter::Create(newWidth, newHeight) || !renderer)
-        return false;
+    if (!Filter::Create(newWidth, newHeight) || !renderer) return false;
     renderer->ReleaseVertexDeclaration(declaration);
     declaration = renderer->CreateVertexDeclaration(kBlockDeclaration, uint32_t(std::size(kBlockDeclaration)));
-    if (declaration.IsNull() || !MakeQuads())
-        return false;
+    if (declaration.IsNull() || !MakeQuads()) return false;
     bright = renderer->CreateRenderTexture(uint32_t(width), uint32_t(height), gpu::D3DFMT_X8R8G8B8);
     bool made = !bright.IsNull();
     for (int k = 1; k <= kLevels && made; ++k) {
         // A side that halves to nothing has no target.
         const int32_t w = width >> k, h = height >> k;
-        if (w <= 0 || h <= 0)
-            return false;
+        if (w <= 0 || h <= 0) return false;
         for (auto* level : {&down, &blur, &across}) {
             (*level)[size_t(k)] = renderer->CreateRenderTexture(uint32_t(w), uint32_t(h), gpu::D3DFMT_X8R8G8B8);
             made = made && !(*level)[size_t(k)].IsNull();
@@ -69,14 +66,11 @@ void LDRBloom::Release()
 void LDRBloom::ReleaseLevels()
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer)
-        return;
+    if (!renderer) return;
     renderer->ReleaseTexture(bright);
     for (auto* level : {&down, &blur, &across})
-        for (ResourceHandle& texture : *level)
-            renderer->ReleaseTexture(texture);
-    if (!vertexBlock.IsNull())
-        renderer->FreeVertices(vertexBlock, firstVertex);
+        for (ResourceHandle& texture : *level) renderer->ReleaseTexture(texture);
+    if (!vertexBlock.IsNull()) renderer->FreeVertices(vertexBlock, firstVertex);
     vertexBlock = ResourceHandle();
 }
 
@@ -85,8 +79,7 @@ void LDRBloom::Pass(const ResourceHandle& input, const ResourceHandle& output, i
     Renderer* renderer = Renderer::Instance();
     gpu::Device* device = CurrentDevice();
     const Texture* texture = renderer->GetTexture(output);
-    if (!texture || !texture->surface)
-        return;
+    if (!texture || !texture->surface) return;
     renderer->SetTexture(0, input);
     device->SetRenderTarget(0, texture->surface);
     device->Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, kClearColor, 1.0f, 0);
@@ -102,8 +95,7 @@ void LDRBloom::Blur(int level, gpu::Effect& passes) const
     for (const bool alongX : {true, false}) {
         const double texel = 1.0 / double(alongX ? width >> level : height >> level);
         float offsets[5][4] = {};
-        for (int tap = 0; tap < 5; ++tap)
-            offsets[tap][alongX ? 0 : 1] = float((tap - 2) * texel);
+        for (int tap = 0; tap < 5; ++tap) offsets[tap][alongX ? 0 : 1] = float((tap - 2) * texel);
         device->SetPixelShaderConstantF(0, &offsets[0][0], 5);
         if (alongX)
             Pass(down[size_t(level)], across[size_t(level)], level);
@@ -117,8 +109,7 @@ void LDRBloom::Render()
     Renderer* renderer = Renderer::Instance();
     gpu::Device* device = CurrentDevice();
     const Effect* bound = renderer ? renderer->GetEffect(effect) : nullptr;
-    if (!device || !bound || !bound->effect || vertexBlock.IsNull())
-        return;
+    if (!device || !bound || !bound->effect || vertexBlock.IsNull()) return;
     gpu::Effect& passes = *bound->effect;
     renderer->SetVertexDeclaration(declaration);
     renderer->SetTexture(0, source);
@@ -136,8 +127,7 @@ void LDRBloom::Render()
     passes.EndPass();
     passes.BeginPass(kFinal);
     renderer->SetTexture(0, source);
-    for (int k = 1; k <= kLevels; ++k)
-        renderer->SetTexture(k, blur[size_t(k)]);
+    for (int k = 1; k <= kLevels; ++k) renderer->SetTexture(k, blur[size_t(k)]);
     device->SetRenderTarget(0, target);
     device->Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, kClearColor, 1.0f, 0);
     device->DrawPrimitive(gpu::D3DPT_TRIANGLEFAN, firstVertex, 2);

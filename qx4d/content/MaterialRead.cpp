@@ -16,14 +16,13 @@ struct WordCode {
 };
 
 constexpr WordCode kBlendWords[] = {
-    {u"Zero", 1},      {u"One", 2},          {u"SrcColor", 3},  {u"InvSrcColor", 4}, {u"SrcAlpha", 5},
-    {u"InvSrcAlpha", 6}, {u"DestAlpha", 7},  {u"InvDestAlpha", 8}, {u"DestColor", 9}, {u"InvDestColor", 10},
+    {u"Zero", 1},        {u"One", 2},       {u"SrcColor", 3},     {u"InvSrcColor", 4}, {u"SrcAlpha", 5},
+    {u"InvSrcAlpha", 6}, {u"DestAlpha", 7}, {u"InvDestAlpha", 8}, {u"DestColor", 9},   {u"InvDestColor", 10},
 };
 constexpr WordCode kCullWords[] = {{u"None", 1}, {u"Front", 2}, {u"Back", 3}};
 constexpr WordCode kSemanticWords[] = {
-    {u"BaseColor", kSemanticBaseColor},     {u"Normal", kSemanticNormal},         {u"Height", kSemanticHeight},
-    {u"Alpha", kSemanticAlpha},             {u"Specularity", kSemanticSpecularity},
-    {u"Reflection", kSemanticReflection},
+    {u"BaseColor", kSemanticBaseColor}, {u"Normal", kSemanticNormal},           {u"Height", kSemanticHeight},
+    {u"Alpha", kSemanticAlpha},         {u"Specularity", kSemanticSpecularity}, {u"Reflection", kSemanticReflection},
 };
 
 /// The code of `word` in `table`, or `fallback` when it has none. Words compare exactly.
@@ -31,8 +30,7 @@ template <size_t N>
 int CodeOf(const WordCode (&table)[N], std::u16string_view word, int fallback)
 {
     for (const WordCode& entry : table) {
-        if (entry.word == word)
-            return entry.code;
+        if (entry.word == word) return entry.code;
     }
     return fallback;
 }
@@ -43,16 +41,13 @@ int CodeOf(const WordCode (&table)[N], std::u16string_view word, int fallback)
 const XmlNode* FindSurface(const XmlNode* current)
 {
     const XmlNode* root = current;
-    while (root && root->parent)
-        root = root->parent;
+    while (root && root->parent) root = root->parent;
     std::vector<const XmlNode*> pending{root};
     while (!pending.empty()) {
         const XmlNode* node = pending.back();
         pending.pop_back();
-        if (!node)
-            continue;
-        if (node->name == u"Surface")
-            return node;
+        if (!node) continue;
+        if (node->name == u"Surface") return node;
         for (auto child = node->children.rbegin(); child != node->children.rend(); ++child)
             pending.push_back(child->get());
     }
@@ -64,8 +59,7 @@ const XmlNode* FindSurface(const XmlNode* current)
 bool Material::Load(const String& fileName)
 {
     XmlDocument document;
-    if (!document.Load(String(u"MATERIALS:" + fileName)))
-        return false;
+    if (!document.Load(String(u"MATERIALS:" + fileName))) return false;
     Read(document);
     return true;
 }
@@ -77,14 +71,11 @@ bool Material::Load(const String& fileName)
 void Material::Read(const XmlDocument& document)
 {
     const XmlNode* surface = FindSurface(document.GetRoot());
-    if (!surface)
-        return;
+    if (!surface) return;
     const size_t count = std::min(surface->attributeNames.size(), surface->attributeValues.size());
-    for (size_t i = count; i-- > 0;)
-        ReadSurfaceAttribute(surface->attributeNames[i], surface->attributeValues[i]);
+    for (size_t i = count; i-- > 0;) ReadSurfaceAttribute(surface->attributeNames[i], surface->attributeValues[i]);
     for (const std::unique_ptr<XmlNode>& child : surface->children) {
-        if (child->name == u"Texture")
-            ReadTexture(*child);
+        if (child->name == u"Texture") ReadTexture(*child);
     }
 }
 

@@ -50,13 +50,11 @@ bool Holds(const Chunk& chunk, uint64_t count, uint64_t each) { return count * e
 /// Reads `count` u16 indices, each below `limit`.
 bool ReadIndices(Chunk& chunk, uint64_t count, uint64_t limit, std::vector<uint16_t>& out)
 {
-    if (!Holds(chunk, count, 2))
-        return false;
+    if (!Holds(chunk, count, 2)) return false;
     out.resize(size_t(count));
     for (uint16_t& index : out) {
         index = chunk.ReadU16();
-        if (index >= limit)
-            return false;
+        if (index >= limit) return false;
     }
     return true;
 }
@@ -74,8 +72,7 @@ float Dot(const Float3& a, const Float3& b) { return a[0] * b[0] + a[1] * b[1] +
 Float3 Normalized(const Float3& v)
 {
     const float length = std::sqrt(Dot(v, v));
-    if (!(length > 0.0f))
-        return {0.0f, 0.0f, 0.0f};
+    if (!(length > 0.0f)) return {0.0f, 0.0f, 0.0f};
     const float reciprocal = 1.0f / length;
     return {v[0] * reciprocal, v[1] * reciprocal, v[2] * reciprocal};
 }
@@ -85,11 +82,9 @@ Float3 Normalized(const Float3& v)
 bool MddPlayer::LoadUvSet(Chunk& chunk, bool coded, std::vector<float>& out)
 {
     const uint32_t pairs = chunk.ReadU32();
-    if (!Holds(chunk, uint64_t(pairs) * 2, coded ? 2 : 4))
-        return false;
+    if (!Holds(chunk, uint64_t(pairs) * 2, coded ? 2 : 4)) return false;
     out.resize(size_t(pairs) * 2);
-    for (float& value : out)
-        value = ReadValue(chunk, coded);
+    for (float& value : out) value = ReadValue(chunk, coded);
     return true;
 }
 
@@ -102,36 +97,28 @@ bool MddPlayer::Load(Chunk& chunk)
     loaded.frameCount = chunk.ReadU32();
     loaded.vertexCount = chunk.ReadU32();
     const uint64_t positions = uint64_t(loaded.frameCount) * loaded.vertexCount;
-    if (!Holds(chunk, positions * 3, coded ? 2 : 4))
-        return false;
+    if (!Holds(chunk, positions * 3, coded ? 2 : 4)) return false;
     loaded.frames.resize(size_t(positions));
     for (Float3& position : loaded.frames)
-        for (float& component : position)
-            component = ReadValue(chunk, coded);
+        for (float& component : position) component = ReadValue(chunk, coded);
 
     loaded.timelineLength = chunk.ReadU32();
-    if (loaded.timelineLength == 0
-        || !ReadIndices(chunk, loaded.timelineLength, loaded.frameCount, loaded.timeline))
+    if (loaded.timelineLength == 0 || !ReadIndices(chunk, loaded.timelineLength, loaded.frameCount, loaded.timeline))
         return false;
 
     // Two UV sets at most: the output vertex has room for two.
     loaded.uvSetCount = chunk.ReadU32();
-    if (loaded.uvSetCount > 2)
-        return false;
+    if (loaded.uvSetCount > 2) return false;
     for (uint32_t set = 0; set < loaded.uvSetCount; ++set)
-        if (!LoadUvSet(chunk, coded, loaded.uvSets[set]))
-            return false;
+        if (!LoadUvSet(chunk, coded, loaded.uvSets[set])) return false;
 
     loaded.triangleCount = chunk.ReadU32() / 3;
     const uint64_t corners = uint64_t(loaded.triangleCount) * 3;
-    if (!ReadIndices(chunk, corners, loaded.vertexCount, loaded.triangles))
-        return false;
+    if (!ReadIndices(chunk, corners, loaded.vertexCount, loaded.triangles)) return false;
     for (uint32_t set = 0; set < loaded.uvSetCount; ++set)
-        if (!ReadIndices(chunk, corners, loaded.uvSets[set].size() / 2, loaded.uvIndices[set]))
-            return false;
+        if (!ReadIndices(chunk, corners, loaded.uvSets[set].size() / 2, loaded.uvIndices[set])) return false;
     loaded.smoothingAngle = chunk.ReadF32();
-    if (loaded.smoothingAngle > kFlatAngle)
-        loaded.BuildAdjacency();
+    if (loaded.smoothingAngle > kFlatAngle) loaded.BuildAdjacency();
     loaded.blended.resize(loaded.vertexCount);
     loaded.faceNormals.resize(loaded.triangleCount);
     loaded.cornerNormals.resize(size_t(corners));
@@ -142,8 +129,7 @@ bool MddPlayer::Load(Chunk& chunk)
 void MddPlayer::BuildAdjacency()
 {
     std::vector<uint32_t> counts(vertexCount, 0);
-    for (const uint16_t vertex : triangles)
-        ++counts[vertex];
+    for (const uint16_t vertex : triangles) ++counts[vertex];
     adjacencyStart.resize(vertexCount);
     uint32_t next = 0;
     for (uint32_t v = 0; v < vertexCount; ++v) {
@@ -165,13 +151,12 @@ void MddPlayer::Blend(float time)
     float position = 0.0f;
     Envelope timeToFrame(&position);
     timeToFrame.AddKey(0.0f, startTime, kLinearShape);
-    timeToFrame.AddKey(float(timelineLength),
-                       startTime + float(timelineLength) / (speed * framesPerSecond), kLinearShape);
+    timeToFrame.AddKey(float(timelineLength), startTime + float(timelineLength) / (speed * framesPerSecond),
+                       kLinearShape);
     timeToFrame.SetPostBehavior(playMode);
     timeToFrame.Update(time);
     // A rate of zero or a time of NaN gives no number: the first frame stands.
-    if (!std::isfinite(position))
-        position = 0.0f;
+    if (!std::isfinite(position)) position = 0.0f;
 
     const uint32_t last = timelineLength - 1;
     const double whole = std::floor(double(position));
@@ -188,8 +173,7 @@ void MddPlayer::Blend(float time)
     const auto count = int64_t(vertexCount);
 #pragma omp parallel for
     for (int64_t v = 0; v < count; ++v)
-        for (int c = 0; c < 3; ++c)
-            blended[size_t(v)][c] = a[v][c] + (b[v][c] - a[v][c]) * f;
+        for (int c = 0; c < 3; ++c) blended[size_t(v)][c] = a[v][c] + (b[v][c] - a[v][c]) * f;
 }
 
 void MddPlayer::ComputeNormals()
@@ -204,8 +188,7 @@ void MddPlayer::ComputeNormals()
     if (!(smoothingAngle > kFlatAngle)) {
 #pragma omp parallel for
         for (int64_t t = 0; t < count; ++t)
-            for (size_t k = 0; k < 3; ++k)
-                cornerNormals[size_t(t) * 3 + k] = faceNormals[size_t(t)];
+            for (size_t k = 0; k < 3; ++k) cornerNormals[size_t(t) * 3 + k] = faceNormals[size_t(t)];
         return;
     }
     const bool allAround = std::fabs(smoothingAngle - kAllAround) < kFlatAngle;
@@ -218,10 +201,8 @@ void MddPlayer::ComputeNormals()
             Float3 sum = own;
             for (uint32_t n = 1; n <= list[0]; ++n) {
                 const Float3& other = faceNormals[list[n]];
-                if (list[n] == uint32_t(t) || (!allAround && Dot(other, own) < threshold))
-                    continue;
-                for (int c = 0; c < 3; ++c)
-                    sum[c] += other[c];
+                if (list[n] == uint32_t(t) || (!allAround && Dot(other, own) < threshold)) continue;
+                for (int c = 0; c < 3; ++c) sum[c] += other[c];
             }
             cornerNormals[size_t(t) * 3 + k] = Normalized(sum);
         }
@@ -250,8 +231,7 @@ void MddPlayer::WriteVertices()
 
 void MddPlayer::Evaluate(float time)
 {
-    if (IsEmpty())
-        return;
+    if (IsEmpty()) return;
     Blend(time);
     ComputeNormals();
     WriteVertices();
@@ -262,8 +242,8 @@ bool MddPlayer::Update(float time, const ResourceHandle& vertexBuffer, uint32_t&
     Evaluate(time);
     Renderer* renderer = Renderer::Instance();
     VertexBuffer* buffer = renderer ? renderer->GetVertexBuffer(vertexBuffer) : nullptr;
-    return buffer && !vertices.empty()
-        && buffer->Take(vertices.data(), uint32_t(vertices.size() * sizeof(float)), Stride(), first);
+    return buffer && !vertices.empty() &&
+           buffer->Take(vertices.data(), uint32_t(vertices.size() * sizeof(float)), Stride(), first);
 }
 
 }  // namespace qx4d

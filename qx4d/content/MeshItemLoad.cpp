@@ -8,8 +8,8 @@
 #include "qx4d/core/device/Renderer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <cfloat>
+#include <cstring>
 #include <numeric>
 
 namespace qx4d {
@@ -36,7 +36,10 @@ uint32_t ElementBytes(uint8_t type)
     case gpu::D3DDECLTYPE_FLOAT2: return 8;
     case gpu::D3DDECLTYPE_FLOAT3: return 12;
     case gpu::D3DDECLTYPE_FLOAT4: return 16;
-    case 7: case 10: case 12: case 16: return 8;  // SHORT4, SHORT4N, USHORT4N, FLOAT16_4
+    case 7:
+    case 10:
+    case 12:
+    case 16: return 8;  // SHORT4, SHORT4N, USHORT4N, FLOAT16_4
     default: return type <= 16 ? 4 : 0;
     }
 }
@@ -65,8 +68,7 @@ String MapMaterialName(const String& name)
         {u"lit_two_textures_opacity.mat", u"two_textures_opacity.mat"},
     };
     for (const auto& [from, to] : kMapping)
-        if (name == from)
-            return String(to);
+        if (name == from) return String(to);
     return name;
 }
 
@@ -87,8 +89,7 @@ float* SurfaceField(Material& material, const String& name)
         {u"Color.TextureLayer[1].Opacity", &material.ColorTextureLayer1Opacity},
     };
     for (const auto& [fieldName, field] : kFields)
-        if (name == fieldName)
-            return field;
+        if (name == fieldName) return field;
     return nullptr;
 }
 
@@ -97,19 +98,16 @@ ResourceHandle PlaceStaticVertices(Renderer& renderer, const void* data, uint32_
                                    uint32_t& first)
 {
     const uint64_t bytes = uint64_t(count) * stride;
-    if (bytes <= Renderer::kVertexPoolBytes)
-        return renderer.AddVertices(data, count, stride, first);
+    if (bytes <= Renderer::kVertexPoolBytes) return renderer.AddVertices(data, count, stride, first);
     const ResourceHandle own = renderer.CreateVertexBuffer(uint32_t(bytes), 0);
     VertexBuffer* buffer = renderer.GetVertexBuffer(own);
     return buffer && buffer->Take(data, uint32_t(bytes), stride, first) ? own : ResourceHandle();
 }
 
-ResourceHandle PlaceStaticIndices(Renderer& renderer, const void* data, uint32_t count, uint32_t size,
-                                  uint32_t& first)
+ResourceHandle PlaceStaticIndices(Renderer& renderer, const void* data, uint32_t count, uint32_t size, uint32_t& first)
 {
     const uint64_t bytes = uint64_t(count) * size;
-    if (bytes <= Renderer::kIndexPoolBytes)
-        return renderer.AddIndices(data, count, size, first);
+    if (bytes <= Renderer::kIndexPoolBytes) return renderer.AddIndices(data, count, size, first);
     const ResourceHandle own = renderer.CreateIndexBuffer(uint32_t(bytes), size == 4 ? kResourceIndex32 : 0u);
     IndexBuffer* buffer = renderer.GetIndexBuffer(own);
     return buffer && buffer->Take(data, uint32_t(bytes), size, first) ? own : ResourceHandle();
@@ -124,12 +122,10 @@ bool MeshItem::Load(Chunk& chunk)
         switch (sub.id) {
         case ChunkId("PRIM"): primitiveType = sub.ReadU16(); break;
         case ChunkId("DECL"):
-            if (!LoadDeclaration(sub))
-                return false;
+            if (!LoadDeclaration(sub)) return false;
             break;
         case ChunkId("MISC"):
-            if (!LoadGeometry(sub))
-                return false;
+            if (!LoadGeometry(sub)) return false;
             break;
         case ChunkId("BONE"): {
             const uint32_t count = sub.ReadU32();
@@ -137,12 +133,10 @@ bool MeshItem::Load(Chunk& chunk)
             break;
         }
         case ChunkId("LODS"):
-            if (!LoadLods(sub))
-                return false;
+            if (!LoadLods(sub)) return false;
             break;
         case ChunkId("BBOX"):
-            for (float& value : boundingBox)
-                value = sub.ReadF32();
+            for (float& value : boundingBox) value = sub.ReadF32();
             break;
         case ChunkId("DIST"): distance = sub.ReadF32(); break;
         case ChunkId("CLIP"): LoadClip(sub); break;
@@ -156,8 +150,7 @@ bool MeshItem::Load(Chunk& chunk)
 bool MeshItem::LoadDeclaration(Chunk& chunk)
 {
     const uint32_t count = chunk.ReadU32();
-    if (count == 0 || count > kMaxDeclarationElements || uint64_t(count) * 8 > chunk.Remaining())
-        return false;
+    if (count == 0 || count > kMaxDeclarationElements || uint64_t(count) * 8 > chunk.Remaining()) return false;
     declarationElements.resize(count);
     chunk.Read(declarationElements.data(), count * sizeof(gpu::D3DVERTEXELEMENT9));
     declarationElements.back() = gpu::D3DDECL_END;
@@ -172,12 +165,10 @@ bool MeshItem::LoadDeclaration(Chunk& chunk)
 bool MeshItem::LoadGeometry(Chunk& chunk)
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer || vertexCount != 0)
-        return false;  // a second geometry would leak the first one's blocks
+    if (!renderer || vertexCount != 0) return false;  // a second geometry would leak the first one's blocks
     flags = chunk.ReadU32();
     if (flags & kMdd) {
-        if (!mdd.Load(chunk))
-            return false;
+        if (!mdd.Load(chunk)) return false;
         stride = mdd.Stride();
         vertexCount = 3 * mdd.triangleCount;
         vertexBuffer = renderer->CreateVertexBuffer(vertexCount * stride, kResourceDynamic);
@@ -197,8 +188,7 @@ bool MeshItem::LoadStaticVertices(Chunk& chunk)
         vertexCount = 0;
         return false;
     }
-    if (bytes == 0)
-        return true;
+    if (bytes == 0) return true;
     const uint8_t* data = chunk.cursor;
     chunk.cursor += bytes;
     if (flags & kSortTriangles) {
@@ -222,20 +212,15 @@ bool MeshItem::LoadIndices(Chunk& chunk)
         } else {
             indexCount = chunk.ReadU32();
             const uint32_t size = chunk.ReadU32();
-            if ((size != 2 && size != 4) || uint64_t(indexCount) * size > chunk.Remaining())
-                return false;
+            if ((size != 2 && size != 4) || uint64_t(indexCount) * size > chunk.Remaining()) return false;
             indices.resize(indexCount);
-            for (uint32_t& index : indices)
-                index = size == 2 ? chunk.ReadU16() : chunk.ReadU32();
+            for (uint32_t& index : indices) index = size == 2 ? chunk.ReadU16() : chunk.ReadU32();
         }
-        if (std::any_of(indices.begin(), indices.end(), [&](uint32_t i) { return i >= vertexCount; }))
-            return false;
-        if (indices.empty())
-            return true;
+        if (std::any_of(indices.begin(), indices.end(), [&](uint32_t i) { return i >= vertexCount; })) return false;
+        if (indices.empty()) return true;
         const bool narrow = vertexCount <= 0x10000;
         std::vector<uint16_t> shortIndices;
-        if (narrow)
-            shortIndices.assign(indices.begin(), indices.end());
+        if (narrow) shortIndices.assign(indices.begin(), indices.end());
         indexBuffer = narrow ? PlaceStaticIndices(renderer, shortIndices.data(), indexCount, 2, startIndex)
                              : PlaceStaticIndices(renderer, indices.data(), indexCount, 4, startIndex);
         return true;
@@ -243,16 +228,13 @@ bool MeshItem::LoadIndices(Chunk& chunk)
     // Indices that change each frame: kept here and written to a dynamic buffer.
     indexCount = chunk.ReadU32();
     chunk.ReadU32();
-    if (uint64_t(indexCount) * 2 > chunk.Remaining())
-        return false;
+    if (uint64_t(indexCount) * 2 > chunk.Remaining()) return false;
     triangles.resize(indexCount);
     for (uint16_t& index : triangles) {
         index = chunk.ReadU16();
-        if (index >= vertexCount)
-            return false;
+        if (index >= vertexCount) return false;
     }
-    if (indexCount > 0)
-        indexBuffer = renderer.CreateIndexBuffer(indexCount * 2, kResourceDynamic);
+    if (indexCount > 0) indexBuffer = renderer.CreateIndexBuffer(indexCount * 2, kResourceDynamic);
     dynamicIndices = true;
     return true;
 }
@@ -260,8 +242,7 @@ bool MeshItem::LoadIndices(Chunk& chunk)
 bool MeshItem::LoadLods(Chunk& chunk)
 {
     const uint32_t count = chunk.ReadU32();
-    if (uint64_t(count) * sizeof(LodRecord) > chunk.Remaining())
-        return false;
+    if (uint64_t(count) * sizeof(LodRecord) > chunk.Remaining()) return false;
     lods.resize(count);
     for (LodRecord& lod : lods) {
         lod.maxDistance = chunk.ReadF32();
@@ -278,8 +259,7 @@ void MeshItem::LoadClip(Chunk& chunk)
     Renderer* renderer = Renderer::Instance();
     Chunk still;
     while (chunk.NextChunk(still)) {
-        if (still.id != ChunkId("STIL") || textureCount >= kMaxTextures || !renderer)
-            continue;
+        if (still.id != ChunkId("STIL") || textureCount >= kMaxTextures || !renderer) continue;
         // A texture that can't be loaded keeps its slot with a null handle.
         textures[textureCount++] = renderer->LoadTexture(still.ReadString());
     }
@@ -291,8 +271,7 @@ void MeshItem::LoadSurface(Chunk& chunk)
     while (chunk.NextChunk(sub)) {
         switch (sub.id) {
         case ChunkId("COLR"):
-            for (float& component : material.Color)
-                component = sub.ReadF32();
+            for (float& component : material.Color) component = sub.ReadF32();
             break;
         case ChunkId("LUMI"): material.Luminosity = sub.ReadF32(); break;
         case ChunkId("DIFF"): material.Diffuse = sub.ReadF32(); break;
@@ -336,8 +315,7 @@ void MeshItem::LoadMaterialFile(const String& fileName)
 void MeshItem::BindEnvelope(std::unique_ptr<Envelope> envelope)
 {
     // A channel of another name keeps writing to its own storage.
-    if (float* field = SurfaceField(material, envelope->GetName()))
-        envelope->SetTarget(field);
+    if (float* field = SurfaceField(material, envelope->GetName())) envelope->SetTarget(field);
     envelopes.push_back(std::move(envelope));
 }
 
@@ -348,8 +326,7 @@ void MeshItem::FinishSurface()
         material.shaderKeys.push_back(ShaderKeyForLight(light.type, light.edgeAngle));
     material.flags |= kMaterialMeshLit;
     // Skinned vertices read an array of model matrices, one a bone.
-    if (HasSkinning(declarationElements))
-        material.bones = int32_t(bones.size());
+    if (HasSkinning(declarationElements)) material.bones = int32_t(bones.size());
     material.Build(declarationElements, scene);
 }
 
@@ -359,8 +336,7 @@ bool MeshItem::Finish()
     for (size_t i = 0; i + 1 < declarationElements.size(); ++i) {
         const gpu::D3DVERTEXELEMENT9& element = declarationElements[i];
         const uint32_t bytes = ElementBytes(element.Type);
-        if (element.Stream != 0 || bytes == 0 || uint32_t(element.Offset) + bytes > stride)
-            return false;
+        if (element.Stream != 0 || bytes == 0 || uint32_t(element.Offset) + bytes > stride) return false;
     }
     if (primitiveType == gpu::D3DPT_LINELIST)
         primitiveCount = indexCount / 2;
@@ -368,8 +344,7 @@ bool MeshItem::Finish()
         primitiveCount = indexCount / 3;
     // A level whose range lies outside the geometry would draw past the buffers.
     std::erase_if(lods, [&](const LodRecord& lod) { return !LodFits(lod); });
-    if (lods.empty())
-        lods.push_back({FLT_MAX, 0, vertexCount, 0, primitiveCount});
+    if (lods.empty()) lods.push_back({FLT_MAX, 0, vertexCount, 0, primitiveCount});
     loadedIndices = {};
     return true;
 }
@@ -378,8 +353,7 @@ bool MeshItem::LodFits(const LodRecord& lod) const
 {
     const uint64_t perPrimitive = primitiveType == gpu::D3DPT_LINELIST ? 2 : 3;
     const uint64_t end = uint64_t(lod.startIndex) + uint64_t(lod.primitiveCount) * perPrimitive;
-    if (uint64_t(lod.baseVertex) + lod.vertexCount > vertexCount || end > indexCount)
-        return false;
+    if (uint64_t(lod.baseVertex) + lod.vertexCount > vertexCount || end > indexCount) return false;
     const auto fits = [&](uint32_t index) { return uint64_t(index) + lod.baseVertex < vertexCount; };
     if (dynamicIndices)
         return std::all_of(triangles.begin() + lod.startIndex, triangles.begin() + std::ptrdiff_t(end), fits);

@@ -18,8 +18,7 @@ std::unique_ptr<Item> MakeItem(Chunk& chunk, const std::vector<std::unique_ptr<I
     case ChunkId("MESH"): return std::make_unique<MeshItem>();
     case ChunkId("BONE"): {
         auto bone = std::make_unique<BoneItem>();
-        if (!items.empty())
-            bone->mesh = dynamic_cast<MeshItem*>(items.front().get());
+        if (!items.empty()) bone->mesh = dynamic_cast<MeshItem*>(items.front().get());
         return bone;
     }
     case ChunkId("MECL"): {
@@ -34,8 +33,7 @@ std::unique_ptr<Item> MakeItem(Chunk& chunk, const std::vector<std::unique_ptr<I
 Float3 ReadFloat3(Chunk& chunk)
 {
     Float3 out;
-    for (float& value : out)
-        value = chunk.ReadF32();
+    for (float& value : out) value = chunk.ReadF32();
     return out;
 }
 
@@ -43,12 +41,9 @@ Float3 ReadFloat3(Chunk& chunk)
 
 MeshItem* Object::DrawnMesh(Item* item)
 {
-    if (!item)
-        return nullptr;
-    if (item->GetType() == Item::kMesh)
-        return static_cast<MeshItem*>(item);
-    if (item->GetType() == Item::kMeshClone)
-        return static_cast<MeshCloneItem*>(item)->source;
+    if (!item) return nullptr;
+    if (item->GetType() == Item::kMesh) return static_cast<MeshItem*>(item);
+    if (item->GetType() == Item::kMeshClone) return static_cast<MeshCloneItem*>(item)->source;
     return nullptr;
 }
 
@@ -61,8 +56,7 @@ bool LoadObject(const String& name, Object& object)
 bool ReadObject(IFFReader& reader, const String& name, Object& object)
 {
     Chunk body;
-    if (!reader.NextChunk(body))
-        return false;
+    if (!reader.NextChunk(body)) return false;
     object.name = name;
     const uint32_t itemCount = body.ReadU32();
     Chunk chunk;
@@ -79,8 +73,7 @@ bool ReadObject(IFFReader& reader, const String& name, Object& object)
         record.scale = ReadFloat3(chunk);
         if (item) {
             item->name = itemName;
-            if (!item->Load(chunk))
-                item.reset();
+            if (!item->Load(chunk)) item.reset();
         }
         record.item = item.get();
         object.records.push_back(record);
@@ -93,15 +86,13 @@ bool ReadObject(IFFReader& reader, const String& name, Object& object)
 void Object::Update(float time, const Matrix3x4& placement)
 {
     for (const auto& item : items)
-        if (item && item->GetType() == Item::kMesh)
-            static_cast<MeshItem*>(item.get())->UpdateEnvelopes(time);
+        if (item && item->GetType() == Item::kMesh) static_cast<MeshItem*>(item.get())->UpdateEnvelopes(time);
     for (size_t i = 0; i < records.size(); ++i) {
         const ItemRecord& record = records[i];
         const Matrix3x4 local = LocalMatrix(record.position, record.rotation, record.scale);
         worlds[i] = Multiply(record.parent >= 0 ? worlds[size_t(record.parent)] : placement, local);
         Item* item = record.item;
-        if (!item)
-            continue;
+        if (!item) continue;
         item->matrix = worlds[i];
         if (item->GetType() == Item::kBone) {
             auto* bone = static_cast<BoneItem*>(item);

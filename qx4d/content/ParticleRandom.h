@@ -11,10 +11,7 @@ namespace qx4d {
 inline double UnitRandom() { return double(qx::os::rand()) * 3.051851e-05; }
 
 /// (`max` - `min`) * r + `min`, with a new unit random r.
-inline float Draw(const FloatRange& range)
-{
-    return float((double(range.max) - range.min) * UnitRandom() + range.min);
-}
+inline float Draw(const FloatRange& range) { return float((double(range.max) - range.min) * UnitRandom() + range.min); }
 
 /// One draw an axis, X first.
 inline Float3 Draw(const FloatRange3& ranges) { return {Draw(ranges[0]), Draw(ranges[1]), Draw(ranges[2])}; }

@@ -23,8 +23,7 @@ void PushRow(std::vector<float>& run, const Float3& v, double w) { PushRow(run, 
 void PushLightRows(std::vector<float>& run, uint32_t key, const ShaderLight& light, const Material& material)
 {
     const KeyLightKind kind = LightKindOf(key);
-    if (kind == KeyLightKind::None)
-        return;
+    if (kind == KeyLightKind::None) return;
     if (kind == KeyLightKind::Distant) {
         PushRow(run, light.direction, 0.0);
     } else if (kind == KeyLightKind::Point) {
@@ -88,22 +87,19 @@ ShaderConstantRuns ComputeShaderConstants(const Material& material, const Shadin
     // shader then gives M applied to v.
     vertex.insert(vertex.end(), camera.viewProjection.begin(), camera.viewProjection.end());
     const bool eye = material.flags & kMaterialEyePosition;
-    if (eye)
-        PushRow(vertex, camera.position, 0.0);
+    if (eye) PushRow(vertex, camera.position, 0.0);
     double ambient[3];
     for (size_t c = 0; c < 3; ++c) {
-        ambient[c] = double(scene.globalAmbient[c]) * material.Diffuse * material.Color[c]
-                   + double(material.Luminosity) * material.Color[c];
+        ambient[c] = double(scene.globalAmbient[c]) * material.Diffuse * material.Color[c] +
+                     double(material.Luminosity) * material.Color[c];
     }
     PushRow(vertex, ambient[0], ambient[1], ambient[2], 1.0 - double(material.Transparency));
     PushLights(vertex, material, scene, false);
     if (material.bones == 0) {
         vertex.insert(vertex.end(), model.begin(), model.end());
-        if (material.flags & kMaterialModelIT)
-            PushNormalMatrix(vertex, model);
+        if (material.flags & kMaterialModelIT) PushNormalMatrix(vertex, model);
     }
-    if (eye)
-        PushRow(runs.pixel, camera.position, 0.0);
+    if (eye) PushRow(runs.pixel, camera.position, 0.0);
     PushLights(runs.pixel, material, scene, true);
     return runs;
 }
@@ -112,8 +108,7 @@ unsigned SetShaderConstants(const Material& material, const ShadingScene& scene,
                             const Matrix3x4& model)
 {
     qx::gpu::Device* device = CurrentDevice();
-    if (!device)
-        return ShaderConstantRuns::kFirstRegister;
+    if (!device) return ShaderConstantRuns::kFirstRegister;
     const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model);
     if (!runs.vertex.empty())
         device->SetVertexShaderConstantF(ShaderConstantRuns::kFirstRegister, runs.vertex.data(),

@@ -6,7 +6,7 @@
 namespace qx4d {
 
 // Material flags.
-inline constexpr uint32_t kMaterialAlwaysSet = 0x3;          // bits 0 and 1; bit 0 asks for g_ModelIT
+inline constexpr uint32_t kMaterialAlwaysSet = 0x3;  // bits 0 and 1; bit 0 asks for g_ModelIT
 inline constexpr uint32_t kMaterialModelIT = 0x1;
 inline constexpr uint32_t kMaterialNormalize = 0x2;
 inline constexpr uint32_t kMaterialVertexLighting = 0x8;
@@ -14,7 +14,7 @@ inline constexpr uint32_t kMaterialPixelLighting = 0x10;
 inline constexpr uint32_t kMaterialFog = 0x20;
 inline constexpr uint32_t kMaterialLit = 0x40;
 inline constexpr uint32_t kMaterialLightingInTexCoords = 0x80;
-inline constexpr uint32_t kMaterialMeshLit = 0x100;          // set by the mesh once its keys are in
+inline constexpr uint32_t kMaterialMeshLit = 0x100;  // set by the mesh once its keys are in
 inline constexpr uint32_t kMaterialTween = 0x8000;
 inline constexpr uint32_t kMaterialEyePosition = 0x10000;
 
@@ -37,12 +37,9 @@ enum class KeyLightKind { None, Distant, Point, Spot };
 
 inline KeyLightKind LightKindOf(uint32_t key)
 {
-    if (key & kKeySpot)
-        return KeyLightKind::Spot;
-    if (key & kKeyPoint)
-        return KeyLightKind::Point;
-    if (key & kKeyDistant)
-        return KeyLightKind::Distant;
+    if (key & kKeySpot) return KeyLightKind::Spot;
+    if (key & kKeyPoint) return KeyLightKind::Point;
+    if (key & kKeyDistant) return KeyLightKind::Distant;
     return KeyLightKind::None;
 }
 
@@ -52,14 +49,10 @@ inline KeyLightKind LightKindOf(uint32_t key)
 inline uint32_t ShaderKeyForLight(int32_t type, float edgeAngle)
 {
     switch (type) {
-    case kLightDistant:
-        return kKeyAlwaysSet | kKeySpecular | kKeyDistant;
-    case kLightPoint:
-        return kKeyAlwaysSet | kKeySpecular | kKeyPoint;
-    case kLightSpot:
-        return kKeyAlwaysSet | kKeySpecular | kKeySpot | (edgeAngle > 1e-5f ? kKeySoftEdge : 0u);
-    default:
-        return kKeyAlwaysSet | kKeySpecular;
+    case kLightDistant: return kKeyAlwaysSet | kKeySpecular | kKeyDistant;
+    case kLightPoint: return kKeyAlwaysSet | kKeySpecular | kKeyPoint;
+    case kLightSpot: return kKeyAlwaysSet | kKeySpecular | kKeySpot | (edgeAngle > 1e-5f ? kKeySoftEdge : 0u);
+    default: return kKeyAlwaysSet | kKeySpecular;
     }
 }
 

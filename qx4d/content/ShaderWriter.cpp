@@ -25,8 +25,7 @@ bool Generate(const Material& material, std::span<const gpu::D3DVERTEXELEMENT9> 
     FileManager* files = FileManager::Instance();
     size_t size = 0;
     const std::unique_ptr<uint8_t[]> head = files ? files->Load(u"EFFECTS:common.fxh", size) : nullptr;
-    if (!head)
-        return false;
+    if (!head) return false;
     ShaderWriter writer(material, declaration, fogType);
     text = writer.Write(std::string(reinterpret_cast<const char*>(head.get()), size));
     return true;
@@ -37,8 +36,7 @@ ShaderWriter::ShaderWriter(const Material& source, std::span<const gpu::D3DVERTE
     : material(source), fogType(sceneFogType)
 {
     for (const gpu::D3DVERTEXELEMENT9& record : declaration) {
-        if (record.Stream == kEndStream)
-            break;
+        if (record.Stream == kEndStream) break;
         records.push_back(record);
     }
 }
@@ -68,23 +66,19 @@ void ShaderWriter::Emit(const char* format, ...)
     char line[512];
     const int length = std::vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
-    if (length < 0)
-        return;
+    if (length < 0) return;
     const std::string_view body(line, std::min<size_t>(size_t(length), sizeof line - 1));
-    if (!body.empty() && body.front() == '}')
-        indent = 0;
+    if (!body.empty() && body.front() == '}') indent = 0;
     text.append(size_t(indent), '\t');
     text.append(body);
     text.push_back('\n');
-    if (!body.empty() && body.front() == '{')
-        indent = 1;
+    if (!body.empty() && body.front() == '{') indent = 1;
 }
 
 bool ShaderWriter::Has(int usage, int index) const
 {
     for (const gpu::D3DVERTEXELEMENT9& record : records) {
-        if (record.Usage == usage && record.UsageIndex == index)
-            return true;
+        if (record.Usage == usage && record.UsageIndex == index) return true;
     }
     return false;
 }
@@ -92,8 +86,7 @@ bool ShaderWriter::Has(int usage, int index) const
 bool ShaderWriter::HasTexture(uint8_t semantic) const
 {
     for (const MaterialTexture& texture : material.textures) {
-        if (texture.semanticName == semantic)
-            return true;
+        if (texture.semanticName == semantic) return true;
     }
     return false;
 }
@@ -118,8 +111,7 @@ std::string ShaderWriter::Sample(const MaterialTexture& texture) const
         swizzle = kOne[texture.startComponent];
     else if (texture.componentCount == 3 && texture.startComponent < 2)
         swizzle = kThree[texture.startComponent];
-    if (!swizzle)
-        return std::string();
+    if (!swizzle) return std::string();
     char sample[96];
     std::snprintf(sample, sizeof sample, "tex2D(g_Sampler%d, IN.TexCoord%d).%s", texture.samplerSlot,
                   texture.texCoordSlot, swizzle);
@@ -132,9 +124,7 @@ void ShaderWriter::EmitLightCall(uint32_t key, int index, const LightingNames& n
     const char* soft = (key & kKeySoftEdge) ? "true" : "false";
     const LightingNames& n = names;
     switch (LightKindOf(key)) {
-    case KeyLightKind::None:
-        Emit("%s += g_Light%d.Diffuse;", n.diffuse, index);
-        break;
+    case KeyLightKind::None: Emit("%s += g_Light%d.Diffuse;", n.diffuse, index); break;
     case KeyLightKind::Distant:
         if (specular)
             Emit("DoDistantLightSpec(%s, %s, g_Light%d, %s, %s);", n.normal, n.viewDir, index, n.diffuse, n.specular);
@@ -187,38 +177,31 @@ void ShaderWriter::WriteVertexOutput()
     Emit("struct VS_OUTPUT");
     Emit("{");
     Emit("float4 Pos : POSITION;");
-    if (material.FogActive(fogType))
-        Emit("float Fog : FOG;");
+    if (material.FogActive(fogType)) Emit("float Fog : FOG;");
     for (const gpu::D3DVERTEXELEMENT9& record : records) {
-        if (record.Usage != gpu::D3DDECLUSAGE_TEXCOORD)
-            continue;
+        if (record.Usage != gpu::D3DDECLUSAGE_TEXCOORD) continue;
         Emit("float2 TexCoord%d : TEXCOORD%d;", record.UsageIndex, record.UsageIndex);
         texCoordUsed[record.UsageIndex] = true;
         nextTexCoord = std::max(nextTexCoord, record.UsageIndex + 1);
     }
     if (material.reflective) {
         Emit("float2 TexCoord%d : TEXCOORD%d;", nextTexCoord, nextTexCoord);
-        if (size_t(nextTexCoord) < texCoordUsed.size())
-            texCoordUsed[size_t(nextTexCoord)] = true;
+        if (size_t(nextTexCoord) < texCoordUsed.size()) texCoordUsed[size_t(nextTexCoord)] = true;
     }
     if (flags & kMaterialVertexLighting) {
         if (!(flags & kMaterialLightingInTexCoords)) {
             Emit("float3 Diffuse : COLOR0;");
-            if (flags & kMaterialLit)
-                Emit("float3 Specular : COLOR1;");
+            if (flags & kMaterialLit) Emit("float3 Specular : COLOR1;");
         } else {
             Emit("float3 Diffuse : TEXCOORD%d;", TakeFreeTexCoord());
-            if (flags & kMaterialLit)
-                Emit("float3 Specular : TEXCOORD%d;", TakeFreeTexCoord());
+            if (flags & kMaterialLit) Emit("float3 Specular : TEXCOORD%d;", TakeFreeTexCoord());
         }
     }
     if (flags & kMaterialPixelLighting) {
         Emit("float3 WorldNormal : TEXCOORD%d;", TakeFreeTexCoord());
         Emit("float3 WorldPos : TEXCOORD%d;", TakeFreeTexCoord());
-        if (HasTexture(kSemanticNormal))
-            Emit("float3 WorldTangent : TEXCOORD%d;", TakeFreeTexCoord());
-        if (flags & kMaterialLit)
-            Emit("float3 WorldViewDir : TEXCOORD%d;", TakeFreeTexCoord());
+        if (HasTexture(kSemanticNormal)) Emit("float3 WorldTangent : TEXCOORD%d;", TakeFreeTexCoord());
+        if (flags & kMaterialLit) Emit("float3 WorldViewDir : TEXCOORD%d;", TakeFreeTexCoord());
     }
     Emit("};");
 }
@@ -229,8 +212,7 @@ void ShaderWriter::WriteGlobals()
     Emit("float4 g_pAlphaReflective : register(c%d);", psConstant++);
     Emit("float4 g_psFogColor : register(c%d);", psConstant++);
     for (const MaterialTexture& texture : material.textures) {
-        if (samplerUsed[texture.samplerSlot])
-            continue;
+        if (samplerUsed[texture.samplerSlot]) continue;
         Emit("sampler g_Sampler%d : register(s%d);", texture.samplerSlot, texture.samplerSlot);
         samplerUsed[texture.samplerSlot] = true;
     }
@@ -249,8 +231,7 @@ void ShaderWriter::WriteGlobals()
         // writes them in one run.
         Emit("float4x3 g_Model : register(c%d);", vsConstant);
         vsConstant += 3;
-        if (material.flags & kMaterialModelIT)
-            Emit("float3x3 g_ModelIT : register(c%d);", vsConstant);
+        if (material.flags & kMaterialModelIT) Emit("float3x3 g_ModelIT : register(c%d);", vsConstant);
     }
     EmptyLine();
 }
@@ -275,8 +256,7 @@ void ShaderWriter::WriteLightGlobals()
             Emit("DistantLight%s g_Light%d : register(c%d);", suffix, index, counter);
             counter += 2 + extra;
             break;
-        case KeyLightKind::None:
-            break;
+        case KeyLightKind::None: break;
         }
         ++index;
     }
@@ -293,17 +273,14 @@ void ShaderWriter::WriteTechnique()
         Emit("CullMode = NONE;");
     else if (material.cullMode == 2)
         Emit("CullMode = CW;");
-    if (fog)
-        Emit("FogEnable = TRUE;");
+    if (fog) Emit("FogEnable = TRUE;");
     if (material.alphaBlendEnable) {
         Emit("AlphaBlendEnable = TRUE;");
         WriteBlend("SrcBlend", material.srcBlend);
         WriteBlend("DestBlend", material.destBlend);
     }
-    if (!material.depthEnable)
-        Emit("ZEnable = FALSE;");
-    if (!material.depthWriteEnable)
-        Emit("ZWriteEnable = FALSE;");
+    if (!material.depthEnable) Emit("ZEnable = FALSE;");
+    if (!material.depthWriteEnable) Emit("ZWriteEnable = FALSE;");
     Emit("VertexShader = compile vs_1_1 vs_main();");
     int baseColors = 0;
     for (const MaterialTexture& texture : material.textures)
@@ -315,16 +292,11 @@ void ShaderWriter::WriteTechnique()
     Emit("}");
     Emit("pass restore");
     Emit("{");
-    if (material.cullMode != 3)
-        Emit("CullMode = CCW;");
-    if (fog)
-        Emit("FogEnable = FALSE;");
-    if (material.alphaBlendEnable)
-        Emit("AlphaBlendEnable = FALSE;");
-    if (!material.depthEnable)
-        Emit("ZEnable = TRUE;");
-    if (!material.depthWriteEnable)
-        Emit("ZWriteEnable = TRUE;");
+    if (material.cullMode != 3) Emit("CullMode = CCW;");
+    if (fog) Emit("FogEnable = FALSE;");
+    if (material.alphaBlendEnable) Emit("AlphaBlendEnable = FALSE;");
+    if (!material.depthEnable) Emit("ZEnable = TRUE;");
+    if (!material.depthWriteEnable) Emit("ZWriteEnable = TRUE;");
     Emit("}");
     Emit("}");
 }
@@ -332,11 +304,9 @@ void ShaderWriter::WriteTechnique()
 // Codes 1 to 10 have a line; any other code writes none.
 void ShaderWriter::WriteBlend(const char* state, int32_t code)
 {
-    static constexpr const char* kNames[] = {"ZERO",     "ONE",         "SRCCOLOR",     "INVSRCCOLOR",
-                                             "SRCALPHA", "INVSRCALPHA", "DESTALPHA",    "INVDESTALPHA",
-                                             "DESTCOLOR", "INVDESTCOLOR"};
-    if (code >= 1 && code <= 10)
-        Emit("%s = %s;", state, kNames[code - 1]);
+    static constexpr const char* kNames[] = {"ZERO",        "ONE",       "SRCCOLOR",     "INVSRCCOLOR", "SRCALPHA",
+                                             "INVSRCALPHA", "DESTALPHA", "INVDESTALPHA", "DESTCOLOR",   "INVDESTCOLOR"};
+    if (code >= 1 && code <= 10) Emit("%s = %s;", state, kNames[code - 1]);
 }
 
 }  // namespace qx4d

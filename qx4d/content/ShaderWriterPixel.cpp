@@ -13,8 +13,7 @@ void ShaderWriter::WriteBaseColorAndAlpha()
     Emit("float opacity = 1;");
     bool first = true;
     for (const MaterialTexture& texture : material.textures) {
-        if (texture.semanticName != kSemanticBaseColor)
-            continue;
+        if (texture.semanticName != kSemanticBaseColor) continue;
         // Later colour layers blend over the first with the second layer's opacity.
         if (first)
             Emit("baseColor = %s;", Sample(texture).c_str());
@@ -36,8 +35,7 @@ void ShaderWriter::WriteBaseColorAndAlpha()
     Emit("{");
     Emit("float alpha = g_pAlphaReflective.x;");
     for (const MaterialTexture& texture : material.textures) {
-        if (texture.semanticName == kSemanticAlpha)
-            Emit("alpha = %s;", Sample(texture).c_str());
+        if (texture.semanticName == kSemanticAlpha) Emit("alpha = %s;", Sample(texture).c_str());
     }
     Emit("return alpha;");
     Emit("}");
@@ -49,11 +47,9 @@ void ShaderWriter::WriteNormal()
     Emit("float3 GetNormal(VS_OUTPUT IN)");
     Emit("{");
     Emit("float3 normal = float3(0.0, 0.0, 0.0);");
-    if (material.flags & kMaterialPixelLighting)
-        Emit("normal = normalize(IN.WorldNormal);");
+    if (material.flags & kMaterialPixelLighting) Emit("normal = normalize(IN.WorldNormal);");
     for (const MaterialTexture& texture : material.textures) {
-        if (texture.semanticName != kSemanticNormal)
-            continue;
+        if (texture.semanticName != kSemanticNormal) continue;
         Emit("float3 t = normalize(IN.WorldTangent);");
         Emit("float3 n = normalize(IN.WorldNormal);");
         Emit("float3 b = cross(t, n);");
@@ -77,12 +73,10 @@ void ShaderWriter::WriteLighting()
     Emit("{");
     Emit("diffuseLighting = float3(0.0, 0.0, 0.0);");
     Emit("specularLighting = float3(0.0, 0.0, 0.0);");
-    if (!(flags & (kMaterialVertexLighting | kMaterialPixelLighting)))
-        Emit("diffuseLighting = float3(1.0, 1.0, 1.0);");
+    if (!(flags & (kMaterialVertexLighting | kMaterialPixelLighting))) Emit("diffuseLighting = float3(1.0, 1.0, 1.0);");
     if (flags & kMaterialVertexLighting) {
         Emit("diffuseLighting += IN.Diffuse;");
-        if (flags & kMaterialLit)
-            Emit("specularLighting += IN.Specular;");
+        if (flags & kMaterialLit) Emit("specularLighting += IN.Specular;");
     }
     if (flags & kMaterialPixelLighting) {
         Emit("float3 normal = GetNormal(IN);");
@@ -91,8 +85,7 @@ void ShaderWriter::WriteLighting()
                                                    "specularLighting"};
         int index = 0;
         for (const uint32_t key : material.shaderKeys) {
-            if (key & kKeyPerPixel)
-                EmitLightCall(key, index, kPixelNames);
+            if (key & kKeyPerPixel) EmitLightCall(key, index, kPixelNames);
             ++index;
         }
     }

@@ -29,37 +29,29 @@ void ShaderWriter::WriteBlendedGeometry()
         blended = blended || (record.Usage == gpu::D3DDECLUSAGE_POSITION && record.UsageIndex > 0);
     if (!blended) {
         Emit("float3 pos = IN.Pos0;");
-        if (!Has(gpu::D3DDECLUSAGE_NORMAL, 0))
-            return;
+        if (!Has(gpu::D3DDECLUSAGE_NORMAL, 0)) return;
         Emit("float3 normal = IN.Normal0;");
-        if (!Has(gpu::D3DDECLUSAGE_TANGENT, 0))
-            return;
+        if (!Has(gpu::D3DDECLUSAGE_TANGENT, 0)) return;
         Emit("float3 tangent = IN.Tangent0;");
-        if (Has(gpu::D3DDECLUSAGE_BINORMAL, 0))
-            Emit("float3 binormal = IN.Binormal0;");
+        if (Has(gpu::D3DDECLUSAGE_BINORMAL, 0)) Emit("float3 binormal = IN.Binormal0;");
         return;
     }
     if (material.flags & kMaterialTween) {
         Emit("float3 pos = lerp(IN.Pos0, IN.Pos1, g_TweenFactor);");
-        if (!Has(gpu::D3DDECLUSAGE_NORMAL, 1))
-            return;
+        if (!Has(gpu::D3DDECLUSAGE_NORMAL, 1)) return;
         Emit("float3 normal = normalize(lerp(IN.Normal0, IN.Normal1, g_TweenFactor));");
-        if (!Has(gpu::D3DDECLUSAGE_TANGENT, 1))
-            return;
+        if (!Has(gpu::D3DDECLUSAGE_TANGENT, 1)) return;
         Emit("float3 tangent = normalize(lerp(IN.Tangent0, IN.Tangent1, g_TweenFactor));");
         if (Has(gpu::D3DDECLUSAGE_BINORMAL, 1))
             Emit("float3 binormal = normalize(lerp(IN.Binormal0, IN.Binormal1, g_TweenFactor));");
         return;
     }
     Emit("float3 pos = IN.Pos0 + IN.Pos1;");
-    if (!Has(gpu::D3DDECLUSAGE_NORMAL, 1))
-        return;
+    if (!Has(gpu::D3DDECLUSAGE_NORMAL, 1)) return;
     Emit("float3 normal = IN.Normal0 + IN.Normal1;");
-    if (!Has(gpu::D3DDECLUSAGE_TANGENT, 1))
-        return;
+    if (!Has(gpu::D3DDECLUSAGE_TANGENT, 1)) return;
     Emit("float3 tangent = IN.Tangent0 + IN.Tangent1;");
-    if (Has(gpu::D3DDECLUSAGE_BINORMAL, 1))
-        Emit("float3 binormal = IN.Binormal0 + IN.Binormal1;");
+    if (Has(gpu::D3DDECLUSAGE_BINORMAL, 1)) Emit("float3 binormal = IN.Binormal0 + IN.Binormal1;");
 }
 
 void ShaderWriter::WriteWorldGeometry()
@@ -67,8 +59,7 @@ void ShaderWriter::WriteWorldGeometry()
     const uint32_t flags = material.flags;
     if (Has(gpu::D3DDECLUSAGE_BLENDWEIGHT, 0) && Has(gpu::D3DDECLUSAGE_BLENDINDICES, 0)) {
         Emit("float4x3 model = g_Model[IN.BoneIndices[0]] * IN.BoneWeights[0];");
-        for (int i = 1; i <= 3; ++i)
-            Emit("model += g_Model[IN.BoneIndices[%d]] * IN.BoneWeights[%d];", i, i);
+        for (int i = 1; i <= 3; ++i) Emit("model += g_Model[IN.BoneIndices[%d]] * IN.BoneWeights[%d];", i, i);
         Emit("float3x3 modelIT = (float3x3)model;");
     } else {
         Emit("float4x3 model = g_Model;");
@@ -103,8 +94,7 @@ void ShaderWriter::WriteVertexOutputs()
     if (material.fogEnable && fogType >= 1 && fogType <= 3)
         Emit("OUT.Fog = DoFog(distance(g_vEyePos, worldPos), g_Fog.x, g_Fog.y, %s);", kFogModes[fogType - 1]);
     for (int i = 0; i < 3; ++i) {
-        if (Has(gpu::D3DDECLUSAGE_TEXCOORD, i))
-            Emit("OUT.TexCoord%d = IN.TexCoord%d;", i, i);
+        if (Has(gpu::D3DDECLUSAGE_TEXCOORD, i)) Emit("OUT.TexCoord%d = IN.TexCoord%d;", i, i);
     }
     if (material.reflective) {
         Emit("float3 refl = reflect(worldViewDir, worldNormal);");
@@ -120,24 +110,20 @@ void ShaderWriter::WriteVertexLighting()
     const uint32_t flags = material.flags;
     if (flags & kMaterialVertexLighting) {
         Emit("OUT.Diffuse = g_GlobalAmbient;");
-        if (flags & kMaterialLit)
-            Emit("OUT.Specular = float3(0.0, 0.0, 0.0);");
+        if (flags & kMaterialLit) Emit("OUT.Specular = float3(0.0, 0.0, 0.0);");
         static constexpr LightingNames kVertexNames{"worldNormal", "worldPos", "worldViewDir", "OUT.Diffuse",
                                                     "OUT.Specular"};
         int index = 0;
         for (const uint32_t key : material.shaderKeys) {
-            if (!(key & kKeyPerPixel))
-                EmitLightCall(key, index, kVertexNames);
+            if (!(key & kKeyPerPixel)) EmitLightCall(key, index, kVertexNames);
             ++index;
         }
     }
     if (flags & kMaterialPixelLighting) {
         Emit("OUT.WorldNormal = worldNormal;");
         Emit("OUT.WorldPos = worldPos;");
-        if (flags & kMaterialLit)
-            Emit("OUT.WorldViewDir = worldViewDir;");
-        if (HasTexture(kSemanticNormal))
-            Emit("OUT.WorldTangent = worldTangent;");
+        if (flags & kMaterialLit) Emit("OUT.WorldViewDir = worldViewDir;");
+        if (HasTexture(kSemanticNormal)) Emit("OUT.WorldTangent = worldTangent;");
     }
 }
 

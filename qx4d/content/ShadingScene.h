@@ -12,7 +12,7 @@ namespace qx4d {
 
 /// The values of one `Light` that reach the shader constants.
 struct ShaderLight {
-    int32_t type = 0;        // 0 distant, 1 point, 2 spot
+    int32_t type = 0;              // 0 distant, 1 point, 2 spot
     float coneAngle = 0.5235988f;  // 30 degrees, radians
     float edgeAngle = 0.0872665f;  // 5 degrees: the soft edge inside the cone
     Float3 color{1.0f, 1.0f, 1.0f};

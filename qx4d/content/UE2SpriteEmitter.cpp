@@ -13,20 +13,17 @@ namespace qx4d {
 // One cell, the whole texture, until the "Texture" element is read.
 UE2SpriteEmitter::UE2SpriteEmitter()
     : subdivisions{Subdivision{{0, 0, 1, 0, 1, 1, 0, 1}}}, domain(std::make_unique<PointDomain>())
-{
-}
+{}
 
 UE2SpriteEmitter::~UE2SpriteEmitter()
 {
-    if (Renderer* renderer = Renderer::Instance())
-        renderer->ReleaseTexture(texture);
+    if (Renderer* renderer = Renderer::Instance()) renderer->ReleaseTexture(texture);
 }
 
 std::unique_ptr<UE2SpriteEmitter> UE2SpriteEmitter::Load(const String& path)
 {
     XmlDocument document;
-    if (!document.Load(u"EMITTERS:" + path))
-        return nullptr;
+    if (!document.Load(u"EMITTERS:" + path)) return nullptr;
     return Read(document.GetRoot());
 }
 
@@ -64,8 +61,7 @@ void UE2SpriteEmitter::BuildSubdivisions(bool endGiven)
     uSubdivisions = std::clamp(uSubdivisions, 1, kMaxSubdivisionsPerAxis);
     vSubdivisions = std::clamp(vSubdivisions, 1, kMaxSubdivisionsPerAxis);
     const int32_t count = uSubdivisions * vSubdivisions;
-    if (!endGiven)
-        subdivisionEnd = count - 1;
+    if (!endGiven) subdivisionEnd = count - 1;
     const double du = 1.0 / uSubdivisions, dv = 1.0 / vSubdivisions;
     subdivisions.assign(size_t(count), Subdivision{});
     for (int32_t r = 0; r < vSubdivisions; ++r) {
@@ -74,20 +70,17 @@ void UE2SpriteEmitter::BuildSubdivisions(bool endGiven)
             subdivisions[size_t(r * uSubdivisions + c)].corners = {u0, v0, u1, v0, u1, v1, u0, v1};
         }
     }
-    if (subdivisionScale.KeyCount() > 0)
-        return;
+    if (subdivisionScale.KeyCount() > 0) return;
     // One stepped key a cell, valued from 0 (not from the first cell) and spread over the
     // life. A range wider than the table adds no cell that could be shown.
     const int64_t n = std::min<int64_t>(int64_t(subdivisionEnd) - subdivisionStart + 1, count);
-    for (int64_t i = 0; i < n; ++i)
-        subdivisionScale.AddKey(float(i), float(double(i) / double(n)), Key::ShapeStepped);
+    for (int64_t i = 0; i < n; ++i) subdivisionScale.AddKey(float(i), float(double(i) / double(n)), Key::ShapeStepped);
 }
 
 void UE2SpriteEmitter::CompleteCurves()
 {
     for (Envelope* curve : {&sizeScaleX, &sizeScaleY, &colorScale[0], &colorScale[1], &colorScale[2], &colorScale[3]})
-        if (curve->KeyCount() == 0)
-            curve->AddKey(0.0f, 0.0f);
+        if (curve->KeyCount() == 0) curve->AddKey(0.0f, 0.0f);
 }
 
 }  // namespace qx4d

@@ -178,8 +178,7 @@ void RadixSort::SignedTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const
 // Sign and magnitude: a larger magnitude is a smaller negative, so the negative buckets
 // run from 0xFF down and are filled from their ends, which reverses the order of the lower
 // passes among negatives (equal negative keys come out reversed too).
-void RadixSort::FloatTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram,
-                             uint32_t negatives)
+void RadixSort::FloatTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram, uint32_t negatives)
 {
     const uint8_t firstTop = keyBytes[byteIndex];
     if (histogram[firstTop] == count) {

@@ -55,10 +55,8 @@ private:
     void RunPasses(const uint8_t* keyBytes, uint32_t negatives);
     void ScatterPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram);
     void ScatterByOffsets(const uint8_t* keyBytes, uint32_t byteIndex);
-    void SignedTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram,
-                       uint32_t negatives);
-    void FloatTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram,
-                      uint32_t negatives);
+    void SignedTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram, uint32_t negatives);
+    void FloatTopPass(const uint8_t* keyBytes, uint32_t byteIndex, const uint32_t* histogram, uint32_t negatives);
 
     int32_t kind;
     uint32_t capacity = 0;

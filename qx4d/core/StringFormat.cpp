@@ -75,7 +75,8 @@ void pad(std::u16string& out, const Conversion& conversion, std::u16string_view 
 // Wide text for %s, %ls, %ws; narrow (ANSI) text for %S and %hs.
 void appendString(std::u16string& out, const Conversion& conversion, va_list& args)
 {
-    const bool narrow = conversion.length == Length::Short || (conversion.type == u'S' && conversion.length != Length::Long);
+    const bool narrow =
+        conversion.length == Length::Short || (conversion.type == u'S' && conversion.length != Length::Long);
     std::u16string text;
     if (narrow) {
         const char* value = va_arg(args, const char*);
@@ -84,14 +85,16 @@ void appendString(std::u16string& out, const Conversion& conversion, va_list& ar
         const char16_t* value = va_arg(args, const char16_t*);
         text = value ? value : u"(null)";
     }
-    if (conversion.precision >= 0 && text.size() > size_t(conversion.precision)) text.resize(size_t(conversion.precision));
+    if (conversion.precision >= 0 && text.size() > size_t(conversion.precision))
+        text.resize(size_t(conversion.precision));
     pad(out, conversion, text);
 }
 
 void appendChar(std::u16string& out, const Conversion& conversion, va_list& args)
 {
     const int value = va_arg(args, int);
-    const bool narrow = conversion.length == Length::Short || (conversion.type == u'C' && conversion.length != Length::Long);
+    const bool narrow =
+        conversion.length == Length::Short || (conversion.type == u'C' && conversion.length != Length::Long);
     const char16_t c = narrow ? qx::os::toWide(qx::os::CodePage::Ansi, static_cast<unsigned char>(value))
                               : static_cast<char16_t>(value);
     pad(out, conversion, std::u16string_view(&c, 1));
@@ -112,7 +115,8 @@ void appendPrinted(std::u16string& out, const std::string& format, Value... valu
     char text[4096 + 400];
     const int written = std::snprintf(text, sizeof text, format.c_str(), value...);
     if (written <= 0) return;
-    for (int i = 0; i < std::min<int>(written, int(sizeof text) - 1); ++i) out.push_back(char16_t(static_cast<unsigned char>(text[i])));
+    for (int i = 0; i < std::min<int>(written, int(sizeof text) - 1); ++i)
+        out.push_back(char16_t(static_cast<unsigned char>(text[i])));
 }
 
 // Integers: Windows `long` is 32-bit, so %ld reads an int-sized argument.
@@ -121,33 +125,43 @@ void appendInteger(std::u16string& out, const Conversion& conversion, va_list& a
     const bool isSigned = conversion.type == u'd' || conversion.type == u'i';
     switch (conversion.length) {
     case Length::LongLong:
-        if (isSigned) appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, long long));
-        else appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, unsigned long long));
+        if (isSigned)
+            appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, long long));
+        else
+            appendPrinted(out, narrowFormat(conversion, "ll"), va_arg(args, unsigned long long));
         return;
-    case Length::Size:
-        appendPrinted(out, narrowFormat(conversion, "z"), va_arg(args, size_t));
-        return;
-    case Length::Short:
-        appendPrinted(out, narrowFormat(conversion, "h"), va_arg(args, int));
-        return;
-    case Length::Char:
-        appendPrinted(out, narrowFormat(conversion, "hh"), va_arg(args, int));
-        return;
+    case Length::Size: appendPrinted(out, narrowFormat(conversion, "z"), va_arg(args, size_t)); return;
+    case Length::Short: appendPrinted(out, narrowFormat(conversion, "h"), va_arg(args, int)); return;
+    case Length::Char: appendPrinted(out, narrowFormat(conversion, "hh"), va_arg(args, int)); return;
     default:
-        if (isSigned) appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, int));
-        else appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, unsigned int));
+        if (isSigned)
+            appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, int));
+        else
+            appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, unsigned int));
     }
 }
 
 void appendConversion(std::u16string& out, const Conversion& conversion, va_list& args)
 {
     switch (conversion.type) {
-    case u's': case u'S': appendString(out, conversion, args); return;
-    case u'c': case u'C': appendChar(out, conversion, args); return;
-    case u'd': case u'i': case u'u': case u'o': case u'x': case u'X': appendInteger(out, conversion, args); return;
-    case u'f': case u'F': case u'e': case u'E': case u'g': case u'G': case u'a': case u'A':
-        appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, double));
-        return;
+    case u's':
+    case u'S': appendString(out, conversion, args); return;
+    case u'c':
+    case u'C': appendChar(out, conversion, args); return;
+    case u'd':
+    case u'i':
+    case u'u':
+    case u'o':
+    case u'x':
+    case u'X': appendInteger(out, conversion, args); return;
+    case u'f':
+    case u'F':
+    case u'e':
+    case u'E':
+    case u'g':
+    case u'G':
+    case u'a':
+    case u'A': appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, double)); return;
     case u'p': appendPrinted(out, narrowFormat(conversion, ""), va_arg(args, void*)); return;
     default: return;  // %n and unknown conversions write nothing and take no argument.
     }

@@ -1,8 +1,8 @@
 #include "qx4d/core/TextReader.h"
 
-#include "qx4d/core/FileManager.h"
 #include "platform/os/CodePage.h"
 #include "platform/os/WideText.h"
+#include "qx4d/core/FileManager.h"
 
 #include <cstring>
 #include <vector>
@@ -20,10 +20,10 @@ bool isLineEndUnit(char16_t c) { return c == u'\r' || c == u'\n'; }
 // blocks can't exhaust the call stack.
 struct PendingStep {
     enum Kind {
-        SkipLine,        // read tokens of the line into the reader's own token until none is left
-        FinalToken,      // read one more token across lines, result ignored
-        BlockToken,      // read the next token of a block comment
-        BlockCheck,      // after a block token: stop at "*/", else read on
+        SkipLine,    // read tokens of the line into the reader's own token until none is left
+        FinalToken,  // read one more token across lines, result ignored
+        BlockToken,  // read the next token of a block comment
+        BlockCheck,  // after a block token: stop at "*/", else read on
     };
     Kind kind;
     String* out;
@@ -113,8 +113,7 @@ bool TextReader::NextToken(bool crossLines) { return NextToken(*this, crossLines
 
 void TextReader::SkipLine()
 {
-    while (NextToken(*this, false)) {
-    }
+    while (NextToken(*this, false)) {}
 }
 
 void TextReader::ReadValue(String& out)

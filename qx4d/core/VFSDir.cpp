@@ -14,7 +14,10 @@ namespace {
 constexpr uint64_t kMaxInflateRatio = 1032;
 constexpr uint64_t kInflateSlack = 1024;
 
-std::unique_ptr<uint8_t[]> allocate(size_t size) { return std::unique_ptr<uint8_t[]>(new (std::nothrow) uint8_t[size]()); }
+std::unique_ptr<uint8_t[]> allocate(size_t size)
+{
+    return std::unique_ptr<uint8_t[]>(new (std::nothrow) uint8_t[size]());
+}
 
 uint64_t archiveLength(std::FILE* archive)
 {

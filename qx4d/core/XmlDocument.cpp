@@ -1,8 +1,7 @@
 #include "qx4d/core/XmlDocument.h"
 
+#include "qx4d/core/ExpatWide.h"
 #include "qx4d/core/FileManager.h"
-
-#include <expat.h>
 
 #include <limits>
 
@@ -69,15 +68,16 @@ bool XmlDocument::Parse(std::unique_ptr<uint8_t[]> bytes, int64_t size)
     if (!bytes || size < 0 || size > std::numeric_limits<int>::max()) return false;
     fileData = std::move(bytes);
     fileSize = size;
-    XML_Parser parser = XML_ParserCreate(nullptr);
+    const ExpatWide* expat = LoadExpatWide();
+    XML_Parser parser = expat ? expat->parserCreate(nullptr) : nullptr;
     if (!parser) return false;
-    XML_SetElementHandler(parser, XmlTreeBuilder::OnStart, XmlTreeBuilder::OnEnd);
-    XML_SetUserData(parser, this);
+    expat->setElementHandler(parser, XmlTreeBuilder::OnStart, XmlTreeBuilder::OnEnd);
+    expat->setUserData(parser, this);
     root.reset();
     current = nullptr;
     // Not final: a document that stops early is no error, what was read stands.
-    const XML_Status status = XML_Parse(parser, reinterpret_cast<const char*>(fileData.get()), int(fileSize), 0);
-    XML_ParserFree(parser);
+    const XML_Status status = expat->parse(parser, reinterpret_cast<const char*>(fileData.get()), int(fileSize), 0);
+    expat->parserFree(parser);
     return status == XML_STATUS_OK;
 }
 

@@ -84,8 +84,8 @@ struct IndexTarget {
 
 // Files an entry with data under the inner folder; directories and empty files have no
 // data and are left out.
-void indexEntry(const IndexTarget& target, std::string_view oemName, uint32_t dataOffset,
-                uint32_t compressedSize, uint32_t uncompressedSize)
+void indexEntry(const IndexTarget& target, std::string_view oemName, uint32_t dataOffset, uint32_t compressedSize,
+                uint32_t uncompressedSize)
 {
     if (compressedSize == 0) return;
     String name = qx::os::toWide(qx::os::CodePage::Oem, oemName);

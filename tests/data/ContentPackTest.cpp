@@ -35,8 +35,7 @@ protected:
         parameters.BackBufferFormat = qx::gpu::D3DFMT_A8R8G8B8;
         parameters.EnableAutoDepthStencil = 1;
         parameters.AutoDepthStencilFormat = qx::gpu::D3DFMT_D24X8;
-        if (!device.Create(parameters))
-            GTEST_SKIP() << "no EGL device";
+        if (!device.Create(parameters)) GTEST_SKIP() << "no EGL device";
         renderer = std::make_unique<Renderer>();
     }
     void TearDown() override
@@ -60,8 +59,7 @@ TEST_F(ContentPackTest, EveryEffectFileCompiles)
     MountFolders();
     int count = 0;
     for (const auto& entry : fs::recursive_directory_iterator(kPack / "Effects")) {
-        if (entry.path().extension() != ".fx")
-            continue;
+        if (entry.path().extension() != ".fx") continue;
         ++count;
         // Names under the alias, with the engine's backslashes ("Filters\\Sepia.fx").
         String name(fs::relative(entry.path(), kPack / "Effects").u16string());
@@ -106,8 +104,7 @@ void ExpectSceneLoads(Renderer& renderer, const PackScene& packScene)
     EXPECT_FALSE(scene.cameras.empty());
     EXPECT_FALSE(scene.objectInstances.empty());
     EXPECT_GT(scene.endTime, scene.startTime);
-    for (const ObjectInstance* instance : scene.objectInstances)
-        EXPECT_FALSE(instance->object->items.empty());
+    for (const ObjectInstance* instance : scene.objectInstances) EXPECT_FALSE(instance->object->items.empty());
     for (const char16_t* name : packScene.placeholders) {
         ResourceHandle picture = renderer.FindTexture(name);
         EXPECT_FALSE(picture.IsNull()) << std::string(name, name + std::char_traits<char16_t>::length(name));
@@ -117,7 +114,8 @@ void ExpectSceneLoads(Renderer& renderer, const PackScene& packScene)
     for (const ParticleSystem* system : scene.particleSystems) {
         EXPECT_FALSE(system->instances.empty());
         for (const auto& description : system->descriptions)
-            EXPECT_NE(renderer.GetTexture(description->texture), nullptr) << std::string(description->name.begin(), description->name.end());
+            EXPECT_NE(renderer.GetTexture(description->texture), nullptr)
+                << std::string(description->name.begin(), description->name.end());
     }
     for (const LensFlare* flare : scene.lensFlares) {
         EXPECT_NE(renderer.GetTexture(flare->glowTexture), nullptr);
@@ -148,8 +146,7 @@ TEST_F(ContentPackTest, TheZipServesTheSamePack)
     // The transition's two pictures, and a fountain whose emitters come from the zip too.
     for (const PackScene& scene : kScenes) {
         const std::u16string_view path = scene.path;
-        if (path == u"Transitions\\Cube.afx" || path == u"Particles\\Fontaine.afx")
-            ExpectSceneLoads(*renderer, scene);
+        if (path == u"Transitions\\Cube.afx" || path == u"Particles\\Fontaine.afx") ExpectSceneLoads(*renderer, scene);
     }
     size_t fromZip = 0;
     const auto zipped = files.Load(u"OBJECTS:flag.qxo", fromZip);

@@ -34,7 +34,7 @@ TEST_F(FrameEffect, FadeInComesFromTheColourAndFadeOutGoesToIt)
     EXPECT_EQ(run(7, u"0;", 1.0f), gradientFrame(W, H));
     EXPECT_EQ(run(8, u"0;", 0.0f), gradientFrame(W, H));
     EXPECT_EQ(run(8, u"0;", 1.0f), uniform(0xFF000000u));
-    EXPECT_EQ(run(7, u"255;", 0.0f), uniform(0xFFFF0000u));  // COLORREF 255 is red
+    EXPECT_EQ(run(7, u"255;", 0.0f), uniform(0xFFFF0000u));       // COLORREF 255 is red
     EXPECT_EQ(run(8, u"16711680;", 1.0f), uniform(0xFF0000FFu));  // and 0xFF0000 blue
 }
 
@@ -49,7 +49,7 @@ TEST_F(FrameEffect, FadeHalfWayMixesTheColourIn)
 TEST_F(FrameEffect, ColourKeyWithToleranceZeroKeysExactlyTheColour)
 {
     auto input = uniform(0xFF102030u);
-    input[5] = 0xFF112030u;  // one step of red away
+    input[5] = 0xFF112030u;                                  // one step of red away
     const auto keyed = run(15, u"3153936;0;", 0.5f, input);  // COLORREF of 0x102030: 0x302010
     EXPECT_EQ(keyed[0], 0u);
     EXPECT_EQ(keyed[5], 0xFF112030u);

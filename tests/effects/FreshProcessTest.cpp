@@ -16,8 +16,7 @@ TEST(FreshProcess, FirstAgedFrameHasTheSameGrainInEveryRun)
     ASSERT_EQ(fastrandSeed(), 0u);
     constexpr LONG kSide = 64;
     std::vector<uint32_t> input(kSide * kSide);
-    for (size_t i = 0; i < input.size(); ++i)
-        input[i] = 0xFF000000u | ((uint32_t(i) * 0x030507u) & 0xFFFFFFu);
+    for (size_t i = 0; i < input.size(); ++i) input[i] = 0xFF000000u | ((uint32_t(i) * 0x030507u) & 0xFFFFFFu);
     std::vector<uint32_t> output(input.size());
     CVideoAgging effect(kSide, kSide);
     ASSERT_EQ(effect.Start(), 0);

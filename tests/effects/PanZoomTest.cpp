@@ -18,7 +18,8 @@ std::vector<uint32_t> rampFrame()
 {
     std::vector<uint32_t> frame(size_t(W * H));
     for (LONG y = 0; y < H; ++y) {
-        for (LONG x = 0; x < W; ++x) frame[size_t(y * W + x)] = 0xFF000000u | uint32_t(4 * x) << 16 | uint32_t(5 * y) << 8;
+        for (LONG x = 0; x < W; ++x)
+            frame[size_t(y * W + x)] = 0xFF000000u | uint32_t(4 * x) << 16 | uint32_t(5 * y) << 8;
     }
     return frame;
 }

@@ -1,5 +1,5 @@
-#include "effects/FastRand.h"
 #include "effects/VideoAgging.h"
+#include "effects/FastRand.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@ namespace {
 /// Opens the effect's state to the tests.
 class AggingProbe : public CVideoAgging {
 public:
-    using CVideoAgging::CVideoAgging;
     using CVideoAgging::areaScale;
+    using CVideoAgging::CVideoAgging;
     using CVideoAgging::Scratch;
     using CVideoAgging::scratches;
 };
@@ -24,15 +24,11 @@ struct Frames {
 
     Frames(LONG width, LONG height, uint32_t sample)
         : input(size_t(width) * size_t(height), sample), output(input.size(), 0xDEADBEEFu)
-    {
-    }
+    {}
 };
 
 /// What the colour ageing makes of a sample without its grain bits.
-uint32_t agedWithoutGrain(uint32_t sample)
-{
-    return sample - ((sample & 0xFCFCFCu) >> 2) + 0x181818u;
-}
+uint32_t agedWithoutGrain(uint32_t sample) { return sample - ((sample & 0xFCFCFCu) >> 2) + 0x181818u; }
 
 TEST(VideoAggingStart, AreaScaleFollowsTheFrameAreaAndIsAtLeastOne)
 {
@@ -79,8 +75,7 @@ TEST(VideoAggingFrame, GrainFollowsTheSharedSequence)
 TEST(VideoAggingFrame, AgeingKeepsAlphaAndOnlyAddsGrainBits)
 {
     std::vector<uint32_t> input(128 * 96);
-    for (size_t i = 0; i < input.size(); ++i)
-        input[i] = uint32_t(i * 2654435761u);
+    for (size_t i = 0; i < input.size(); ++i) input[i] = uint32_t(i * 2654435761u);
     std::vector<uint32_t> output(input.size());
     CVideoAgging effect(128, 96);
     ASSERT_EQ(effect.Start(), 0);
@@ -154,8 +149,8 @@ TEST(VideoAggingScratches, ALiveScratchLightensItsColumnWithSaturation)
     size_t lightened = 0;
     for (LONG y = 0; y < kHeight; ++y) {
         const uint32_t sample = frames.output[size_t(y * kWidth + 20)];
-        lightened += (sample & 0xFF) >= 0xF8 && ((sample >> 8) & 0xFF) >= 0xF8 &&
-                     ((sample >> 16) & 0xFF) >= 0xF8 && (sample >> 24) <= 1;
+        lightened += (sample & 0xFF) >= 0xF8 && ((sample >> 8) & 0xFF) >= 0xF8 && ((sample >> 16) & 0xFF) >= 0xF8 &&
+                     (sample >> 24) <= 1;
         EXPECT_LE(frames.output[size_t(y * kWidth + 21)] & 0xFF, 0xE8u);
     }
     EXPECT_GE(lightened, size_t(kHeight - 16));  // a pit may cover a few rows

@@ -26,8 +26,7 @@ std::vector<uint32_t> positionFrame(LONG width, LONG height)
 {
     std::vector<uint32_t> frame(size_t(width) * size_t(height));
     for (LONG y = 0; y < height; ++y)
-        for (LONG x = 0; x < width; ++x)
-            frame[size_t(y * width + x)] = uint32_t(y) << 16 | uint32_t(x);
+        for (LONG x = 0; x < width; ++x) frame[size_t(y * width + x)] = uint32_t(y) << 16 | uint32_t(x);
     return frame;
 }
 
@@ -57,8 +56,7 @@ TEST(VideoRippleStill, WithoutDropsTheFrameComesBackAsItIs)
     for (auto [width, height] : {std::pair{320, 240}, {64, 48}, {63, 47}, {8, 8}, {9, 11}}) {
         Water water(width, height, 0);
         ASSERT_EQ(water.started, 0);
-        for (int frame = 0; frame < 3; ++frame)
-            EXPECT_EQ(water.frame(), water.input) << width << "x" << height;
+        for (int frame = 0; frame < 3; ++frame) EXPECT_EQ(water.frame(), water.input) << width << "x" << height;
     }
 }
 
@@ -182,8 +180,7 @@ TEST(VideoRippleStart, AnyNumberOfDropsEndsQuickly)
     for (LONG drops : {INT32_MAX, -5}) {
         Water water(8, 8, drops);
         ASSERT_EQ(water.started, 0);
-        for (int frame = 0; frame < 5; ++frame)
-            water.frame();
+        for (int frame = 0; frame < 5; ++frame) water.frame();
     }
 }
 

@@ -15,8 +15,7 @@ public:
         : width_(width), height_(height), first_(transform::DXSurface::create(width, height)),
           second_(transform::DXSurface::create(width, height)), output_(transform::DXSurface::create(width, height)),
           compositor_(CQXCompositor::Create())
-    {
-    }
+    {}
 
     CQXCompositor& compositor() { return *compositor_.get(); }
     LONG width() const { return width_; }

@@ -6,9 +6,9 @@
 // frame through.
 #include "tests/filters/CompositorHarness.h"
 
-#include "wrap3d/DataPath.h"
 #include "platform/video/MovieReaderComponent.h"
 #include "tools/swf/SwfWriter.h"
+#include "wrap3d/DataPath.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -129,8 +129,8 @@ TEST_F(SecondInput, KeyRangeIsTheKeyPlusOrMinusTheSimilarityClamped)
 {
     // Red low in COLORREF order: the key (0x10, 0x20, 0x30) within 5 per channel.
     std::vector<uint32_t> second(40 * 20, 0xFF102030u);
-    second[5] = 0xFF152535u;   // just inside
-    second[6] = 0xFF162030u;   // red 6 away: outside
+    second[5] = 0xFF152535u;  // just inside
+    second[6] = 0xFF162030u;  // red 6 away: outside
     harness.setSecond(second);
     c().put_KeyColor(0x302010u);
     c().put_Similarity(0x050505u);
@@ -198,10 +198,14 @@ protected:
         dir_ = fs::temp_directory_path() / ("qx-compositor-" + std::to_string(::getpid()));
         fs::create_directories(dir_);
         const std::string ffmpeg = "ffmpeg -nostdin -loglevel error -y ";
-        run(ffmpeg + "-filter_complex \"color=c=red:s=4x4,format=rgb24[a];color=c=lime:s=4x4,format=rgb24[b];"
-                     "[a][b]hstack\" -frames:v 1 '" + file("picture.png") + "'");
-        run(ffmpeg + "-f lavfi -i \"color=c=black:s=40x20:r=10,format=rgb24,geq=r='N*10+5':g=40:b=90\" "
-                     "-frames:v 20 -c:v mpeg4 -q:v 1 '" + file("clip.MOV") + "'");
+        run(ffmpeg +
+            "-filter_complex \"color=c=red:s=4x4,format=rgb24[a];color=c=lime:s=4x4,format=rgb24[b];"
+            "[a][b]hstack\" -frames:v 1 '" +
+            file("picture.png") + "'");
+        run(ffmpeg +
+            "-f lavfi -i \"color=c=black:s=40x20:r=10,format=rgb24,geq=r='N*10+5':g=40:b=90\" "
+            "-frames:v 20 -c:v mpeg4 -q:v 1 '" +
+            file("clip.MOV") + "'");
         writeAnimation();
         std::ofstream(dir_ / "notes.png") << "no picture here";
     }
@@ -214,14 +218,16 @@ protected:
         swftool::SwfWriter writer(10, {0, 800, 0, 400}, 10.0);
         for (uint16_t frame = 0; frame < 2; ++frame) {
             swftool::ShapeBuilder shape;
-            shape.fills = {swf::FillStyle{swf::FillKind::Solid, frame == 0 ? swf::Rgba{255, 0, 0, 255} : swf::Rgba{0, 255, 0, 255}}};
+            shape.fills = {swf::FillStyle{swf::FillKind::Solid,
+                                          frame == 0 ? swf::Rgba{255, 0, 0, 255} : swf::Rgba{0, 255, 0, 255}}};
             shape.rectangle(0, 0, 400, 400, 1);
             writer.defineShape(uint16_t(frame + 1), shape);
             writer.place(1, uint16_t(frame + 1), {}, std::nullopt, std::nullopt, std::nullopt, frame > 0);
             writer.showFrame();
         }
         const auto bytes = writer.finish();
-        std::ofstream(dir_ / "ANIM.DAT", std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        std::ofstream(dir_ / "ANIM.DAT", std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
     }
 
     static void run(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
@@ -283,12 +289,12 @@ TEST_F(OverlayFiles, MovieFramesFollowProgressSpanAndStart)
 {
     ASSERT_EQ(video::RegisterMovieReader(), S_OK);
     CQXCompositor& c = harness.compositor();
-    c.put_Duration(1.0);    // shorter than the 2 s movie: only that part plays
+    c.put_Duration(1.0);  // shorter than the 2 s movie: only that part plays
     c.put_MediaStart(0.35);
     overlayAndSetUp("clip.MOV");
     ASSERT_EQ(harness.execute(0.5f), S_OK);  // 0.5 * 1.0 + 0.35: frame 8
     EXPECT_TRUE(nearSample(harness.at(20, 10), 0xFF000000u | 85u << 16 | 40u << 8 | 90u, 4));
-    c.put_Duration(10.0);  // longer than the movie: the movie's own 2 s
+    c.put_Duration(10.0);                    // longer than the movie: the movie's own 2 s
     ASSERT_EQ(harness.execute(0.5f), S_OK);  // 0.5 * 2 + 0.35: frame 13
     EXPECT_TRUE(nearSample(harness.at(20, 10), 0xFF000000u | 135u << 16 | 40u << 8 | 90u, 4));
     EXPECT_EQ(video::RevokeMovieReader(), S_OK);

@@ -50,8 +50,7 @@ struct CropGraph {
 
     CropGraph(LONG width, LONG height, const GUID& subtype = MEDIASUBTYPE_RGB32)
         : source(make<SourceFilter>(videoType(subtype, width, height, 32), width * height * 4))
-    {
-    }
+    {}
     HRESULT connect()
     {
         if (const HRESULT hr = source->Output().Connect(&crop->InputPin(), nullptr); FAILED(hr)) return hr;

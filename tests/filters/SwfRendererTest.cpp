@@ -2,10 +2,10 @@
 // frame a progress gives (spread over the clip, or looping at the movie's own pace), the
 // magenta background and its key, the stage's fit, the destination rectangle, the data
 // path before every name, and the failures the thumbnails report.
-#include "filters/FlashAnimation.h"
 #include "filters/SwfRenderer.h"
-#include "wrap3d/DataPath.h"
+#include "filters/FlashAnimation.h"
 #include "tools/swf/SwfWriter.h"
+#include "wrap3d/DataPath.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ using swftool::ShapeBuilder;
 using swftool::SwfWriter;
 
 constexpr uint32_t kMagenta = 0xFFFF00FFu;
-constexpr uint32_t kMarker = 0x12345678u;       // translucent: a round trip through premultiplied samples would show
+constexpr uint32_t kMarker = 0x12345678u;  // translucent: a round trip through premultiplied samples would show
 constexpr uint32_t kOpaqueMarker = 0xFF345678u;
 
 // The opaque BGRA sample of frame `index` of the numbered movie.
@@ -43,7 +43,8 @@ protected:
 
     void write(const std::string& name, const std::vector<uint8_t>& bytes) const
     {
-        std::ofstream(dir_ / name, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        std::ofstream(dir_ / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
     }
 
     // `frames` frames of 20 by 10 pixels at 10 per second, each a rectangle of its own

@@ -3,6 +3,7 @@
 // Progress and Execute, and reads the output frame back.
 #include "host/DynamicEffect.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,7 @@ public:
     EffectHarness(LONG width, LONG height)
         : width_(width), height_(height), input_(transform::DXSurface::create(width, height)),
           output_(transform::DXSurface::create(width, height)), effect_(CQXDynamicEffect::Create())
-    {
-    }
+    {}
 
     CQXDynamicEffect& effect() { return *effect_.get(); }
     LONG width() const { return width_; }

@@ -1,3 +1,4 @@
+#include "host/ExternalFilter.h"
 #include "platform/com/ClassRegistry.h"
 #include "platform/imaging/BitmapHandle.h"
 #include "tests/host/EffectHarness.h"
@@ -25,8 +26,7 @@ public:
         *filterHandle = 77;
         return S_OK;
     }
-    HRESULT ApplyFilter(DWORD filterHandle, imaging::BitmapHandle* bitmap, const LONG* params,
-                        LONG paramCount) override
+    HRESULT ApplyFilter(DWORD filterHandle, imaging::BitmapHandle* bitmap, const LONG* params, LONG paramCount) override
     {
         appliedHandle = filterHandle;
         const auto row = bitmap->row(0);
@@ -56,7 +56,8 @@ protected:
 
     void SetUp() override
     {
-        CoRegisterClassObject(CLSID_ExternalFilterObject, com::ComPtr<IClassFactory>(new FakeFilterClass(filter.get())).get());
+        CoRegisterClassObject(CLSID_ExternalFilterObject,
+                              com::ComPtr<IClassFactory>(new FakeFilterClass(filter.get())).get());
     }
     void TearDown() override { CoRevokeClassObject(CLSID_ExternalFilterObject); }
 };
@@ -81,7 +82,8 @@ TEST_F(ExternalFilterRoutine, SeesTheFrameUpsideDownAndGivesItBackTheRightWayUp)
     // ...so what it paints on its row 0 lands on the frame's last row.
     const auto output = harness.output();
     EXPECT_EQ(std::vector<uint32_t>(output.end() - W, output.end()), std::vector<uint32_t>(W, 0xFFFFFFFFu));
-    EXPECT_EQ(std::vector<uint32_t>(output.begin(), output.end() - W), std::vector<uint32_t>(input.begin(), input.end() - W));
+    EXPECT_EQ(std::vector<uint32_t>(output.begin(), output.end() - W),
+              std::vector<uint32_t>(input.begin(), input.end() - W));
 }
 
 }  // namespace

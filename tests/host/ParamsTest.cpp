@@ -78,17 +78,15 @@ TEST_P(Defaults, ByTableIndex)
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKind, Defaults,
-                         ::testing::Values(DefaultsCase{0, {100, 100, 900, 900}},
-                                           DefaultsCase{3, {250, 250, 750, 750}},
+                         ::testing::Values(DefaultsCase{0, {100, 100, 900, 900}}, DefaultsCase{3, {250, 250, 750, 750}},
                                            DefaultsCase{6, {0, 0, 500, 500, 500, 500, 1000, 1000}},
-                                           DefaultsCase{8, {0}},
-                                           DefaultsCase{9, {20, 5, 10, 30, 30, 50, 20, 0, 2}},
+                                           DefaultsCase{8, {0}}, DefaultsCase{9, {20, 5, 10, 30, 30, 50, 20, 0, 2}},
                                            DefaultsCase{15, {4, 3, 12, 0}},  // id 12, the puzzle
                                            DefaultsCase{16, {1}},            // id 2001
                                            DefaultsCase{10, {}},             // id 2000
                                            DefaultsCase{11, {}}, DefaultsCase{17, {}},
-                                           DefaultsCase{19, {}},             // id 5000, no scene context
-                                           DefaultsCase{23, {}},             // id 15000
+                                           DefaultsCase{19, {}},  // id 5000, no scene context
+                                           DefaultsCase{23, {}},  // id 15000
                                            DefaultsCase{24, {}}),
                          [](const auto& testInfo) { return "Index" + std::to_string(testInfo.param.index); });
 

@@ -30,14 +30,16 @@ protected:
         swftool::SwfWriter writer(10, {0, 320, 0, 160}, 10.0);
         for (uint16_t frame = 0; frame < 2; ++frame) {
             swftool::ShapeBuilder shape;
-            shape.fills = {swf::FillStyle{swf::FillKind::Solid, frame == 0 ? swf::Rgba{255, 0, 0, 255} : swf::Rgba{0, 0, 255, 255}}};
+            shape.fills = {swf::FillStyle{swf::FillKind::Solid,
+                                          frame == 0 ? swf::Rgba{255, 0, 0, 255} : swf::Rgba{0, 0, 255, 255}}};
             shape.rectangle(0, 0, 160, 160, 1);
             writer.defineShape(uint16_t(frame + 1), shape);
             writer.place(1, uint16_t(frame + 1), {}, std::nullopt, std::nullopt, std::nullopt, frame > 0);
             writer.showFrame();
         }
         const auto bytes = writer.finish();
-        std::ofstream(dir_ / "anim.swf", std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        std::ofstream(dir_ / "anim.swf", std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
     }
     void TearDown() override
     {
@@ -65,7 +67,7 @@ TEST_F(VectorAnimation, FramesOfTheMovieGoOverTheVideo)
     ASSERT_EQ(harness.execute(0.0f), S_OK);
     auto output = harness.output();
     EXPECT_EQ(output[2 * 16 + 3], 0xFFFF0000u);
-    EXPECT_EQ(output[2 * 16 + 12], kGrey);  // the movie's background is keyed out
+    EXPECT_EQ(output[2 * 16 + 12], kGrey);    // the movie's background is keyed out
     ASSERT_EQ(harness.execute(0.75f), S_OK);  // frame 1 of 2, spread over the clip
     EXPECT_EQ(harness.output()[2 * 16 + 3], 0xFF0000FFu);
 }
@@ -79,10 +81,7 @@ TEST_F(VectorAnimation, WithASpanTheMovieLoopsAtItsOwnRate)
     EXPECT_EQ(harness.output()[2 * 16 + 3], 0xFFFF0000u);
 }
 
-TEST_F(VectorAnimation, AMovieMissingFromTheDataPathFailsSetup)
-{
-    EXPECT_EQ(setUp(u"absent.swf"), E_FAIL);
-}
+TEST_F(VectorAnimation, AMovieMissingFromTheDataPathFailsSetup) { EXPECT_EQ(setUp(u"absent.swf"), E_FAIL); }
 
 }  // namespace
 }  // namespace qx

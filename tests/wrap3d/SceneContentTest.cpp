@@ -42,8 +42,7 @@ int CountAround(const std::vector<uint32_t>& frame, float inner, const std::func
     for (LONG y = 0; y < kHeight; ++y) {
         for (LONG x = 0; x < kWidth; ++x) {
             const float nx = (x + 0.5f) / kWidth * 2 - 1, ny = 1 - (y + 0.5f) / kHeight * 2;
-            if (std::abs(nx) < inner && std::abs(ny) < inner)
-                continue;
+            if (std::abs(nx) < inner && std::abs(ny) < inner) continue;
             const uint32_t p = frame[size_t(y * kWidth + x)];
             count += test(int((p >> 16) & 0xFF), int((p >> 8) & 0xFF), int(p & 0xFF));
         }
@@ -62,9 +61,8 @@ TEST_F(SceneContentTest, SparksFlyAroundTheScreen)
 TEST_F(SceneContentTest, SnowFallsInFrontOfTheScreen)
 {
     const auto frame = Play(5003, u"Particles\\Neige.afx", 30);
-    const int flakes = CountAround(frame, 0.72f, [](int r, int g, int b) {
-        return r > 120 && std::abs(r - g) < 30 && std::abs(g - b) < 40;
-    });
+    const int flakes = CountAround(
+        frame, 0.72f, [](int r, int g, int b) { return r > 120 && std::abs(r - g) < 30 && std::abs(g - b) < 40; });
     EXPECT_GT(flakes, 40) << "pale flakes against the night";
     EXPECT_EQ(Dominant(At(frame, kWidth, 0.4f, -0.4f)), Colour::Yellow);
 }
@@ -104,7 +102,9 @@ TEST_F(SceneContentTest, FilterScenesChangeTheFrameAsTheirNamesSay)
     const auto bloom = Play(5004, u"Effects\\Eclat.afx", 1, 0.5f);
     const uint32_t nearYellow = At(bloom, kWidth, 0.5f, 0.04f), plainGreen = At(straight, kWidth, 0.5f, 0.04f);
     EXPECT_GT(int((nearYellow >> 16) & 0xFF), int((plainGreen >> 16) & 0xFF) + 25);
-    EXPECT_LE(std::abs(int((At(bloom, kWidth, -0.5f, 0.5f) >> 8) & 0xFF) - int((At(straight, kWidth, -0.5f, 0.5f) >> 8) & 0xFF)), 6);
+    EXPECT_LE(std::abs(int((At(bloom, kWidth, -0.5f, 0.5f) >> 8) & 0xFF) -
+                       int((At(straight, kWidth, -0.5f, 0.5f) >> 8) & 0xFF)),
+              6);
 }
 
 // A device lost and reset between frames: the filter chain's targets, the bloom's levels

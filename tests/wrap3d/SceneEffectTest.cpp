@@ -175,12 +175,10 @@ TEST_F(SceneEffectTest, TwoThreadsDriveTwoEffectsAtOnce)
     std::vector<std::vector<uint32_t>> together[2];
     std::thread cube([&] {
         for (int round = 0; round < 3; ++round)
-            for (const float progress : progresses)
-                together[0].push_back(Run(5000, progress));
+            for (const float progress : progresses) together[0].push_back(Run(5000, progress));
     });
     for (int round = 0; round < 3; ++round)
-        for (const float progress : progresses)
-            together[1].push_back(Run(5004, progress, u"Effects\\Drapeau.afx"));
+        for (const float progress : progresses) together[1].push_back(Run(5004, progress, u"Effects\\Drapeau.afx"));
     cube.join();
     for (int effect = 0; effect < 2; ++effect)
         for (size_t i = 0; i < together[effect].size(); ++i)

@@ -19,16 +19,14 @@ class SceneTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        if (IsContextReady())
-            return;
+        if (IsContextReady()) return;
         com::ComPtr<CQXDynamicEffect> host(CQXDynamicEffect::Create());
         Bstr dataPath(std::u16string(u"" QX_DATA_DIR));
         host->SetGlobalDataPath(dataPath.get());
     }
     void SetUp() override
     {
-        if (!IsContextReady())
-            GTEST_SKIP() << "the scene context can't start here (no EGL device)";
+        if (!IsContextReady()) GTEST_SKIP() << "the scene context can't start here (no EGL device)";
     }
 };
 
@@ -40,8 +38,7 @@ inline std::u16string DefaultParams(CQXDynamicEffect& host, LONG id)
     host.GetEffectDefaults(index, values, &count);
     std::u16string text;
     for (LONG i = 0; i < count; ++i) {
-        for (const char c : std::to_string(values[i]))
-            text.push_back(char16_t(c));
+        for (const char c : std::to_string(values[i])) text.push_back(char16_t(c));
         text.push_back(u';');
     }
     return text;
@@ -54,7 +51,8 @@ inline std::vector<uint32_t> QuadrantFrame(LONG width, LONG height)
     for (LONG y = 0; y < height; ++y) {
         for (LONG x = 0; x < width; ++x) {
             const bool right = x >= width / 2, bottom = y >= height / 2;
-            frame[size_t(y * width + x)] = bottom ? (right ? 0xFFE0E020u : 0xFF2020E0u) : (right ? 0xFF20E020u : 0xFFE02020u);
+            frame[size_t(y * width + x)] =
+                bottom ? (right ? 0xFFE0E020u : 0xFF2020E0u) : (right ? 0xFF20E020u : 0xFFE02020u);
         }
     }
     return frame;
@@ -81,17 +79,12 @@ inline std::ostream& operator<<(std::ostream& out, Colour colour)
 inline Colour Dominant(uint32_t pixel)
 {
     const int r = int((pixel >> 16) & 0xFF), g = int((pixel >> 8) & 0xFF), b = int(pixel & 0xFF);
-    if (std::max({r, g, b}) < 110)
-        return Colour::Dark;
+    if (std::max({r, g, b}) < 110) return Colour::Dark;
     const int margin = 60;
-    if (r > b + margin && g > b + margin && std::abs(r - g) < margin)
-        return Colour::Yellow;
-    if (r > g + margin && r > b + margin)
-        return Colour::Red;
-    if (g > r + margin && g > b + margin)
-        return Colour::Green;
-    if (b > r + margin && b > g + margin)
-        return Colour::Blue;
+    if (r > b + margin && g > b + margin && std::abs(r - g) < margin) return Colour::Yellow;
+    if (r > g + margin && r > b + margin) return Colour::Red;
+    if (g > r + margin && g > b + margin) return Colour::Green;
+    if (b > r + margin && b > g + margin) return Colour::Blue;
     return Colour::Other;
 }
 
@@ -100,8 +93,7 @@ inline double MeanDifference(const std::vector<uint32_t>& a, const std::vector<u
 {
     double sum = 0.0;
     for (size_t i = 0; i < a.size(); ++i)
-        for (const int shift : {0, 8, 16})
-            sum += std::abs(int((a[i] >> shift) & 0xFF) - int((b[i] >> shift) & 0xFF));
+        for (const int shift : {0, 8, 16}) sum += std::abs(int((a[i] >> shift) & 0xFF) - int((b[i] >> shift) & 0xFF));
     return sum / (3.0 * double(a.size()));
 }
 

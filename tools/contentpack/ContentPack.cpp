@@ -40,16 +40,16 @@ bool WriteObjects(const fs::path& objects)
     const std::string sample1 = "cartes\\sample 1.dds";
     const std::string everyFace[6] = {sample1, sample1, sample1, sample1, sample1, sample1};
     const std::string transitionFaces[6] = {"cartes\\sample 3.dds", "", "", "cartes\\sample 4.dds", "", ""};
-    bool written = WriteFile(objects / "cube.qxo", WriteObject(Box(everyFace, lit)))
-                && WriteFile(objects / "plane.qxo", WriteObject(TwoSidedPlane(sample1, lit)))
-                && WriteFile(objects / "flag.qxo", WriteObject(WavingFlag(sample1, lit, 32, 24, 30, 12)))
-                && WriteFile(objects / "screen.qxo", WriteObject(TwoSidedPlane("cartes\\sample 2.dds", frameLit)))
-                && WriteFile(objects / "frame.qxo", WriteObject(TwoSidedPlane(sample1, frameLit)))
-                && WriteFile(objects / "transition-cube.qxo", WriteObject(Box(transitionFaces, frameLit)));
+    bool written = WriteFile(objects / "cube.qxo", WriteObject(Box(everyFace, lit))) &&
+                   WriteFile(objects / "plane.qxo", WriteObject(TwoSidedPlane(sample1, lit))) &&
+                   WriteFile(objects / "flag.qxo", WriteObject(WavingFlag(sample1, lit, 32, 24, 30, 12))) &&
+                   WriteFile(objects / "screen.qxo", WriteObject(TwoSidedPlane("cartes\\sample 2.dds", frameLit))) &&
+                   WriteFile(objects / "frame.qxo", WriteObject(TwoSidedPlane(sample1, frameLit))) &&
+                   WriteFile(objects / "transition-cube.qxo", WriteObject(Box(transitionFaces, frameLit)));
     for (int card = 1; card <= 4; ++card) {
         const std::string name = "cartes\\carte " + std::to_string(card) + ".dds";
-        written = written
-               && WriteFile(objects / ("card" + std::to_string(card) + ".qxo"), WriteObject(TwoSidedPlane(name, lit)));
+        written = written &&
+                  WriteFile(objects / ("card" + std::to_string(card) + ".qxo"), WriteObject(TwoSidedPlane(name, lit)));
     }
     return written;
 }
@@ -60,15 +60,17 @@ bool WriteImages(const fs::path& images)
     bool written = true;
     for (int i = 0; i < 4; ++i) {
         const std::string number = std::to_string(i + 1);
-        written = written && WriteFile(images / "cartes" / ("sample " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[i])))
-               && WriteFile(images / "cartes" / ("carte " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[3 - i])));
+        written =
+            written &&
+            WriteFile(images / "cartes" / ("sample " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[i]))) &&
+            WriteFile(images / "cartes" / ("carte " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[3 - i])));
     }
-    written = written && WriteFile(images / "backdrops" / "night.dds", DdsOf(Gradient(512, 256, 0xFF05070Fu, 0xFF1C2550u)))
-           && WriteFile(images / "backdrops" / "dusk.dds", DdsOf(Gradient(512, 256, 0xFF141A33u, 0xFF5A3A4Au)))
-           && WriteFile(images / "backdrops" / "studio.dds", DdsOf(Gradient(512, 256, 0xFF101012u, 0xFF3A3A40u)));
+    written = written &&
+              WriteFile(images / "backdrops" / "night.dds", DdsOf(Gradient(512, 256, 0xFF05070Fu, 0xFF1C2550u))) &&
+              WriteFile(images / "backdrops" / "dusk.dds", DdsOf(Gradient(512, 256, 0xFF141A33u, 0xFF5A3A4Au))) &&
+              WriteFile(images / "backdrops" / "studio.dds", DdsOf(Gradient(512, 256, 0xFF101012u, 0xFF3A3A40u)));
     auto pictures = FlarePictures();
-    for (auto& picture : ParticlePictures())
-        pictures.push_back(std::move(picture));
+    for (auto& picture : ParticlePictures()) pictures.push_back(std::move(picture));
     for (const auto& [name, picture] : pictures)
         written = written && WriteFile(images / ImagePath(name), DdsOf(picture));
     return written && WriteFile(images / "sepia.tga", TgaOf(SepiaRamp()));

@@ -43,7 +43,9 @@ double Smooth(double edge0, double edge1, double x)
 Rgba Spectrum(double t)
 {
     const double hue = std::clamp(t, 0.0, 1.0) * 0.8;
-    const auto channel = [&](double offset) { return std::clamp(std::abs(std::fmod(hue * 6.0 + offset, 6.0) - 3.0) - 1.0, 0.0, 1.0); };
+    const auto channel = [&](double offset) {
+        return std::clamp(std::abs(std::fmod(hue * 6.0 + offset, 6.0) - 3.0) - 1.0, 0.0, 1.0);
+    };
     return {channel(0.0), channel(4.0), channel(2.0), 1.0};
 }
 
@@ -66,7 +68,8 @@ Picture Glow(double red, double green, double blue)
     return Draw(kFlareSize, kFlareSize, [=](double x, double y) {
         const double r = std::hypot(x, y);
         // A hot core and a wide, faint halo: the quad spans most of the frame.
-        const double level = std::exp(-r * r * 60.0) + 0.22 * std::exp(-r * r * 9.0) + 0.06 * std::pow(std::max(0.0, 1.0 - r), 2.0);
+        const double level =
+            std::exp(-r * r * 60.0) + 0.22 * std::exp(-r * r * 9.0) + 0.06 * std::pow(std::max(0.0, 1.0 - r), 2.0);
         return Rgba{level * red, level * green, level * blue, 1.0};
     });
 }
@@ -98,8 +101,7 @@ Picture Ring(double radius, double width, bool rainbow)
     return Draw(kFlareSize, kFlareSize, [=](double x, double y) {
         const double across = (std::hypot(x, y) - radius) / width;
         const double level = std::exp(-across * across * 4.0);
-        if (!rainbow)
-            return Light(level);
+        if (!rainbow) return Light(level);
         const Rgba colour = Spectrum(across * 0.5 + 0.5);
         return Rgba{colour.r * level, colour.g * level, colour.b * level, 1.0};
     });
@@ -110,8 +112,7 @@ Picture RandomStreaks()
 {
     Noise noise(20240611u);
     std::vector<std::array<double, 3>> rays(48);
-    for (auto& ray : rays)
-        ray = {noise.Next() * 2.0 * kPi, 0.4 + 0.6 * noise.Next(), 0.1 + 0.35 * noise.Next()};
+    for (auto& ray : rays) ray = {noise.Next() * 2.0 * kPi, 0.4 + 0.6 * noise.Next(), 0.1 + 0.35 * noise.Next()};
     return Draw(kFlareSize, kFlareSize, [&](double x, double y) {
         const double r = std::hypot(x, y), angle = std::atan2(y, x);
         double level = 0.0;
@@ -143,7 +144,8 @@ Picture Star(int rays, bool doubled)
             const bool shorter = doubled && (i % 2 == 1);
             const double off = std::remainder(angle - 2.0 * kPi * i / count - kPi / 2.0, 2.0 * kPi);
             const double width = 0.012 + 0.02 * r;
-            level += 0.8 * std::exp(-off * off / (width * width)) * std::pow(std::max(0.0, 1.0 - r / (shorter ? 0.6 : 1.0)), 2.0);
+            level += 0.8 * std::exp(-off * off / (width * width)) *
+                     std::pow(std::max(0.0, 1.0 - r / (shorter ? 0.6 : 1.0)), 2.0);
         }
         return Light(std::min(1.0, level + 0.3 * std::exp(-r * r * 60.0)));
     });
@@ -173,8 +175,7 @@ Picture Smoke()
 {
     Noise noise(77u);
     std::vector<std::array<double, 3>> lumps(14);
-    for (auto& lump : lumps)
-        lump = {noise.Next() * 1.0 - 0.5, noise.Next() * 1.0 - 0.5, 0.25 + 0.2 * noise.Next()};
+    for (auto& lump : lumps) lump = {noise.Next() * 1.0 - 0.5, noise.Next() * 1.0 - 0.5, 0.25 + 0.2 * noise.Next()};
     return Draw(128, 128, [&](double x, double y) {
         double density = 0.0;
         for (const auto& [cx, cy, radius] : lumps) {
@@ -214,12 +215,9 @@ Picture Shapes()
 std::vector<std::pair<std::string, Picture>> FlarePictures()
 {
     std::vector<std::pair<std::string, Picture>> pictures = {
-        {"LensFlare\\glow.dds", Glow(1.0, 0.97, 0.9)},
-        {"LensFlare\\redglow.dds", Glow(1.0, 0.55, 0.3)},
-        {"LensFlare\\circular.dds", Circular()},
-        {"LensFlare\\rainbowring.dds", Ring(0.78, 0.16, true)},
-        {"LensFlare\\ring2.dds", Ring(0.85, 0.05, false)},
-        {"LensFlare\\randstreak.dds", RandomStreaks()},
+        {"LensFlare\\glow.dds", Glow(1.0, 0.97, 0.9)},     {"LensFlare\\redglow.dds", Glow(1.0, 0.55, 0.3)},
+        {"LensFlare\\circular.dds", Circular()},           {"LensFlare\\rainbowring.dds", Ring(0.78, 0.16, true)},
+        {"LensFlare\\ring2.dds", Ring(0.85, 0.05, false)}, {"LensFlare\\randstreak.dds", RandomStreaks()},
         {"LensFlare\\anamorphic.dds", Anamorphic()},
     };
     for (int sides = 5; sides <= 8; ++sides)
@@ -264,8 +262,7 @@ std::vector<uint8_t> TgaOf(const Picture& picture)
     file[16] = 32;
     file[17] = 0x28;  // 8 bits of alpha, the top row first
     for (const uint32_t pixel : picture.pixels)
-        for (const int shift : {0, 8, 16, 24})
-            file.push_back(uint8_t(pixel >> shift));
+        for (const int shift : {0, 8, 16, 24}) file.push_back(uint8_t(pixel >> shift));
     return file;
 }
 

@@ -33,7 +33,9 @@ Picture PlaceholderCard(uint32_t size, uint32_t tint)
             const bool edge = x < border || y < border || x >= size - border || y >= size - border;
             const bool grid = x % cell == 0 || y % cell == 0;
             const double shade = 0.55 + 0.45 * (1.0 - double(y) / size);
-            card.pixels[size_t(y) * size + x] = edge ? 0xFFF0F0F0u : grid ? Mix(tint, 0xFFFFFFFFu, 0.35) : Mix(0xFF000000u, tint, shade);
+            card.pixels[size_t(y) * size + x] = edge   ? 0xFFF0F0F0u
+                                                : grid ? Mix(tint, 0xFFFFFFFFu, 0.35)
+                                                       : Mix(0xFF000000u, tint, shade);
         }
     }
     return card;

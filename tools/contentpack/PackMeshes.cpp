@@ -39,8 +39,7 @@ void AppendFace(MeshModel& mesh, Float3 centre, Float3 normal, Float3 up)
     const size_t at = mesh.vertices.size();
     mesh.vertices.resize(at + sizeof quad);
     std::memcpy(mesh.vertices.data() + at, quad, sizeof quad);
-    for (const uint32_t index : {0u, 1u, 2u, 0u, 2u, 3u})
-        mesh.indices.push_back(first + index);
+    for (const uint32_t index : {0u, 1u, 2u, 0u, 2u, 3u}) mesh.indices.push_back(first + index);
 }
 
 MeshModel EmptyMesh(const std::string& texture, const SurfaceModel& surface)
@@ -81,18 +80,16 @@ ObjectModel Box(const std::string (&faceTextures)[6], const SurfaceModel& surfac
         Float3 normal, up;
     };
     static constexpr Face kFaces[6] = {
-        {{0, 0, -1}, {0, 1, 0}}, {{0, 0, 1}, {0, 1, 0}},  {{-1, 0, 0}, {0, 1, 0}},
+        {{0, 0, -1}, {0, 1, 0}}, {{0, 0, 1}, {0, 1, 0}}, {{-1, 0, 0}, {0, 1, 0}},
         {{1, 0, 0}, {0, 1, 0}},  {{0, 1, 0}, {0, 0, 1}}, {{0, -1, 0}, {0, 0, -1}},
     };
     std::map<std::string, MeshModel> meshes;
     std::vector<std::string> order;
     for (int f = 0; f < 6; ++f) {
         const std::string& texture = faceTextures[f];
-        if (texture.empty())
-            continue;
+        if (texture.empty()) continue;
         auto [it, made] = meshes.try_emplace(texture, EmptyMesh(texture, surface));
-        if (made)
-            order.push_back(texture);
+        if (made) order.push_back(texture);
         const Face& face = kFaces[f];
         AppendFace(it->second, {face.normal[0] * 0.5f, face.normal[1] * 0.5f, face.normal[2] * 0.5f}, face.normal,
                    face.up);
@@ -133,11 +130,9 @@ ObjectModel WavingFlag(const std::string& texture, const SurfaceModel& surface, 
             }
         }
     }
-    for (int f = 0; f < frames * periods; ++f)
-        mdd.timeline.push_back(uint16_t(f % frames));
+    for (int f = 0; f < frames * periods; ++f) mdd.timeline.push_back(uint16_t(f % frames));
     for (int y = 0; y <= rows; ++y)
-        for (int x = 0; x <= columns; ++x)
-            mdd.uvSets[0].push_back({float(x) / float(columns), float(y) / float(rows)});
+        for (int x = 0; x <= columns; ++x) mdd.uvSets[0].push_back({float(x) / float(columns), float(y) / float(rows)});
     for (int y = 0; y < rows; ++y) {
         for (int x = 0; x < columns; ++x) {
             const auto at = [&](int dx, int dy) { return uint16_t((y + dy) * (columns + 1) + x + dx); };

@@ -26,8 +26,7 @@ class ItemMaker {
 public:
     ItemMaker(const SourceScene& scene, const ConvertOptions& options, Conversion& conversion)
         : scene_(scene), textures_(options.imageFolder), conversion_(conversion)
-    {
-    }
+    {}
 
     /// Appends the static items of `instance` (one unless split) with `geometry`, placed
     /// and mirrored already; `boneCount` is non-zero for the skinned mesh.

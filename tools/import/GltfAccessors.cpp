@@ -112,9 +112,8 @@ const uint8_t* AccessorReader::ViewBytes(int view, uint64_t offset, uint64_t byt
 
 std::span<const uint8_t> AccessorReader::View(int view, const std::string& what) const
 {
-    const uint64_t length = view >= 0 && size_t(view) < model_.bufferViews.size()
-                                ? model_.bufferViews[size_t(view)].byteLength
-                                : 0;
+    const uint64_t length =
+        view >= 0 && size_t(view) < model_.bufferViews.size() ? model_.bufferViews[size_t(view)].byteLength : 0;
     return {ViewBytes(view, 0, length, what), size_t(length)};
 }
 
@@ -123,26 +122,22 @@ AccessorReader::Layout AccessorReader::Locate(const tinygltf::Accessor& accessor
 {
     Layout layout;
     layout.componentBytes = ComponentBytes(accessor.componentType);
-    if (layout.componentBytes == 0)
-        Fail(what, "unsupported component type " + std::to_string(accessor.componentType));
+    if (layout.componentBytes == 0) Fail(what, "unsupported component type " + std::to_string(accessor.componentType));
     if (ComponentsOf(accessor.type) != components)
-        Fail(what, "the accessor has " + std::to_string(ComponentsOf(accessor.type)) + " components instead of "
-                       + std::to_string(components));
+        Fail(what, "the accessor has " + std::to_string(ComponentsOf(accessor.type)) + " components instead of " +
+                       std::to_string(components));
     if (accessor.count > kMaxElements)
         Fail(what, "the accessor holds too many elements (" + std::to_string(accessor.count) + ")");
     const uint64_t elementBytes = uint64_t(layout.componentBytes) * uint64_t(components);
-    if (accessor.bufferView < 0)
-        return layout;  // all zeros, unless sparse values replace some
+    if (accessor.bufferView < 0) return layout;  // all zeros, unless sparse values replace some
     const tinygltf::BufferView* view = size_t(accessor.bufferView) < model_.bufferViews.size()
                                            ? &model_.bufferViews[size_t(accessor.bufferView)]
                                            : nullptr;
     layout.stride = view && view->byteStride != 0 ? view->byteStride : elementBytes;
-    if (layout.stride < elementBytes)
-        Fail(what, "the byte stride is shorter than one element");
+    if (layout.stride < elementBytes) Fail(what, "the byte stride is shorter than one element");
     // glTF allows no wider stride, and tinygltf refuses one; the bound keeps the
     // arithmetic below from overflowing whatever the loader lets through.
-    if (layout.stride > kMaxStride)
-        Fail(what, "the byte stride is above " + std::to_string(kMaxStride));
+    if (layout.stride > kMaxStride) Fail(what, "the byte stride is above " + std::to_string(kMaxStride));
     const uint64_t span = accessor.count == 0 ? 0 : (accessor.count - 1) * layout.stride + elementBytes;
     layout.base = ViewBytes(accessor.bufferView, accessor.byteOffset, span, what);
     return layout;
@@ -156,12 +151,11 @@ std::vector<double> AccessorReader::Values(int index, int components, const std:
     if (layout.base) {
         for (size_t e = 0; e < accessor.count; ++e)
             for (int c = 0; c < components; ++c)
-                values[e * size_t(components) + size_t(c)] = ReadComponent(
-                    layout.base + e * layout.stride + size_t(c) * size_t(layout.componentBytes),
-                    accessor.componentType, accessor.normalized);
+                values[e * size_t(components) + size_t(c)] =
+                    ReadComponent(layout.base + e * layout.stride + size_t(c) * size_t(layout.componentBytes),
+                                  accessor.componentType, accessor.normalized);
     }
-    if (accessor.sparse.isSparse)
-        ApplySparse(accessor, components, values, what);
+    if (accessor.sparse.isSparse) ApplySparse(accessor, components, values, what);
     return values;
 }
 
@@ -173,12 +167,11 @@ void AccessorReader::ApplySparse(const tinygltf::Accessor& accessor, int compone
         Fail(what, "the sparse count exceeds the accessor's count");
     const auto count = size_t(sparse.count);
     const int indexBytes = ComponentBytes(sparse.indices.componentType);
-    if (indexBytes == 0 || sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_FLOAT
-        || sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_BYTE
-        || sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_SHORT)
+    if (indexBytes == 0 || sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_FLOAT ||
+        sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_BYTE ||
+        sparse.indices.componentType == TINYGLTF_COMPONENT_TYPE_SHORT)
         Fail(what, "sparse indices must be unsigned integers");
-    if (sparse.indices.byteOffset < 0 || sparse.values.byteOffset < 0)
-        Fail(what, "a sparse offset is negative");
+    if (sparse.indices.byteOffset < 0 || sparse.values.byteOffset < 0) Fail(what, "a sparse offset is negative");
     const int componentBytes = ComponentBytes(accessor.componentType);
     const int valueBytes = componentBytes * components;
     const uint8_t* indices = ViewBytes(sparse.indices.bufferView, uint64_t(sparse.indices.byteOffset),
@@ -188,8 +181,7 @@ void AccessorReader::ApplySparse(const tinygltf::Accessor& accessor, int compone
     for (size_t i = 0; i < count; ++i) {
         const auto target =
             uint64_t(ReadComponent(indices + i * size_t(indexBytes), sparse.indices.componentType, false));
-        if (target >= accessor.count)
-            Fail(what, "a sparse index points past the accessor's count");
+        if (target >= accessor.count) Fail(what, "a sparse index points past the accessor's count");
         for (int c = 0; c < components; ++c)
             values[size_t(target) * size_t(components) + size_t(c)] =
                 ReadComponent(replacements + i * size_t(valueBytes) + size_t(c) * size_t(componentBytes),
@@ -202,8 +194,7 @@ std::vector<float> AccessorReader::Floats(int index, int components, const std::
     const std::vector<double> values = Values(index, components, what);
     std::vector<float> out(values.size());
     for (size_t i = 0; i < values.size(); ++i) {
-        if (!std::isfinite(values[i]))
-            Fail(what, "the data holds a value that is not a finite number");
+        if (!std::isfinite(values[i])) Fail(what, "the data holds a value that is not a finite number");
         out[i] = float(values[i]);
     }
     return out;
@@ -212,12 +203,11 @@ std::vector<float> AccessorReader::Floats(int index, int components, const std::
 std::vector<uint32_t> AccessorReader::Unsigned(int index, int components, const std::string& what) const
 {
     const tinygltf::Accessor& accessor = Get(index, what);
-    if (accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE
-        && accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT
-        && accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT)
+    if (accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE &&
+        accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT &&
+        accessor.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT)
         Fail(what, "the accessor must hold unsigned integers");
-    if (accessor.normalized)
-        Fail(what, "the accessor must not be normalised");
+    if (accessor.normalized) Fail(what, "the accessor must not be normalised");
     const std::vector<double> values = Values(index, components, what);
     return std::vector<uint32_t>(values.begin(), values.end());
 }

@@ -21,8 +21,8 @@ namespace {
 /// because they only refine the look of a material.
 bool IsUnderstood(const std::string& extension)
 {
-    return extension == "KHR_mesh_quantization" || extension == "KHR_texture_transform"
-        || extension.rfind("KHR_materials_", 0) == 0;
+    return extension == "KHR_mesh_quantization" || extension == "KHR_texture_transform" ||
+           extension.rfind("KHR_materials_", 0) == 0;
 }
 
 /// Keeps an image encoded. Images in buffer views are read later, with their bounds
@@ -31,8 +31,7 @@ bool KeepEncoded(tinygltf::Image* image, const int, std::string*, std::string*, 
                  int size, void*)
 {
     image->as_is = true;
-    if (image->bufferView < 0 && bytes && size > 0)
-        image->image.assign(bytes, bytes + size);
+    if (image->bufferView < 0 && bytes && size > 0) image->image.assign(bytes, bytes + size);
     return true;
 }
 
@@ -40,8 +39,7 @@ bool KeepEncoded(tinygltf::Image* image, const int, std::string*, std::string*, 
 std::string FirstLine(const std::string& text)
 {
     std::string line = text.substr(0, text.find('\n'));
-    while (!line.empty() && (line.back() == ' ' || line.back() == '\r'))
-        line.pop_back();
+    while (!line.empty() && (line.back() == ' ' || line.back() == '\r')) line.pop_back();
     return line.empty() ? "the file is not valid glTF" : line;
 }
 
@@ -58,8 +56,7 @@ SourceImage ReadImage(const Context& context, const tinygltf::Image& image, size
     SourceImage out;
     out.name = !image.uri.empty() && !dataUri ? FileName(image.uri) : image.name;
     std::span<const uint8_t> bytes = image.image;
-    if (image.bufferView >= 0)
-        bytes = context.accessors.View(image.bufferView, what);
+    if (image.bufferView >= 0) bytes = context.accessors.View(image.bufferView, what);
     if (bytes.empty()) {
         context.Warn(what + " (" + image.uri + ") could not be read; its texture is left out");
         return out;
@@ -76,16 +73,15 @@ SourceImage ReadImage(const Context& context, const tinygltf::Image& image, size
 /// The image of a texture reference, or -1.
 int ImageOfTexture(const Context& context, int texture)
 {
-    if (texture < 0)
-        return -1;
+    if (texture < 0) return -1;
     if (size_t(texture) >= context.model.textures.size())
         context.Fail("texture " + std::to_string(texture) + " does not exist");
     const int source = context.model.textures[size_t(texture)].source;
     if (source < 0)
         context.Warn("texture " + std::to_string(texture) + " has no image in a core format; it is left out");
     else if (size_t(source) >= context.model.images.size())
-        context.Fail("texture " + std::to_string(texture) + " names image " + std::to_string(source)
-                     + ", which does not exist");
+        context.Fail("texture " + std::to_string(texture) + " names image " + std::to_string(source) +
+                     ", which does not exist");
     return source;
 }
 
@@ -107,20 +103,17 @@ SourceMaterial ReadMaterial(const Context& context, const tinygltf::Material& ma
     out.name = material.name;
     const tinygltf::PbrMetallicRoughness& pbr = material.pbrMetallicRoughness;
     if (pbr.baseColorFactor.size() == 4) {
-        for (size_t c = 0; c < 3; ++c)
-            out.color[c] = float(std::clamp(pbr.baseColorFactor[c], 0.0, 1.0));
+        for (size_t c = 0; c < 3; ++c) out.color[c] = float(std::clamp(pbr.baseColorFactor[c], 0.0, 1.0));
         out.opacity = float(std::clamp(pbr.baseColorFactor[3], 0.0, 1.0));
     }
     // A cut-out (MASK) is drawn blended too: the engine's materials have no alpha test.
     out.blended = material.alphaMode == "BLEND" || material.alphaMode == "MASK";
-    if (!out.blended)
-        out.opacity = 1.0f;
+    if (!out.blended) out.opacity = 1.0f;
     SetSpecular(out, pbr.roughnessFactor);
     for (const double emissive : material.emissiveFactor)
         out.luminosity = std::max(out.luminosity, float(std::clamp(emissive, 0.0, 1.0)));
     const int image = ImageOfTexture(context, pbr.baseColorTexture.index);
-    if (image >= 0 && !images[size_t(image)].bytes.empty())
-        out.baseColorImage = image;
+    if (image >= 0 && !images[size_t(image)].bytes.empty()) out.baseColorImage = image;
     return out;
 }
 
@@ -142,8 +135,7 @@ void Load(const std::filesystem::path& path, const std::string& file, tinygltf::
     } catch (const std::exception& error) {
         message = error.what();
     }
-    if (!loaded)
-        throw ImportError(file + ": " + FirstLine(message));
+    if (!loaded) throw ImportError(file + ": " + FirstLine(message));
     for (const std::string& required : model.extensionsRequired)
         if (!IsUnderstood(required))
             throw ImportError(file + ": needs the extension " + required + ", which the importer does not read");
@@ -171,8 +163,7 @@ SourceScene GltfImporter::Read(const std::filesystem::path& path, std::vector<st
 {
     const std::string file = path.filename().string();
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error))
-        throw ImportError(file + ": no such file");
+    if (!std::filesystem::is_regular_file(path, error)) throw ImportError(file + ": no such file");
     tinygltf::Model model;
     gltf::Load(path, file, model);
 

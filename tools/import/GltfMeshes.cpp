@@ -20,22 +20,20 @@ template <size_t N>
 std::vector<std::array<float, N>> Group(const std::vector<float>& values)
 {
     std::vector<std::array<float, N>> out(values.size() / N);
-    for (size_t i = 0; i < out.size(); ++i)
-        std::copy_n(values.begin() + std::ptrdiff_t(i * N), N, out[i].begin());
+    for (size_t i = 0; i < out.size(); ++i) std::copy_n(values.begin() + std::ptrdiff_t(i * N), N, out[i].begin());
     return out;
 }
 
 /// The attribute `name` with `components` floats a vertex, `count` vertices; empty when absent.
-std::vector<float> ReadAttribute(const Context& context, const std::map<std::string, int>& attributes,
-                                 const char* name, int components, size_t count, const std::string& what)
+std::vector<float> ReadAttribute(const Context& context, const std::map<std::string, int>& attributes, const char* name,
+                                 int components, size_t count, const std::string& what)
 {
     const int accessor = AttributeOf(attributes, name);
-    if (accessor < 0)
-        return {};
+    if (accessor < 0) return {};
     const std::string label = what + " " + name;
     if (context.accessors.Count(accessor, label) != count)
-        context.Fail(label + ": " + std::to_string(context.accessors.Count(accessor, label)) + " elements for "
-                     + std::to_string(count) + " vertices");
+        context.Fail(label + ": " + std::to_string(context.accessors.Count(accessor, label)) + " elements for " +
+                     std::to_string(count) + " vertices");
     return context.accessors.Floats(accessor, components, label);
 }
 
@@ -64,14 +62,13 @@ std::vector<uint32_t> ReadIndices(const Context& context, const tinygltf::Primit
     std::vector<uint32_t> indices;
     if (primitive.indices < 0) {
         indices.resize(vertexCount);
-        for (size_t i = 0; i < vertexCount; ++i)
-            indices[i] = uint32_t(i);
+        for (size_t i = 0; i < vertexCount; ++i) indices[i] = uint32_t(i);
     } else {
         indices = context.accessors.Unsigned(primitive.indices, 1, what + " indices");
         const auto beyond = std::find_if(indices.begin(), indices.end(), [&](uint32_t i) { return i >= vertexCount; });
         if (beyond != indices.end())
-            context.Fail(what + ": index " + std::to_string(*beyond) + " points past the " + std::to_string(vertexCount)
-                         + " vertices");
+            context.Fail(what + ": index " + std::to_string(*beyond) + " points past the " +
+                         std::to_string(vertexCount) + " vertices");
     }
     return Triangles(indices, primitive.mode < 0 ? TINYGLTF_MODE_TRIANGLES : primitive.mode);
 }
@@ -80,8 +77,7 @@ void ReadSkinning(const Context& context, const tinygltf::Primitive& primitive, 
                   const std::string& what)
 {
     const int joints = AttributeOf(primitive.attributes, "JOINTS_0");
-    if (joints < 0 || AttributeOf(primitive.attributes, "WEIGHTS_0") < 0)
-        return;
+    if (joints < 0 || AttributeOf(primitive.attributes, "WEIGHTS_0") < 0) return;
     const size_t count = mesh.positions.size();
     if (context.accessors.Count(joints, what + " JOINTS_0") != count)
         context.Fail(what + " JOINTS_0: not one element a vertex");
@@ -112,9 +108,10 @@ void ReadMorphTargets(const Context& context, const tinygltf::Mesh& source, cons
 /// The texture coordinates that the base colour texture of the primitive's material reads.
 std::string TextureSet(const Context& context, const tinygltf::Primitive& primitive)
 {
-    const int set = primitive.material >= 0
-                        ? context.model.materials[size_t(primitive.material)].pbrMetallicRoughness.baseColorTexture.texCoord
-                        : 0;
+    const int set =
+        primitive.material >= 0
+            ? context.model.materials[size_t(primitive.material)].pbrMetallicRoughness.baseColorTexture.texCoord
+            : 0;
     return "TEXCOORD_" + std::to_string(std::max(set, 0));
 }
 
@@ -127,13 +124,12 @@ SourceMesh ReadPrimitive(const Context& context, const tinygltf::Mesh& source, c
         context.Fail(what + ": material " + std::to_string(primitive.material) + " does not exist");
     mesh.material = primitive.material;
     const int positions = AttributeOf(primitive.attributes, "POSITION");
-    if (positions < 0)
-        context.Fail(what + ": no POSITION attribute");
+    if (positions < 0) context.Fail(what + ": no POSITION attribute");
     mesh.positions = Group<3>(context.accessors.Floats(positions, 3, what + " POSITION"));
     const size_t count = mesh.positions.size();
     mesh.normals = Group<3>(ReadAttribute(context, primitive.attributes, "NORMAL", 3, count, what));
-    mesh.uvs = Group<2>(ReadAttribute(context, primitive.attributes, TextureSet(context, primitive).c_str(), 2, count,
-                                      what));
+    mesh.uvs =
+        Group<2>(ReadAttribute(context, primitive.attributes, TextureSet(context, primitive).c_str(), 2, count, what));
     ReadSkinning(context, primitive, mesh, what);
     ReadMorphTargets(context, source, primitive, mesh, what);
     mesh.indices = ReadIndices(context, primitive, count, what);
@@ -142,8 +138,8 @@ SourceMesh ReadPrimitive(const Context& context, const tinygltf::Mesh& source, c
 
 bool IsTriangles(int mode)
 {
-    return mode < 0 || mode == TINYGLTF_MODE_TRIANGLES || mode == TINYGLTF_MODE_TRIANGLE_STRIP
-        || mode == TINYGLTF_MODE_TRIANGLE_FAN;
+    return mode < 0 || mode == TINYGLTF_MODE_TRIANGLES || mode == TINYGLTF_MODE_TRIANGLE_STRIP ||
+           mode == TINYGLTF_MODE_TRIANGLE_FAN;
 }
 
 }  // namespace

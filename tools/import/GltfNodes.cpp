@@ -16,13 +16,11 @@ std::vector<int> SceneRoots(const Context& context, const std::vector<int>& pare
     if (model.scenes.empty()) {
         std::vector<int> roots;
         for (size_t n = 0; n < model.nodes.size(); ++n)
-            if (parents[n] < 0)
-                roots.push_back(int(n));
+            if (parents[n] < 0) roots.push_back(int(n));
         return roots;
     }
-    const size_t scene = model.defaultScene >= 0 && size_t(model.defaultScene) < model.scenes.size()
-                             ? size_t(model.defaultScene)
-                             : 0;
+    const size_t scene =
+        model.defaultScene >= 0 && size_t(model.defaultScene) < model.scenes.size() ? size_t(model.defaultScene) : 0;
     return model.scenes[scene].nodes;
 }
 
@@ -35,10 +33,9 @@ std::vector<int> Parents(const Context& context)
     for (size_t n = 0; n < model.nodes.size(); ++n)
         for (const int child : model.nodes[n].children) {
             if (child < 0 || size_t(child) >= model.nodes.size())
-                context.Fail("node " + std::to_string(n) + " has child " + std::to_string(child)
-                             + ", which does not exist");
-            if (size_t(child) == n)
-                context.Fail("node " + std::to_string(n) + " is its own child");
+                context.Fail("node " + std::to_string(n) + " has child " + std::to_string(child) +
+                             ", which does not exist");
+            if (size_t(child) == n) context.Fail("node " + std::to_string(n) + " is its own child");
             if (parents[size_t(child)] >= 0)
                 context.Fail("node " + std::to_string(child) + " has more than one parent");
             parents[size_t(child)] = int(n);
@@ -58,19 +55,17 @@ SourceNode ReadNode(const Context& context, const tinygltf::Node& node, size_t i
     }
     if (node.translation.size() == 3)
         std::copy(node.translation.begin(), node.translation.end(), out.translation.begin());
-    if (node.rotation.size() == 4)
-        std::copy(node.rotation.begin(), node.rotation.end(), out.rotation.begin());
-    if (node.scale.size() == 3)
-        std::copy(node.scale.begin(), node.scale.end(), out.scale.begin());
+    if (node.rotation.size() == 4) std::copy(node.rotation.begin(), node.rotation.end(), out.rotation.begin());
+    if (node.scale.size() == 3) std::copy(node.scale.begin(), node.scale.end(), out.scale.begin());
     if (node.mesh >= 0) {
         if (size_t(node.mesh) >= primitivesOfMesh.size())
-            context.Fail("node " + std::to_string(index) + " places mesh " + std::to_string(node.mesh)
-                         + ", which does not exist");
+            context.Fail("node " + std::to_string(index) + " places mesh " + std::to_string(node.mesh) +
+                         ", which does not exist");
         out.meshes = primitivesOfMesh[size_t(node.mesh)];
     }
     if (node.skin >= 0 && size_t(node.skin) >= context.model.skins.size())
-        context.Fail("node " + std::to_string(index) + " uses skin " + std::to_string(node.skin)
-                     + ", which does not exist");
+        context.Fail("node " + std::to_string(index) + " uses skin " + std::to_string(node.skin) +
+                     ", which does not exist");
     out.skin = node.skin;
     out.morphWeights.assign(node.weights.begin(), node.weights.end());
     return out;
@@ -78,21 +73,16 @@ SourceNode ReadNode(const Context& context, const tinygltf::Node& node, size_t i
 
 SourceChannel::Path PathOf(const std::string& path)
 {
-    if (path == "rotation")
-        return SourceChannel::Path::Rotation;
-    if (path == "scale")
-        return SourceChannel::Path::Scale;
-    if (path == "weights")
-        return SourceChannel::Path::Weights;
+    if (path == "rotation") return SourceChannel::Path::Rotation;
+    if (path == "scale") return SourceChannel::Path::Scale;
+    if (path == "weights") return SourceChannel::Path::Weights;
     return SourceChannel::Path::Translation;
 }
 
 SourceChannel::Interpolation InterpolationOf(const std::string& interpolation)
 {
-    if (interpolation == "STEP")
-        return SourceChannel::Interpolation::Step;
-    if (interpolation == "CUBICSPLINE")
-        return SourceChannel::Interpolation::CubicSpline;
+    if (interpolation == "STEP") return SourceChannel::Interpolation::Step;
+    if (interpolation == "CUBICSPLINE") return SourceChannel::Interpolation::CubicSpline;
     return SourceChannel::Interpolation::Linear;
 }
 
@@ -103,12 +93,10 @@ bool ReadChannel(const Context& context, const tinygltf::Animation& animation,
                  SourceChannel& out)
 {
     static const char* const kPaths[] = {"translation", "rotation", "scale", "weights"};
-    if (std::find(std::begin(kPaths), std::end(kPaths), channel.target_path) == std::end(kPaths))
-        return false;
+    if (std::find(std::begin(kPaths), std::end(kPaths), channel.target_path) == std::end(kPaths)) return false;
     if (channel.target_node < 0 || size_t(channel.target_node) >= nodeIndex.size())
         context.Fail(what + ": node " + std::to_string(channel.target_node) + " does not exist");
-    if (nodeIndex[size_t(channel.target_node)] < 0)
-        return false;
+    if (nodeIndex[size_t(channel.target_node)] < 0) return false;
     if (channel.sampler < 0 || size_t(channel.sampler) >= animation.samplers.size())
         context.Fail(what + ": sampler " + std::to_string(channel.sampler) + " does not exist");
     const tinygltf::AnimationSampler& sampler = animation.samplers[size_t(channel.sampler)];
@@ -119,18 +107,18 @@ bool ReadChannel(const Context& context, const tinygltf::Animation& animation,
     if (!std::is_sorted(out.times.begin(), out.times.end()))
         context.Fail(what + ": key times are not in increasing order");
     const int components = out.path == SourceChannel::Path::Rotation  ? 4
-                         : out.path == SourceChannel::Path::Weights ? 1
-                                                                    : 3;
+                           : out.path == SourceChannel::Path::Weights ? 1
+                                                                      : 3;
     out.values = context.accessors.Floats(sampler.output, components, what + " output");
     const size_t perKey = out.interpolation == SourceChannel::Interpolation::CubicSpline ? 3 : 1;
     const size_t keys = out.times.size() * perKey;
     if (keys == 0 || out.values.size() % keys != 0 || out.values.empty())
-        context.Fail(what + ": " + std::to_string(out.values.size()) + " output values for "
-                     + std::to_string(out.times.size()) + " keys");
+        context.Fail(what + ": " + std::to_string(out.values.size()) + " output values for " +
+                     std::to_string(out.times.size()) + " keys");
     out.width = out.values.size() / keys;
     if (out.path != SourceChannel::Path::Weights && out.width != size_t(components))
-        context.Fail(what + ": " + std::to_string(out.values.size()) + " output values for "
-                     + std::to_string(out.times.size()) + " keys");
+        context.Fail(what + ": " + std::to_string(out.values.size()) + " output values for " +
+                     std::to_string(out.times.size()) + " keys");
     return true;
 }
 
@@ -145,15 +133,13 @@ std::vector<SourceNode> ReadNodes(const Context& context, const std::vector<std:
     // Depth first, each node before its children; the stack holds (node, new parent).
     std::vector<std::pair<int, int>> stack;
     const std::vector<int> roots = SceneRoots(context, parents);
-    for (auto root = roots.rbegin(); root != roots.rend(); ++root)
-        stack.emplace_back(*root, -1);
+    for (auto root = roots.rbegin(); root != roots.rend(); ++root) stack.emplace_back(*root, -1);
     while (!stack.empty()) {
         const auto [node, parent] = stack.back();
         stack.pop_back();
         if (node < 0 || size_t(node) >= context.model.nodes.size())
             context.Fail("the scene names node " + std::to_string(node) + ", which does not exist");
-        if (nodeIndex[size_t(node)] >= 0)
-            context.Fail("node " + std::to_string(node) + " stands twice in the scene");
+        if (nodeIndex[size_t(node)] >= 0) context.Fail("node " + std::to_string(node) + " stands twice in the scene");
         nodeIndex[size_t(node)] = int(nodes.size());
         nodes.push_back(ReadNode(context, context.model.nodes[size_t(node)], size_t(node), primitivesOfMesh));
         nodes.back().parent = parent;

@@ -18,9 +18,9 @@ std::vector<gpu::D3DVERTEXELEMENT9> Declaration(bool skinned)
     std::vector<gpu::D3DVERTEXELEMENT9> elements = PositionNormalUvDeclaration();
     if (skinned) {
         elements.insert(elements.end() - 1, {
-            {0, 32, gpu::D3DDECLTYPE_FLOAT4, 0, gpu::D3DDECLUSAGE_BLENDWEIGHT, 0},
-            {0, 48, gpu::D3DDECLTYPE_UBYTE4, 0, gpu::D3DDECLUSAGE_BLENDINDICES, 0},
-        });
+                                                {0, 32, gpu::D3DDECLTYPE_FLOAT4, 0, gpu::D3DDECLUSAGE_BLENDWEIGHT, 0},
+                                                {0, 48, gpu::D3DDECLTYPE_UBYTE4, 0, gpu::D3DDECLUSAGE_BLENDINDICES, 0},
+                                            });
     }
     return elements;
 }
@@ -45,8 +45,7 @@ MeshModel ItemMaker::Surfaced(const Instance& instance)
     const bool textured = material && material->baseColorImage >= 0 && !mesh.uvs.empty();
     MeshModel model;
     model.surface = SurfaceFor(material, textured);
-    if (textured)
-        model.textures.push_back(textures_.NameOf(scene_, material->baseColorImage));
+    if (textured) model.textures.push_back(textures_.NameOf(scene_, material->baseColorImage));
     return model;
 }
 
@@ -104,8 +103,7 @@ void ItemMaker::AddMdd(const Instance& instance, const MeshGeometry& geometry,
         mdd.vertexCount = uint32_t(part.vertices.size());
         for (const std::vector<Float3>& frame : frames) {
             std::vector<Float3>& stored = mdd.frames.emplace_back();
-            for (const uint32_t v : part.vertices)
-                stored.push_back(frame[v]);
+            for (const uint32_t v : part.vertices) stored.push_back(frame[v]);
             mdd.timeline.push_back(uint16_t(mdd.timeline.size()));
         }
         mdd.uvSetCount = 1;

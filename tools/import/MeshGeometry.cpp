@@ -10,12 +10,10 @@ namespace {
 template <typename T>
 std::vector<T> Pick(const std::vector<T>& values, std::span<const uint32_t> vertices)
 {
-    if (values.empty())
-        return {};
+    if (values.empty()) return {};
     std::vector<T> out;
     out.reserve(vertices.size());
-    for (const uint32_t v : vertices)
-        out.push_back(values[v]);
+    for (const uint32_t v : vertices) out.push_back(values[v]);
     return out;
 }
 
@@ -43,8 +41,7 @@ MeshGeometry MeshGeometry::Gather(std::span<const uint32_t> vertices, std::vecto
 void MakeFlatNormals(MeshGeometry& geometry)
 {
     std::vector<uint32_t> corners(geometry.indices.size());
-    for (uint32_t i = 0; i < corners.size(); ++i)
-        corners[i] = i;
+    for (uint32_t i = 0; i < corners.size(); ++i) corners[i] = i;
     MeshGeometry flat = geometry.Gather(geometry.indices, corners);
     flat.normals.assign(flat.positions.size(), Float3{});
     for (size_t t = 0; t + 2 < flat.positions.size(); t += 3) {
@@ -55,16 +52,14 @@ void MakeFlatNormals(MeshGeometry& geometry)
         const Vec3 v{double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
         const Vec3 n =
             Normalized(Vec3{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]});
-        for (size_t k = 0; k < 3; ++k)
-            flat.normals[t + k] = {float(n[0]), float(n[1]), float(n[2])};
+        for (size_t k = 0; k < 3; ++k) flat.normals[t + k] = {float(n[0]), float(n[1]), float(n[2])};
     }
     geometry = std::move(flat);
 }
 
 void MirrorZ(std::vector<Float3>& points)
 {
-    for (Float3& p : points)
-        p[2] = -p[2];
+    for (Float3& p : points) p[2] = -p[2];
 }
 
 void ToEngineSpace(MeshGeometry& geometry)
@@ -76,8 +71,7 @@ void ToEngineSpace(MeshGeometry& geometry)
 
 void ReverseWinding(std::vector<uint32_t>& indices)
 {
-    for (size_t t = 0; t + 2 < indices.size(); t += 3)
-        std::swap(indices[t + 1], indices[t + 2]);
+    for (size_t t = 0; t + 2 < indices.size(); t += 3) std::swap(indices[t + 1], indices[t + 2]);
 }
 
 std::vector<MeshPart> SplitByVertexCount(std::span<const uint32_t> indices, size_t vertexCount, size_t maxVertices)
@@ -85,8 +79,7 @@ std::vector<MeshPart> SplitByVertexCount(std::span<const uint32_t> indices, size
     if (vertexCount <= maxVertices) {
         // One part, its vertices in their own order.
         MeshPart whole{std::vector<uint32_t>(vertexCount), {indices.begin(), indices.end()}};
-        for (uint32_t v = 0; v < whole.vertices.size(); ++v)
-            whole.vertices[v] = v;
+        for (uint32_t v = 0; v < whole.vertices.size(); ++v) whole.vertices[v] = v;
         return {whole};
     }
     constexpr uint32_t kUnplaced = std::numeric_limits<uint32_t>::max();
@@ -94,11 +87,9 @@ std::vector<MeshPart> SplitByVertexCount(std::span<const uint32_t> indices, size
     std::vector<MeshPart> parts(1);
     for (size_t t = 0; t + 2 < indices.size(); t += 3) {
         size_t added = 0;
-        for (size_t k = 0; k < 3; ++k)
-            added += placeInPart[indices[t + k]] == kUnplaced;
+        for (size_t k = 0; k < 3; ++k) added += placeInPart[indices[t + k]] == kUnplaced;
         if (parts.back().vertices.size() + added > maxVertices) {
-            for (const uint32_t v : parts.back().vertices)
-                placeInPart[v] = kUnplaced;
+            for (const uint32_t v : parts.back().vertices) placeInPart[v] = kUnplaced;
             parts.emplace_back();
         }
         MeshPart& part = parts.back();

@@ -15,13 +15,11 @@ constexpr size_t kMaxFolderName = 100;
 void WriteFile(const std::filesystem::path& path, const std::vector<uint8_t>& bytes)
 {
     std::error_code error;
-    if (path.has_parent_path())
-        std::filesystem::create_directories(path.parent_path(), error);
+    if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path(), error);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
     out.close();
-    if (!out)
-        throw ImportError(path.string() + ": cannot be written");
+    if (!out) throw ImportError(path.string() + ": cannot be written");
 }
 
 }  // namespace
@@ -37,8 +35,7 @@ ImportSummary ImportModel(const ImportOptions& options)
     ConvertOptions convert;
     convert.source = options.input.filename().string();
     convert.imageFolder = PortableFileName(options.output.stem().string(), kMaxFolderName);
-    if (convert.imageFolder.empty())
-        convert.imageFolder = "model";
+    if (convert.imageFolder.empty()) convert.imageFolder = "model";
     convert.progress = options.progress;
     const Conversion conversion = ConvertScene(scene, convert, summary.warnings);
 

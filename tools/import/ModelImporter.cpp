@@ -13,10 +13,8 @@ std::unique_ptr<ModelImporter> MakeImporter(const std::filesystem::path& path)
     std::string extension = path.extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return char(std::tolower(c)); });
-    if (extension == ".obj")
-        return std::make_unique<ObjImporter>();
-    if (extension == ".gltf" || extension == ".glb")
-        return std::make_unique<GltfImporter>();
+    if (extension == ".obj") return std::make_unique<ObjImporter>();
+    if (extension == ".gltf" || extension == ".glb") return std::make_unique<GltfImporter>();
     return nullptr;
 }
 

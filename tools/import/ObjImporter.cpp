@@ -45,8 +45,8 @@ public:
         const int64_t group = hasNormals ? 0 : smoothingGroup ? int64_t(smoothingGroup) : -1 - int64_t(face);
         std::vector<uint32_t> polygon;
         for (const tinyobj::index_t& corner : corners)
-            polygon.push_back(Vertex({corner.vertex_index, corner.texcoord_index, hasNormals ? corner.normal_index : -1,
-                                      group}));
+            polygon.push_back(
+                Vertex({corner.vertex_index, corner.texcoord_index, hasNormals ? corner.normal_index : -1, group}));
         for (size_t k = 1; k + 1 < polygon.size(); ++k)
             mesh_.indices.insert(mesh_.indices.end(), {polygon[0], polygon[k], polygon[k + 1]});
     }
@@ -85,8 +85,7 @@ private:
     uint32_t Vertex(const Key& key)
     {
         const auto [at, added] = vertices_.try_emplace(key, uint32_t(keys_.size()));
-        if (added)
-            keys_.push_back(key);
+        if (added) keys_.push_back(key);
         return at->second;
     }
 
@@ -105,18 +104,15 @@ private:
             const Vec3 normal = Normalized(Cross(Minus(corners[1], corners[0]), Minus(corners[2], corners[0])));
             for (size_t k = 0; k < 3; ++k) {
                 const Key& key = keys_[mesh_.indices[t + k]];
-                if (key.normal >= 0)
-                    continue;
+                if (key.normal >= 0) continue;
                 const double angle =
                     Angle(Minus(corners[(k + 1) % 3], corners[k]), Minus(corners[(k + 2) % 3], corners[k]));
                 Vec3& sum = sums[{key.position, key.group}];
-                for (size_t i = 0; i < 3; ++i)
-                    sum[i] += normal[i] * angle;
+                for (size_t i = 0; i < 3; ++i) sum[i] += normal[i] * angle;
             }
         }
         for (size_t v = 0; v < keys_.size(); ++v) {
-            if (keys_[v].normal >= 0)
-                continue;
+            if (keys_[v].normal >= 0) continue;
             const Vec3 n = Normalized(sums[{keys_[v].position, keys_[v].group}]);
             mesh_.normals[v] = {float(n[0]), float(n[1]), float(n[2])};
         }
@@ -146,8 +142,8 @@ void CheckCorner(const ObjContext& context, const tinyobj::index_t& corner, cons
 {
     const auto check = [&](int index, size_t count, const char* what) {
         if (index >= int(count) || index < -1 || (index == -1 && std::string_view(what) == "vertex"))
-            context.Fail(where + ": " + what + " index " + std::to_string(index + 1) + " is out of range ("
-                         + std::to_string(count) + " in the file)");
+            context.Fail(where + ": " + what + " index " + std::to_string(index + 1) + " is out of range (" +
+                         std::to_string(count) + " in the file)");
     };
     check(corner.vertex_index, context.attrib.vertices.size() / 3, "vertex");
     check(corner.texcoord_index, context.attrib.texcoords.size() / 2, "texture coordinate");
@@ -173,24 +169,19 @@ void ReadShape(const ObjContext& context, const tinyobj::shape_t& shape, size_t 
         const std::span<const tinyobj::index_t> face(mesh.indices.data() + offset, corners);
         offset += corners;
         const std::string where = name + " face " + std::to_string(f + 1);
-        for (const tinyobj::index_t& corner : face)
-            CheckCorner(context, corner, where);
-        const int material = mesh.material_ids[f] >= 0 && size_t(mesh.material_ids[f]) < materials.size()
-                                 ? mesh.material_ids[f]
-                                 : -1;
+        for (const tinyobj::index_t& corner : face) CheckCorner(context, corner, where);
+        const int material =
+            mesh.material_ids[f] >= 0 && size_t(mesh.material_ids[f]) < materials.size() ? mesh.material_ids[f] : -1;
         auto builder = builders.find(material);
         if (builder == builders.end()) {
             const std::string meshName = builders.empty() ? name : name + "." + std::to_string(builders.size());
             builder = builders.try_emplace(material, context.attrib, meshName, material).first;
         }
-        if (corners >= 3)
-            builder->second.AddFace(face, mesh.smoothing_group_ids[f], f);
+        if (corners >= 3) builder->second.AddFace(face, mesh.smoothing_group_ids[f], f);
     }
-    if (offset != mesh.indices.size())
-        context.Fail(name + ": a face has more corners than the reader can count (255)");
+    if (offset != mesh.indices.size()) context.Fail(name + ": a face has more corners than the reader can count (255)");
     for (auto& [material, builder] : builders)
-        if (!builder.Empty())
-            meshes.push_back(builder.Finish());
+        if (!builder.Empty()) meshes.push_back(builder.Finish());
 }
 
 std::vector<uint8_t> ReadFile(const std::filesystem::path& path)
@@ -203,11 +194,9 @@ std::vector<uint8_t> ReadFile(const std::filesystem::path& path)
 int TextureImage(const ObjContext& context, std::string name, std::vector<SourceImage>& images,
                  std::map<std::string, int>& known)
 {
-    if (name.empty())
-        return -1;
+    if (name.empty()) return -1;
     std::replace(name.begin(), name.end(), '\\', '/');  // made on Windows
-    if (const auto found = known.find(name); found != known.end())
-        return found->second;
+    if (const auto found = known.find(name); found != known.end()) return found->second;
     int& index = known[name];
     index = -1;
     const std::filesystem::path path = context.folder / name;
@@ -220,8 +209,8 @@ int TextureImage(const ObjContext& context, std::string name, std::vector<Source
     }
     image.extension = EngineImageFormat(image.bytes, DeclaredFormat(name));
     if (image.extension.empty()) {
-        context.warnings.push_back(context.file + ": texture " + name
-                                   + " is not PNG, JPEG, TGA, BMP or DDS, which the engine reads; it is left out");
+        context.warnings.push_back(context.file + ": texture " + name +
+                                   " is not PNG, JPEG, TGA, BMP or DDS, which the engine reads; it is left out");
         return index;
     }
     index = int(images.size());
@@ -233,8 +222,7 @@ SourceMaterial ReadMaterial(const tinyobj::material_t& material)
 {
     SourceMaterial out;
     out.name = material.name;
-    for (size_t c = 0; c < 3; ++c)
-        out.color[c] = std::clamp(material.diffuse[c], 0.0f, 1.0f);
+    for (size_t c = 0; c < 3; ++c) out.color[c] = std::clamp(material.diffuse[c], 0.0f, 1.0f);
     out.opacity = std::clamp(material.dissolve, 0.0f, 1.0f);
     out.blended = out.opacity < 1.0f || !material.alpha_texname.empty();
     out.specular = std::clamp((material.specular[0] + material.specular[1] + material.specular[2]) / 3.0f, 0.0f, 1.0f);
@@ -250,8 +238,7 @@ SourceScene ObjImporter::Read(const std::filesystem::path& path, std::vector<std
 {
     const std::string file = path.filename().string();
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error))
-        throw ImportError(file + ": no such file");
+    if (!std::filesystem::is_regular_file(path, error)) throw ImportError(file + ": no such file");
     tinyobj::ObjReaderConfig config;
     config.triangulate = false;
     config.vertex_color = false;
@@ -263,8 +250,7 @@ SourceScene ObjImporter::Read(const std::filesystem::path& path, std::vector<std
     }
     std::istringstream notes(reader.Warning());
     for (std::string line; std::getline(notes, line);)
-        if (!line.empty())
-            warnings.push_back(file + ": " + line);
+        if (!line.empty()) warnings.push_back(file + ": " + line);
 
     const ObjContext context{file, path.parent_path(), reader.GetAttrib(), warnings};
     SourceScene scene;
@@ -277,8 +263,7 @@ SourceScene ObjImporter::Read(const std::filesystem::path& path, std::vector<std
         ReadShape(context, reader.GetShapes()[s], s, reader.GetMaterials(), scene.meshes);
     SourceNode root;
     root.name = path.stem().string();
-    for (size_t m = 0; m < scene.meshes.size(); ++m)
-        root.meshes.push_back(int(m));
+    for (size_t m = 0; m < scene.meshes.size(); ++m) root.meshes.push_back(int(m));
     scene.nodes.push_back(std::move(root));
     return scene;
 }

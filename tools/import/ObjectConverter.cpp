@@ -54,10 +54,8 @@ void SetBones(const SourceMesh& mesh, MeshGeometry& geometry)
             bones[k] = weights[k] > 0.0f ? uint8_t(mesh.joints[v][k]) : 0;
             total += weights[k];
         }
-        for (float& weight : weights)
-            weight = total > 0.0f ? weight / total : 0.0f;
-        if (!(total > 0.0f))
-            weights[0] = 1.0f;
+        for (float& weight : weights) weight = total > 0.0f ? weight / total : 0.0f;
+        if (!(total > 0.0f)) weights[0] = 1.0f;
         geometry.bones.push_back(bones);
         geometry.weights.push_back(weights);
     }
@@ -72,14 +70,11 @@ MeshGeometry Placed(const SourceScene& scene, const ScenePose& pose, const Insta
     pose.Place(instance.node, instance.mesh, geometry.positions, withNormals ? &geometry.normals : nullptr);
     geometry.uvs = mesh.uvs;
     geometry.indices = mesh.indices;
-    if (use == Use::Skinned)
-        SetBones(mesh, geometry);
+    if (use == Use::Skinned) SetBones(mesh, geometry);
     // A placement that mirrors turns the front faces round; a skin is trusted not to.
-    if (!IsSkinned(scene, instance) && Determinant3(pose.World(instance.node)) < 0.0)
-        ReverseWinding(geometry.indices);
+    if (!IsSkinned(scene, instance) && Determinant3(pose.World(instance.node)) < 0.0) ReverseWinding(geometry.indices);
     // The MDD player makes its own normals from each frame.
-    if (use != Use::Baked && geometry.normals.empty())
-        MakeFlatNormals(geometry);
+    if (use != Use::Baked && geometry.normals.empty()) MakeFlatNormals(geometry);
     ToEngineSpace(geometry);
     return geometry;
 }
@@ -87,12 +82,11 @@ MeshGeometry Placed(const SourceScene& scene, const ScenePose& pose, const Insta
 const SourceAnimation* BakedAnimation(const SourceScene& scene, const std::string& source,
                                       std::vector<std::string>& warnings)
 {
-    if (scene.animations.empty())
-        return nullptr;
+    if (scene.animations.empty()) return nullptr;
     const SourceAnimation& first = scene.animations.front();
     if (scene.animations.size() > 1)
-        warnings.push_back(source + ": only the first of " + std::to_string(scene.animations.size())
-                           + " animations (" + first.name + ") is baked");
+        warnings.push_back(source + ": only the first of " + std::to_string(scene.animations.size()) + " animations (" +
+                           first.name + ") is baked");
     if (!(first.Duration() > 0.0f)) {
         warnings.push_back(source + ": " + first.name + " lasts no time; the model is imported as it stands");
         return nullptr;
@@ -108,11 +102,10 @@ std::vector<std::vector<std::vector<Float3>>> BakeFrames(const SourceScene& scen
     const double duration = animation.Duration();
     const uint64_t frames = uint64_t(std::llround(duration * kBakedFramesPerSecond)) + 1;
     uint64_t vertices = 0;
-    for (const Instance& instance : instances)
-        vertices += scene.meshes[size_t(instance.mesh)].positions.size();
+    for (const Instance& instance : instances) vertices += scene.meshes[size_t(instance.mesh)].positions.size();
     if (frames > kMaxFrames || frames * vertices * sizeof(Float3) > kMaxBakedBytes)
-        throw ImportError(options.source + ": " + animation.name + " is too long to bake: " + std::to_string(frames)
-                          + " frames of " + std::to_string(vertices) + " vertices");
+        throw ImportError(options.source + ": " + animation.name + " is too long to bake: " + std::to_string(frames) +
+                          " frames of " + std::to_string(vertices) + " vertices");
     std::vector<std::vector<std::vector<Float3>>> baked(instances.size());
     ScenePose pose(scene);
     for (uint64_t f = 0; f < frames; ++f) {
@@ -122,8 +115,7 @@ std::vector<std::vector<std::vector<Float3>>> BakeFrames(const SourceScene& scen
             pose.Place(instances[i].node, instances[i].mesh, positions, nullptr);
             MirrorZ(positions);
         }
-        if (options.progress)
-            options.progress(double(f + 1) / double(frames));
+        if (options.progress) options.progress(double(f + 1) / double(frames));
     }
     return baked;
 }
@@ -136,16 +128,15 @@ std::optional<size_t> BoneCarrier(const SourceScene& scene, const std::vector<In
 {
     std::optional<size_t> carrier;
     for (size_t i = 0; i < instances.size(); ++i) {
-        if (baked[i] || !IsSkinned(scene, instances[i]))
-            continue;
+        if (baked[i] || !IsSkinned(scene, instances[i])) continue;
         const size_t joints = scene.skins[size_t(scene.nodes[size_t(instances[i].node)].skin)].joints.size();
         if (carrier)
-            warnings.push_back(source + ": " + instances[i].name
-                               + ": an object deforms only its first mesh by bones; this one is imported as posed");
+            warnings.push_back(source + ": " + instances[i].name +
+                               ": an object deforms only its first mesh by bones; this one is imported as posed");
         else if (joints > kMaxBones)
-            warnings.push_back(source + ": " + instances[i].name + ": its skin has " + std::to_string(joints)
-                               + " joints, more than the engine's " + std::to_string(kMaxBones)
-                               + "; it is imported as posed, without bones");
+            warnings.push_back(source + ": " + instances[i].name + ": its skin has " + std::to_string(joints) +
+                               " joints, more than the engine's " + std::to_string(kMaxBones) +
+                               "; it is imported as posed, without bones");
         else
             carrier = i;
     }
@@ -158,14 +149,12 @@ Conversion ConvertScene(const SourceScene& scene, const ConvertOptions& options,
 {
     CheckScene(scene, options.source);
     const std::vector<Instance> instances = Instances(scene);
-    if (instances.empty())
-        throw ImportError(options.source + ": no triangles to import");
+    if (instances.empty()) throw ImportError(options.source + ": no triangles to import");
     const SourceAnimation* animation = BakedAnimation(scene, options.source, warnings);
     std::vector<bool> baked(instances.size(), false);
     if (animation) {
         const AnimationReach reach(scene, *animation);
-        for (size_t i = 0; i < instances.size(); ++i)
-            baked[i] = reach.Changes(instances[i].node, instances[i].mesh);
+        for (size_t i = 0; i < instances.size(); ++i) baked[i] = reach.Changes(instances[i].node, instances[i].mesh);
     }
     const std::optional<size_t> carrier = BoneCarrier(scene, instances, baked, options.source, warnings);
 

@@ -21,8 +21,8 @@ void Hermite(const SourceChannel& channel, size_t key, double t, double span, st
     const double h00 = 2 * t3 - 3 * t2 + 1, h10 = t3 - 2 * t2 + t, h01 = -2 * t3 + 3 * t2, h11 = t3 - t2;
     const float* values = channel.values.data();
     for (size_t i = 0; i < channel.width; ++i)
-        out[i] = h00 * values[ValueAt(channel, key) + i] + h10 * span * values[ValueAt(channel, key, 2) + i]
-               + h01 * values[ValueAt(channel, key + 1) + i] + h11 * span * values[ValueAt(channel, key + 1, 0) + i];
+        out[i] = h00 * values[ValueAt(channel, key) + i] + h10 * span * values[ValueAt(channel, key, 2) + i] +
+                 h01 * values[ValueAt(channel, key + 1) + i] + h11 * span * values[ValueAt(channel, key + 1, 0) + i];
 }
 
 }  // namespace
@@ -32,15 +32,11 @@ void SampleChannel(const SourceChannel& channel, double time, std::vector<double
     out.assign(channel.width, 0.0);
     const std::vector<float>& times = channel.times;
     const auto copyKey = [&](size_t key) {
-        for (size_t i = 0; i < channel.width; ++i)
-            out[i] = channel.values[ValueAt(channel, key) + i];
+        for (size_t i = 0; i < channel.width; ++i) out[i] = channel.values[ValueAt(channel, key) + i];
     };
-    if (times.empty())
-        return;
-    if (time <= times.front() || times.size() == 1)
-        return copyKey(0);
-    if (time >= times.back())
-        return copyKey(times.size() - 1);
+    if (times.empty()) return;
+    if (time <= times.front() || times.size() == 1) return copyKey(0);
+    if (time >= times.back()) return copyKey(times.size() - 1);
     const size_t key = size_t(std::upper_bound(times.begin(), times.end(), float(time)) - times.begin()) - 1;
     const double span = double(times[key + 1]) - times[key];
     const double t = span > 0.0 ? (time - times[key]) / span : 0.0;
@@ -77,11 +73,10 @@ void ScenePose::Evaluate(const SourceAnimation* animation, double time)
         locals_.push_back({node.translation, node.rotation, node.scale, node.morphWeights});
     std::vector<bool> animated(scene_.nodes.size(), false);
     std::vector<double> value;
-    const std::span<const SourceChannel> channels = animation ? std::span(animation->channels)
-                                                              : std::span<const SourceChannel>();
+    const std::span<const SourceChannel> channels =
+        animation ? std::span(animation->channels) : std::span<const SourceChannel>();
     for (const SourceChannel& channel : channels) {
-        if (channel.node < 0 || size_t(channel.node) >= locals_.size())
-            continue;
+        if (channel.node < 0 || size_t(channel.node) >= locals_.size()) continue;
         Local& local = locals_[size_t(channel.node)];
         SampleChannel(channel, time, value);
         switch (channel.path) {
@@ -96,8 +91,8 @@ void ScenePose::Evaluate(const SourceAnimation* animation, double time)
         const SourceNode& node = scene_.nodes[n];
         const Local& local = locals_[n];
         // An animated node is placed by its properties, as glTF requires of animated nodes.
-        const Transform own = node.matrix && !animated[n] ? *node.matrix
-                                                          : FromTrs(local.translation, local.rotation, local.scale);
+        const Transform own =
+            node.matrix && !animated[n] ? *node.matrix : FromTrs(local.translation, local.rotation, local.scale);
         worlds_[n] = node.parent >= 0 ? Multiply(worlds_[size_t(node.parent)], own) : own;
     }
 }
@@ -107,11 +102,9 @@ void ScenePose::Morph(int node, const SourceMesh& mesh, std::vector<Float3>& pos
     const std::vector<float>& own = locals_[size_t(node)].weights;
     const std::vector<float>& weights = own.empty() ? mesh.morphWeights : own;
     for (size_t t = 0; t < std::min(weights.size(), mesh.morphTargets.size()); ++t) {
-        if (weights[t] == 0.0f || mesh.morphTargets[t].size() != positions.size())
-            continue;
+        if (weights[t] == 0.0f || mesh.morphTargets[t].size() != positions.size()) continue;
         for (size_t v = 0; v < positions.size(); ++v)
-            for (size_t c = 0; c < 3; ++c)
-                positions[v][c] += weights[t] * mesh.morphTargets[t][v][c];
+            for (size_t c = 0; c < 3; ++c) positions[v][c] += weights[t] * mesh.morphTargets[t][v][c];
     }
 }
 
@@ -123,16 +116,12 @@ bool ScenePose::SkinTransform(const SourceSkin& skin, const std::vector<Transfor
     for (size_t k = 0; k < 4; ++k) {
         const double weight = mesh.weights[v][k];
         const size_t joint = mesh.joints[v][k];
-        if (!(weight > 0.0) || joint >= skin.joints.size())
-            continue;
-        for (size_t i = 0; i < 16; ++i)
-            out[i] += weight * joints[joint][i];
+        if (!(weight > 0.0) || joint >= skin.joints.size()) continue;
+        for (size_t i = 0; i < 16; ++i) out[i] += weight * joints[joint][i];
         total += weight;
     }
-    if (!(total > 0.0))
-        return false;
-    for (double& element : out)
-        element /= total;
+    if (!(total > 0.0)) return false;
+    for (double& element : out) element /= total;
     return true;
 }
 
@@ -142,16 +131,15 @@ void ScenePose::Place(int node, int mesh, std::vector<Float3>& positions, std::v
     const SourceMesh& source = scene_.meshes[size_t(mesh)];
     positions = source.positions;
     Morph(node, source, positions);
-    const bool skinned = placer.skin >= 0 && size_t(placer.skin) < scene_.skins.size()
-                      && source.joints.size() == positions.size() && source.weights.size() == positions.size();
+    const bool skinned = placer.skin >= 0 && size_t(placer.skin) < scene_.skins.size() &&
+                         source.joints.size() == positions.size() && source.weights.size() == positions.size();
     std::vector<Transform> joints;
     if (skinned) {
         const SourceSkin& skin = scene_.skins[size_t(placer.skin)];
         for (size_t j = 0; j < skin.joints.size(); ++j)
             joints.push_back(Multiply(worlds_[size_t(skin.joints[j])], skin.inverseBindMatrices[j]));
     }
-    if (normals)
-        *normals = source.normals;
+    if (normals) *normals = source.normals;
     Transform skinning;
     for (size_t v = 0; v < positions.size(); ++v) {
         // A skinned mesh is placed by its joints alone; the node's own transform is not used.
@@ -171,22 +159,19 @@ AnimationReach::AnimationReach(const SourceScene& scene, const SourceAnimation& 
     : scene_(scene), moved_(scene.nodes.size(), false), morphed_(scene.nodes.size(), false)
 {
     for (const SourceChannel& channel : animation.channels) {
-        if (channel.node < 0 || size_t(channel.node) >= scene.nodes.size())
-            continue;
+        if (channel.node < 0 || size_t(channel.node) >= scene.nodes.size()) continue;
         (channel.path == SourceChannel::Path::Weights ? morphed_ : moved_)[size_t(channel.node)] = true;
     }
     // Parents come first, so one pass carries a movement down to every descendant.
     for (size_t n = 0; n < scene.nodes.size(); ++n)
-        if (scene.nodes[n].parent >= 0 && moved_[size_t(scene.nodes[n].parent)])
-            moved_[n] = true;
+        if (scene.nodes[n].parent >= 0 && moved_[size_t(scene.nodes[n].parent)]) moved_[n] = true;
 }
 
 bool AnimationReach::Changes(int node, int mesh) const
 {
     const SourceNode& placer = scene_.nodes[size_t(node)];
     const SourceMesh& source = scene_.meshes[size_t(mesh)];
-    if (morphed_[size_t(node)] && !source.morphTargets.empty())
-        return true;
+    if (morphed_[size_t(node)] && !source.morphTargets.empty()) return true;
     if (placer.skin >= 0 && size_t(placer.skin) < scene_.skins.size() && !source.joints.empty()) {
         const std::vector<int>& joints = scene_.skins[size_t(placer.skin)].joints;
         return std::any_of(joints.begin(), joints.end(), [&](int joint) { return moved_[size_t(joint)]; });

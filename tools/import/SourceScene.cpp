@@ -8,8 +8,7 @@ float SourceAnimation::Duration() const
 {
     float duration = 0.0f;
     for (const SourceChannel& channel : channels)
-        if (!channel.times.empty())
-            duration = std::max(duration, channel.times.back());
+        if (!channel.times.empty()) duration = std::max(duration, channel.times.back());
     return duration;
 }
 

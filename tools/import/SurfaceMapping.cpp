@@ -37,29 +37,25 @@ std::string PortableFileName(const std::string& name, size_t maxLength)
 {
     std::string out;
     for (const char c : name) {
-        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ' '
-                        || c == '-' || c == '_' || c == '.';
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ' ' ||
+                           c == '-' || c == '_' || c == '.';
         out += plain ? c : '_';
     }
     // No hidden files, no names made only of dots.
     out.erase(0, out.find_first_not_of(". "));
-    if (out.size() > maxLength)
-        out.resize(maxLength);
+    if (out.size() > maxLength) out.resize(maxLength);
     return out;
 }
 
 std::string TextureNames::NameOf(const SourceScene& scene, int index)
 {
-    if (const auto known = names_.find(index); known != names_.end())
-        return folder_ + "\\" + known->second;
+    if (const auto known = names_.find(index); known != names_.end()) return folder_ + "\\" + known->second;
     const SourceImage& image = scene.images[size_t(index)];
     std::string stem = image.name.substr(0, image.name.rfind('.'));
     stem = PortableFileName(stem, kMaxFileName);
-    if (stem.empty())
-        stem = "image" + std::to_string(index);
+    if (stem.empty()) stem = "image" + std::to_string(index);
     std::string file = stem + "." + image.extension;
-    for (int copy = 2; files_.count(file); ++copy)
-        file = stem + "-" + std::to_string(copy) + "." + image.extension;
+    for (int copy = 2; files_.count(file); ++copy) file = stem + "-" + std::to_string(copy) + "." + image.extension;
     names_[index] = file;
     files_[file] = index;
     return folder_ + "\\" + file;

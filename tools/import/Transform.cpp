@@ -11,8 +11,7 @@ Transform Multiply(const Transform& a, const Transform& b)
     for (int c = 0; c < 4; ++c)
         for (int r = 0; r < 4; ++r) {
             double sum = 0.0;
-            for (int k = 0; k < 4; ++k)
-                sum += a[k * 4 + r] * b[c * 4 + k];
+            for (int k = 0; k < 4; ++k) sum += a[k * 4 + r] * b[c * 4 + k];
             out[c * 4 + r] = sum;
         }
     return out;
@@ -29,25 +28,22 @@ Transform FromTrs(const Vec3& translation, const Quaternion& rotation, const Vec
     };
     Transform out = kIdentityTransform;
     for (int c = 0; c < 3; ++c)
-        for (int row = 0; row < 3; ++row)
-            out[c * 4 + row] = r[c][row] * scale[c];
-    for (int row = 0; row < 3; ++row)
-        out[12 + row] = translation[row];
+        for (int row = 0; row < 3; ++row) out[c * 4 + row] = r[c][row] * scale[c];
+    for (int row = 0; row < 3; ++row) out[12 + row] = translation[row];
     return out;
 }
 
 Vec3 TransformPoint(const Transform& m, const Vec3& p)
 {
     Vec3 out{};
-    for (int r = 0; r < 3; ++r)
-        out[r] = m[r] * p[0] + m[4 + r] * p[1] + m[8 + r] * p[2] + m[12 + r];
+    for (int r = 0; r < 3; ++r) out[r] = m[r] * p[0] + m[4 + r] * p[1] + m[8 + r] * p[2] + m[12 + r];
     return out;
 }
 
 double Determinant3(const Transform& m)
 {
-    return m[0] * (m[5] * m[10] - m[9] * m[6]) - m[4] * (m[1] * m[10] - m[9] * m[2])
-         + m[8] * (m[1] * m[6] - m[5] * m[2]);
+    return m[0] * (m[5] * m[10] - m[9] * m[6]) - m[4] * (m[1] * m[10] - m[9] * m[2]) +
+           m[8] * (m[1] * m[6] - m[5] * m[2]);
 }
 
 Vec3 TransformNormal(const Transform& m, const Vec3& n)
@@ -55,8 +51,7 @@ Vec3 TransformNormal(const Transform& m, const Vec3& n)
     // The inverse transpose is the cofactor matrix over the determinant; the scale of
     // the determinant goes away with the normalisation, its sign must stay.
     const double determinant = Determinant3(m);
-    if (determinant == 0.0 || !std::isfinite(determinant))
-        return n;
+    if (determinant == 0.0 || !std::isfinite(determinant)) return n;
     auto at = [&](int r, int c) { return m[c * 4 + r]; };
     Vec3 out{};
     for (int r = 0; r < 3; ++r) {
@@ -67,24 +62,21 @@ Vec3 TransformNormal(const Transform& m, const Vec3& n)
             out[r] += cofactor * n[c];
         }
     }
-    if (determinant < 0.0)
-        out = {-out[0], -out[1], -out[2]};
+    if (determinant < 0.0) out = {-out[0], -out[1], -out[2]};
     return Normalized(out);
 }
 
 Transform Blend(const Transform& a, const Transform& b, double t)
 {
     Transform out{};
-    for (size_t i = 0; i < out.size(); ++i)
-        out[i] = a[i] * (1.0 - t) + b[i] * t;
+    for (size_t i = 0; i < out.size(); ++i) out[i] = a[i] * (1.0 - t) + b[i] * t;
     return out;
 }
 
 Quaternion Normalized(const Quaternion& q)
 {
     const double length = std::sqrt(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3]);
-    if (!(length > 0.0) || !std::isfinite(length))
-        return {0, 0, 0, 1};
+    if (!(length > 0.0) || !std::isfinite(length)) return {0, 0, 0, 1};
     return {q[0] / length, q[1] / length, q[2] / length, q[3] / length};
 }
 
@@ -108,8 +100,7 @@ Quaternion Slerp(const Quaternion& a, const Quaternion& b, double t)
 Vec3 Normalized(const Vec3& v)
 {
     const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-    if (!(length > 0.0) || !std::isfinite(length))
-        return v;
+    if (!(length > 0.0) || !std::isfinite(length)) return v;
     return {v[0] / length, v[1] / length, v[2] / length};
 }
 

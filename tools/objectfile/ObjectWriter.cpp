@@ -25,8 +25,7 @@ const char* ItemId(ItemModel::Kind kind)
 
 void WriteFloats(ChunkWriter& out, std::initializer_list<float> values)
 {
-    for (const float value : values)
-        out.F32(value);
+    for (const float value : values) out.F32(value);
 }
 
 void WriteFloat3(ChunkWriter& out, const Float3& v) { WriteFloats(out, {v[0], v[1], v[2]}); }
@@ -39,13 +38,10 @@ uint16_t FloatToHalf(float value)
     const uint32_t sign = (bits >> 16) & 0x8000;
     const int exponent = int((bits >> 23) & 0xFF) - 127 + 15;
     uint32_t mantissa = bits & 0x7FFFFF;
-    if (exponent <= 0)
-        return uint16_t(sign);  // too small: zero
-    if (exponent >= 31)
-        return uint16_t(sign | 0x7C00);
+    if (exponent <= 0) return uint16_t(sign);  // too small: zero
+    if (exponent >= 31) return uint16_t(sign | 0x7C00);
     mantissa += 0x1000;  // round to nearest
-    if (mantissa & 0x800000)
-        return uint16_t(sign | ((exponent + 1) << 10));
+    if (mantissa & 0x800000) return uint16_t(sign | ((exponent + 1) << 10));
     return uint16_t(sign | (exponent << 10) | (mantissa >> 13));
 }
 
@@ -65,11 +61,9 @@ void WriteMdd(ChunkWriter& out, const MddModel& mdd)
     out.U32(uint32_t(mdd.frames.size())).U32(mdd.vertexCount);
     for (const auto& frame : mdd.frames)
         for (const Float3& p : frame)
-            for (const float c : p)
-                WriteValue(out, mdd.halfFloats, c);
+            for (const float c : p) WriteValue(out, mdd.halfFloats, c);
     out.U32(uint32_t(mdd.timeline.size()));
-    for (const uint16_t frame : mdd.timeline)
-        out.U16(frame);
+    for (const uint16_t frame : mdd.timeline) out.U16(frame);
     out.U32(mdd.uvSetCount);
     for (uint32_t set = 0; set < mdd.uvSetCount && set < 2; ++set) {
         out.U32(uint32_t(mdd.uvSets[set].size()));
@@ -79,11 +73,9 @@ void WriteMdd(ChunkWriter& out, const MddModel& mdd)
         }
     }
     out.U32(uint32_t(mdd.triangles.size()));
-    for (const uint16_t index : mdd.triangles)
-        out.U16(index);
+    for (const uint16_t index : mdd.triangles) out.U16(index);
     for (uint32_t set = 0; set < mdd.uvSetCount && set < 2; ++set)
-        for (const uint16_t index : mdd.uvIndices[set])
-            out.U16(index);
+        for (const uint16_t index : mdd.uvIndices[set]) out.U16(index);
     out.F32(mdd.smoothingAngle);
 }
 
@@ -99,14 +91,12 @@ void WriteGeometry(ChunkWriter& out, const MeshModel& mesh)
     }
     if (mesh.flags & (MeshItem::kSortTriangles | MeshItem::kDynamicIndices)) {
         out.U32(uint32_t(mesh.indices.size())).U32(2);
-        for (const uint32_t index : mesh.indices)
-            out.U16(uint16_t(index));
+        for (const uint32_t index : mesh.indices) out.U16(uint16_t(index));
     } else if (!mesh.mdd) {
         // Two-byte indices whenever they fit.
         const bool wide = mesh.VertexCount() > 0x10000;
         out.U32(uint32_t(mesh.indices.size())).U32(wide ? 4 : 2);
-        for (const uint32_t index : mesh.indices)
-            wide ? out.U32(index) : out.U16(uint16_t(index));
+        for (const uint32_t index : mesh.indices) wide ? out.U32(index) : out.U16(uint16_t(index));
     }
     out.Close();
 }
@@ -119,8 +109,7 @@ void WriteEnvelope(ChunkWriter& out, const EnvelopeModel& envelope)
     out.Open("POST").U16(envelope.postBehavior).Close();
     for (const EnvelopeKeyModel& key : envelope.keys) {
         out.Open("KEY ").F32(key.value).F32(key.time).U16(key.shape);
-        for (const float param : key.params)
-            out.F32(param);
+        for (const float param : key.params) out.F32(param);
         out.Close();
     }
     out.Close();
@@ -140,11 +129,9 @@ void WriteSurface(ChunkWriter& out, const SurfaceModel& surface)
     out.Open("TRAN").F32(surface.transparency).Close();
     out.Open("FX  ").Text(surface.materialFile).Close();
     out.Open("RDST").U32(surface.renderStates);
-    if (surface.renderStates & SurfaceModel::kAlphaBlend)
-        out.U16(surface.srcBlend).U16(surface.destBlend);
+    if (surface.renderStates & SurfaceModel::kAlphaBlend) out.U16(surface.srcBlend).U16(surface.destBlend);
     out.Close();
-    for (const EnvelopeModel& envelope : surface.envelopes)
-        WriteEnvelope(out, envelope);
+    for (const EnvelopeModel& envelope : surface.envelopes) WriteEnvelope(out, envelope);
     out.Close();
 }
 
@@ -153,25 +140,26 @@ void WriteMesh(ChunkWriter& out, const MeshModel& mesh)
     out.Open("PRIM").U16(mesh.primitiveType).Close();
     out.Open("DECL").U32(uint32_t(mesh.declaration.size()));
     out.Raw(mesh.declaration.data(), mesh.declaration.size() * sizeof(gpu::D3DVERTEXELEMENT9)).Close();
-    if (mesh.boneCount > 0)
-        out.Open("BONE").U32(mesh.boneCount).Close();
+    if (mesh.boneCount > 0) out.Open("BONE").U32(mesh.boneCount).Close();
     WriteGeometry(out, mesh);
     if (!mesh.lods.empty()) {
         out.Open("LODS").U32(uint32_t(mesh.lods.size()));
         for (const LodRecord& lod : mesh.lods)
-            out.F32(lod.maxDistance).U32(lod.baseVertex).U32(lod.vertexCount).U32(lod.startIndex).U32(lod.primitiveCount);
+            out.F32(lod.maxDistance)
+                .U32(lod.baseVertex)
+                .U32(lod.vertexCount)
+                .U32(lod.startIndex)
+                .U32(lod.primitiveCount);
         out.Close();
     }
     if (mesh.boundingBox) {
         out.Open("BBOX");
-        for (const float value : *mesh.boundingBox)
-            out.F32(value);
+        for (const float value : *mesh.boundingBox) out.F32(value);
         out.Close();
     }
     if (!mesh.textures.empty()) {
         out.Open("CLIP");
-        for (const std::string& texture : mesh.textures)
-            out.Open("STIL").Text(texture).Close();
+        for (const std::string& texture : mesh.textures) out.Open("STIL").Text(texture).Close();
         out.Close();
     }
     WriteSurface(out, mesh.surface);
@@ -185,14 +173,12 @@ std::vector<uint8_t> WriteObject(const ObjectModel& model)
     out.Open("FORM").Open("QXOB").U32(uint32_t(model.items.size()));
     for (const ItemModel& item : model.items) {
         out.Open(ItemId(item.kind));
-        if (item.kind == ItemModel::Kind::Clone)
-            out.U32(item.cloneSource);
+        if (item.kind == ItemModel::Kind::Clone) out.U32(item.cloneSource);
         out.Text(item.name).U32(item.parent < 0 ? 0xFFFFFFFFu : uint32_t(item.parent));
         WriteFloat3(out, item.position);
         WriteFloat3(out, item.rotation);
         WriteFloat3(out, item.scale);
-        if (item.kind == ItemModel::Kind::Mesh)
-            WriteMesh(out, item.mesh);
+        if (item.kind == ItemModel::Kind::Mesh) WriteMesh(out, item.mesh);
         out.Close();
     }
     out.Close().Close();

@@ -204,8 +204,10 @@ void writeLineStyles(BitWriter& out, const std::vector<LineStyle>& lines, int ve
         out.u16(line.width);
         if (version >= 4) {
             writeLineStyle2Flags(out, line);
-            if (line.hasFill) writeFillStyle(out, line.fill, version);
-            else out.color(line.color, true);
+            if (line.hasFill)
+                writeFillStyle(out, line.fill, version);
+            else
+                out.color(line.color, true);
         } else {
             out.color(line.color, version >= 3);
         }

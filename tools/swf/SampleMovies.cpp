@@ -44,22 +44,32 @@ Matrix rotation(double degrees, double x, double y)
 void defineSampleCharacters(SwfWriter& movie)
 {
     ShapeBuilder bar;
-    bar.fills = {gradient(FillKind::Linear, gradientBox(3200, 1600, 0), {{0, {255, 64, 0, 255}}, {255, {255, 220, 0, 255}}})};
+    bar.fills = {
+        gradient(FillKind::Linear, gradientBox(3200, 1600, 0), {{0, {255, 64, 0, 255}}, {255, {255, 220, 0, 255}}})};
     bar.rectangle(0, -600, 3200, 600, 1);
     movie.defineShape(1, bar);
 
     ShapeBuilder ball;
-    ball.fills = {gradient(FillKind::Radial, gradientBox(4000, 0, 0), {{0, {255, 255, 255, 255}}, {255, {0, 80, 200, 255}}})};
+    ball.fills = {
+        gradient(FillKind::Radial, gradientBox(4000, 0, 0), {{0, {255, 255, 255, 255}}, {255, {0, 80, 200, 255}}})};
     ball.lines = {swf::LineStyle{40, {0, 0, 60, 255}}};
     ball.line(1).circle(0, 0, 2000, 1);
     movie.defineShape(2, ball);
 
     ShapeBuilder morphStart;
     morphStart.fills = {solid({40, 160, 40, 255})};
-    morphStart.moveTo(-1500, -1500).fill1(1).lineTo(1500, -1500).lineTo(1500, 1500).lineTo(-1500, 1500).lineTo(-1500, -1500);
+    morphStart.moveTo(-1500, -1500)
+        .fill1(1)
+        .lineTo(1500, -1500)
+        .lineTo(1500, 1500)
+        .lineTo(-1500, 1500)
+        .lineTo(-1500, -1500);
     ShapeBuilder morphEnd;
     morphEnd.fills = {solid({200, 40, 160, 255})};
-    morphEnd.moveTo(0, -2000).curveTo(2000, -2000, 2000, 0).curveTo(2000, 2000, 0, 2000).curveTo(-2000, 2000, -2000, 0)
+    morphEnd.moveTo(0, -2000)
+        .curveTo(2000, -2000, 2000, 0)
+        .curveTo(2000, 2000, 0, 2000)
+        .curveTo(-2000, 2000, -2000, 0)
         .curveTo(-2000, -2000, 0, -2000);
     movie.defineMorph(3, morphStart, morphEnd);
 
@@ -116,10 +126,11 @@ std::vector<uint8_t> sampleAnimation(int frames, Compression compression)
     for (int f = 0; f < frames; ++f) {
         const double t = frames > 1 ? double(f) / (frames - 1) : 0.0;
         const bool first = f == 0;
-        movie.place(1, first ? std::optional<uint16_t>(1) : std::nullopt, {1, 0, 0, 1, 400 + t * 8000, 1200}, std::nullopt,
-                    std::nullopt, std::nullopt, !first);
-        movie.place(2, first ? std::optional<uint16_t>(2) : std::nullopt, {1, 0, 0, 1, 10000, 2800 + 1500 * std::sin(t * 6.283)},
+        movie.place(1, first ? std::optional<uint16_t>(1) : std::nullopt, {1, 0, 0, 1, 400 + t * 8000, 1200},
                     std::nullopt, std::nullopt, std::nullopt, !first);
+        movie.place(2, first ? std::optional<uint16_t>(2) : std::nullopt,
+                    {1, 0, 0, 1, 10000, 2800 + 1500 * std::sin(t * 6.283)}, std::nullopt, std::nullopt, std::nullopt,
+                    !first);
         movie.place(3, first ? std::optional<uint16_t>(3) : std::nullopt, {1, 0, 0, 1, 3000, 4600}, std::nullopt,
                     uint16_t(std::lround(t * 65535)), std::nullopt, !first);
         if (first) {
@@ -127,8 +138,8 @@ std::vector<uint8_t> sampleAnimation(int frames, Compression compression)
             movie.place(5, 7, {1, 0, 0, 1, 8600, 3800});
             movie.place(6, 8, {1, 0, 0, 1, 8600, 600}, std::nullopt, std::nullopt, uint16_t(7));
         }
-        movie.place(7, first ? std::optional<uint16_t>(9) : std::nullopt, {1, 0, 0, 1, 8600 + t * 2000, 1200}, std::nullopt,
-                    std::nullopt, std::nullopt, !first);
+        movie.place(7, first ? std::optional<uint16_t>(9) : std::nullopt, {1, 0, 0, 1, 8600 + t * 2000, 1200},
+                    std::nullopt, std::nullopt, std::nullopt, !first);
         movie.showFrame();
     }
     return movie.finish(compression);
@@ -145,7 +156,8 @@ std::vector<NamedMovie> corpusMovies()
     bitmaps.defineLossless(1, 8, 8, pixels, true);
     bitmaps.defineJpeg(2, 8, 8, pixels, true);
     bitmaps.defineJpegWithTables(3, 8, 8, pixels);
-    bitmaps.defineLosslessPalette(4, 3, 2, std::vector<uint32_t>{0xFF00FF00, 0x40FFFFFF}, std::vector<uint8_t>{0, 1, 0, 1, 0, 1}, true);
+    bitmaps.defineLosslessPalette(4, 3, 2, std::vector<uint32_t>{0xFF00FF00, 0x40FFFFFF},
+                                  std::vector<uint8_t>{0, 1, 0, 1, 0, 1}, true);
     for (uint16_t id = 1; id <= 4; ++id) {
         ShapeBuilder shape;
         FillStyle fill;
@@ -175,7 +187,10 @@ std::vector<NamedMovie> corpusMovies()
     thick.join = swf::JoinStyle::Miter;
     thick.miterLimit = 2.5;
     shape.lines = {thick};
-    shape.line(1).circle(1000, 1000, 800, 1).newStyles({solid({200, 200, 0, 255})}, {}).rectangle(100, 100, 500, 500, 1);
+    shape.line(1)
+        .circle(1000, 1000, 800, 1)
+        .newStyles({solid({200, 200, 0, 255})}, {})
+        .rectangle(100, 100, 500, 500, 1);
     styles.defineShape(1, shape, 4);
     styles.place(1, 1, {}, ColorTransform{{128, 256, 256, 200}, {10, -10, 0, 0}});
     styles.showFrame();

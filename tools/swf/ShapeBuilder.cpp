@@ -44,8 +44,13 @@ ShapeBuilder& ShapeBuilder::curveTo(int32_t controlX, int32_t controlY, int32_t 
 
 ShapeBuilder& ShapeBuilder::rectangle(int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t fill)
 {
-    return moveTo(left, top).fill0(0).fill1(fill).lineTo(right, top).lineTo(right, bottom).lineTo(left, bottom).lineTo(
-        left, top);
+    return moveTo(left, top)
+        .fill0(0)
+        .fill1(fill)
+        .lineTo(right, top)
+        .lineTo(right, bottom)
+        .lineTo(left, bottom)
+        .lineTo(left, top);
 }
 
 ShapeBuilder& ShapeBuilder::circle(int32_t centreX, int32_t centreY, int32_t radius, uint32_t fill)
@@ -59,7 +64,8 @@ ShapeBuilder& ShapeBuilder::circle(int32_t centreX, int32_t centreY, int32_t rad
     for (int k = 0; k < 8; ++k) {
         const double mid = (k + 0.5) * step;
         const double end = (k + 1) * step;
-        curveTo(at(mid, controlRadius, true), at(mid, controlRadius, false), at(end, radius, true), at(end, radius, false));
+        curveTo(at(mid, controlRadius, true), at(mid, controlRadius, false), at(end, radius, true),
+                at(end, radius, false));
     }
     return *this;
 }
@@ -124,12 +130,18 @@ void ShapeBuilder::encodeRecordList(BitWriter& out, int version, unsigned fillBi
         std::optional<size_t> set;
         for (; i < records_.size(); ++i) {
             const Record& s = records_[i];
-            if (s.kind == Record::Kind::Move) move = s;
-            else if (s.kind == Record::Kind::Fill0) f0 = s.index;
-            else if (s.kind == Record::Kind::Fill1) f1 = s.index;
-            else if (s.kind == Record::Kind::Line) ln = s.index;
-            else if (s.kind == Record::Kind::NewStyles) set = s.styleSet;
-            else break;
+            if (s.kind == Record::Kind::Move)
+                move = s;
+            else if (s.kind == Record::Kind::Fill0)
+                f0 = s.index;
+            else if (s.kind == Record::Kind::Fill1)
+                f1 = s.index;
+            else if (s.kind == Record::Kind::Line)
+                ln = s.index;
+            else if (s.kind == Record::Kind::NewStyles)
+                set = s.styleSet;
+            else
+                break;
         }
         out.ub(0, 1);
         out.ub(set.has_value(), 1);

@@ -49,10 +49,7 @@ std::vector<uint8_t> lzmaAlone(std::span<const uint8_t> data)
 
 uint8_t channel(uint32_t argb, int shift) { return uint8_t(argb >> shift); }
 
-uint8_t premultiplied(uint32_t argb, int shift)
-{
-    return uint8_t((channel(argb, shift) * (argb >> 24) + 127) / 255);
-}
+uint8_t premultiplied(uint32_t argb, int shift) { return uint8_t((channel(argb, shift) * (argb >> 24) + 127) / 255); }
 
 // The JPEG's marker segments before its scan, split into tables (quantisation and Huffman)
 // and the rest.
@@ -151,7 +148,9 @@ void TagList::frameLabel(const char* label)
 
 // --- SwfWriter ---
 
-SwfWriter::SwfWriter(int version, Rect stage, double frameRate) : version_(version), stage_(stage), frameRate_(frameRate) {}
+SwfWriter::SwfWriter(int version, Rect stage, double frameRate)
+    : version_(version), stage_(stage), frameRate_(frameRate)
+{}
 
 void SwfWriter::background(Rgba color)
 {
@@ -240,7 +239,8 @@ void SwfWriter::defineLossless(uint16_t id, int width, int height, std::span<con
     pixels.reserve(argb.size() * 4);
     for (const uint32_t p : argb) {
         if (alpha) {
-            pixels.insert(pixels.end(), {channel(p, 24), premultiplied(p, 16), premultiplied(p, 8), premultiplied(p, 0)});
+            pixels.insert(pixels.end(),
+                          {channel(p, 24), premultiplied(p, 16), premultiplied(p, 8), premultiplied(p, 0)});
         } else {
             pixels.insert(pixels.end(), {0xFF, channel(p, 16), channel(p, 8), channel(p, 0)});
         }

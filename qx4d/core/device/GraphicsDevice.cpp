@@ -18,8 +18,7 @@ constexpr int kMaxFlushPolls = 10'000'000;
 GraphicsDevice::~GraphicsDevice()
 {
     Destroy();
-    if (current == this)
-        current = nullptr;
+    if (current == this) current = nullptr;
 }
 
 bool GraphicsDevice::Create(const gpu::D3DPRESENT_PARAMETERS& parameters)
@@ -27,8 +26,8 @@ bool GraphicsDevice::Create(const gpu::D3DPRESENT_PARAMETERS& parameters)
     Destroy();
     presentParameters = parameters;
     device = gpu::Device::create(parameters);
-    if (!device || qx::FAILED(device->CreateQuery(gpu::D3DQUERYTYPE_EVENT, &flushQuery))
-        || qx::FAILED(device->GetDeviceCaps(&caps))) {
+    if (!device || qx::FAILED(device->CreateQuery(gpu::D3DQUERYTYPE_EVENT, &flushQuery)) ||
+        qx::FAILED(device->GetDeviceCaps(&caps))) {
         Destroy();
         return false;
     }
@@ -49,22 +48,18 @@ void GraphicsDevice::Destroy()
 
 bool GraphicsDevice::BeginFrame()
 {
-    if (!device)
-        return false;
+    if (!device) return false;
     const qx::HRESULT level = device->TestCooperativeLevel();
-    if (level == gpu::D3DERR_DEVICELOST)
-        return false;
+    if (level == gpu::D3DERR_DEVICELOST) return false;
     if (level == gpu::D3DERR_DEVICENOTRESET) {
         // The callbacks only post to the command thread; this frame still runs. That
         // thread needs the context meanwhile.
         ReleaseThread();
         if (flushQuery) {
             flushQuery.reset();
-            if (onDeviceLost)
-                onDeviceLost();
+            if (onDeviceLost) onDeviceLost();
         }
-        if (onDeviceReset)
-            onDeviceReset();
+        if (onDeviceReset) onDeviceReset();
     }
     device->BeginScene();
     return true;
@@ -72,11 +67,9 @@ bool GraphicsDevice::BeginFrame()
 
 void GraphicsDevice::EndFrame(bool present)
 {
-    if (!device)
-        return;
+    if (!device) return;
     device->EndScene();
-    if (!screenshotPath.empty())
-        SaveScreenshot();
+    if (!screenshotPath.empty()) SaveScreenshot();
     (void)present;  // nothing is ever shown: the back buffer is off-screen
     Flush();
     ReleaseThread();
@@ -88,8 +81,8 @@ void GraphicsDevice::SaveScreenshot()
     if (qx::SUCCEEDED(device->GetRenderTarget(0, &target))) {
         const gpu::D3DSURFACE_DESC desc = target->desc();
         if (qx::SUCCEEDED(device->CreateOffscreenPlainSurface(desc.Width, desc.Height, desc.Format,
-                                                          gpu::D3DPOOL_SYSTEMMEM, &copy))
-            && qx::SUCCEEDED(device->GetRenderTargetData(target, copy)))
+                                                              gpu::D3DPOOL_SYSTEMMEM, &copy)) &&
+            qx::SUCCEEDED(device->GetRenderTargetData(target, copy)))
             gpu::D3DXSaveSurfaceToFile(qx::os::toUtf8(screenshotPath), screenshotFormat, *copy);
     }
     screenshotPath.clear();
@@ -97,13 +90,11 @@ void GraphicsDevice::SaveScreenshot()
 
 void GraphicsDevice::Flush()
 {
-    if (!device || !flushQuery)
-        return;
+    if (!device || !flushQuery) return;
     device->BeginEvent(0xFF000000u, "GraphicsDevice::Flush()");
     flushQuery->Issue(gpu::D3DISSUE_END);
     for (int poll = 0; poll < kMaxFlushPolls; ++poll) {
-        if (flushQuery->GetData(nullptr, 0, gpu::D3DGETDATA_FLUSH) != qx::S_FALSE)
-            break;
+        if (flushQuery->GetData(nullptr, 0, gpu::D3DGETDATA_FLUSH) != qx::S_FALSE) break;
         std::this_thread::yield();
     }
     device->EndEvent();
@@ -111,8 +102,7 @@ void GraphicsDevice::Flush()
 
 bool GraphicsDevice::Reset()
 {
-    if (!device || qx::FAILED(device->Reset(presentParameters)))
-        return false;
+    if (!device || qx::FAILED(device->Reset(presentParameters))) return false;
     flushQuery.reset();
     const bool made = qx::SUCCEEDED(device->CreateQuery(gpu::D3DQUERYTYPE_EVENT, &flushQuery));
     ReleaseThread();

@@ -37,8 +37,7 @@ public:
     /// outside a frame (loading, uploading) and leaves it to another.
     void ReleaseThread() const
     {
-        if (device)
-            device->DetachThread();
+        if (device) device->DetachThread();
     }
 
     void SetDeviceLostCallback(Callback callback) { onDeviceLost = callback; }

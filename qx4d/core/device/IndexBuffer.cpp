@@ -27,12 +27,10 @@ bool IndexBuffer::CreateDeviceBuffer(gpu::Device& device, uint32_t usage, gpu::D
 
 void IndexBuffer::AfterRestore()
 {
-    if (!(flags & kResourceQuadList))
-        return;
+    if (!(flags & kResourceQuadList)) return;
     const uint32_t quads = capacity / (IndexSize() * 6);
     void* target = nullptr;
-    if (qx::FAILED(buffer->Lock(0, 0, &target, gpu::D3DLOCK_DISCARD)))
-        return;
+    if (qx::FAILED(buffer->Lock(0, 0, &target, gpu::D3DLOCK_DISCARD))) return;
     if (IndexSize() == 4)
         FillQuads<uint32_t>(static_cast<uint8_t*>(target), quads);
     else

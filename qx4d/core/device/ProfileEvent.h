@@ -11,13 +11,11 @@ class ProfileEvent {
 public:
     ProfileEvent(uint32_t colour, const std::string& label) : device(CurrentDevice())
     {
-        if (device)
-            device->BeginEvent(colour, label);
+        if (device) device->BeginEvent(colour, label);
     }
     ~ProfileEvent()
     {
-        if (device)
-            device->EndEvent();
+        if (device) device->EndEvent();
     }
     ProfileEvent(const ProfileEvent&) = delete;
     ProfileEvent& operator=(const ProfileEvent&) = delete;

@@ -5,8 +5,7 @@ namespace qx4d {
 
 void Renderer::SetVertexDeclaration(const ResourceHandle& handle)
 {
-    if (handle.SameAs(boundDeclaration))
-        return;
+    if (handle.SameAs(boundDeclaration)) return;
     boundDeclaration = handle;
     VertexDeclaration* declaration = declarations.Resolve(handle);
     if (gpu::Device* device = CurrentDevice())
@@ -16,8 +15,7 @@ void Renderer::SetVertexDeclaration(const ResourceHandle& handle)
 void Renderer::SetStreamAt(int index, const ResourceHandle& handle, uint32_t stride)
 {
     const uint32_t boundStride = handle.IsNull() ? 0 : stride;
-    if (handle.SameAs(boundStreams[size_t(index)]) && boundStride == streamStrides[size_t(index)])
-        return;
+    if (handle.SameAs(boundStreams[size_t(index)]) && boundStride == streamStrides[size_t(index)]) return;
     boundStreams[size_t(index)] = handle;
     streamStrides[size_t(index)] = boundStride;
     VertexBuffer* buffer = vertexBuffers.Resolve(handle);
@@ -29,25 +27,21 @@ void Renderer::SetStream(const ResourceHandle& handle, uint32_t stride) { SetStr
 
 void Renderer::ClearStream(int index)
 {
-    if (index >= 0 && index < 2 && !boundStreams[size_t(index)].IsNull())
-        SetStreamAt(index, ResourceHandle(), 0);
+    if (index >= 0 && index < 2 && !boundStreams[size_t(index)].IsNull()) SetStreamAt(index, ResourceHandle(), 0);
 }
 
 void Renderer::SetIndices(const ResourceHandle& handle)
 {
-    if (handle.SameAs(boundIndices))
-        return;
+    if (handle.SameAs(boundIndices)) return;
     boundIndices = handle;
     IndexBuffer* buffer = indexBuffers.Resolve(handle);
-    if (gpu::Device* device = CurrentDevice())
-        device->SetIndices(buffer ? buffer->buffer : nullptr);
+    if (gpu::Device* device = CurrentDevice()) device->SetIndices(buffer ? buffer->buffer : nullptr);
 }
 
 void Renderer::SetTexture(int stage, const ResourceHandle& handle)
 {
     std::lock_guard lock(textureLock);
-    if (stage < 0 || stage >= kTextureStages || handle.SameAs(boundTextures[size_t(stage)]))
-        return;
+    if (stage < 0 || stage >= kTextureStages || handle.SameAs(boundTextures[size_t(stage)])) return;
     boundTextures[size_t(stage)] = handle;
     Texture* texture = textures.Resolve(handle);
     if (gpu::Device* device = CurrentDevice())
@@ -66,11 +60,9 @@ void Renderer::ClearTexture(int stage)
 void Renderer::EndRunningEffect()
 {
     Effect* running = effects.Resolve(boundEffect);
-    if (!running || !running->effect)
-        return;
+    if (!running || !running->effect) return;
     running->effect->EndPass();
-    if (passCount > 1 && qx::SUCCEEDED(running->effect->BeginPass(passCount - 1)))
-        running->effect->EndPass();
+    if (passCount > 1 && qx::SUCCEEDED(running->effect->BeginPass(passCount - 1))) running->effect->EndPass();
     running->effect->End();
 }
 
@@ -100,23 +92,19 @@ void Renderer::EndEffect()
 
 void Renderer::SetSrcBlend(uint32_t value)
 {
-    if (gpu::Device* device = CurrentDevice())
-        device->SetRenderState(gpu::D3DRS_SRCBLEND, value);
+    if (gpu::Device* device = CurrentDevice()) device->SetRenderState(gpu::D3DRS_SRCBLEND, value);
 }
 
 void Renderer::SetDestBlend(uint32_t value)
 {
-    if (gpu::Device* device = CurrentDevice())
-        device->SetRenderState(gpu::D3DRS_DESTBLEND, value);
+    if (gpu::Device* device = CurrentDevice()) device->SetRenderState(gpu::D3DRS_DESTBLEND, value);
 }
 
 void Renderer::SetFogColor(uint32_t color)
 {
-    if (color == fogColor)
-        return;
+    if (color == fogColor) return;
     fogColor = color;
-    if (gpu::Device* device = CurrentDevice())
-        device->SetRenderState(gpu::D3DRS_FOGCOLOR, color);
+    if (gpu::Device* device = CurrentDevice()) device->SetRenderState(gpu::D3DRS_FOGCOLOR, color);
 }
 
 void Renderer::ResetState()
@@ -126,12 +114,10 @@ void Renderer::ResetState()
     boundVertexShader = ResourceHandle();
     boundPixelShader = ResourceHandle();
     gpu::Device* device = CurrentDevice();
-    if (device)
-        device->SetPassShaders(nullptr);
+    if (device) device->SetPassShaders(nullptr);
     boundEffect = ResourceHandle();
     passCount = 0;
-    for (int stage = 0; stage < kTextureStages; ++stage)
-        ClearTexture(stage);
+    for (int stage = 0; stage < kTextureStages; ++stage) ClearTexture(stage);
     ClearStream(0);
     ClearStream(1);
     fogOn = false;
@@ -147,16 +133,14 @@ namespace {
 template <typename T>
 void LoseAll(ResourceList<T>& list)
 {
-    for (size_t i = list.items.size(); i-- > 0;)
-        list.items[i]->OnDeviceLost();
+    for (size_t i = list.items.size(); i-- > 0;) list.items[i]->OnDeviceLost();
 }
 
 // Restores from the last to the first; once one has failed, no other is called.
 template <typename T>
 void RestoreAll(ResourceList<T>& list, bool& ok)
 {
-    for (size_t i = list.items.size(); ok && i-- > 0;)
-        ok = list.items[i]->Restore();
+    for (size_t i = list.items.size(); ok && i-- > 0;) ok = list.items[i]->Restore();
 }
 
 }  // namespace
@@ -165,8 +149,7 @@ void RestoreAll(ResourceList<T>& list, bool& ok)
 // context is handed back when they end.
 void Renderer::ReleaseContext()
 {
-    if (GraphicsDevice* graphics = GraphicsDevice::Current())
-        graphics->ReleaseThread();
+    if (GraphicsDevice* graphics = GraphicsDevice::Current()) graphics->ReleaseThread();
 }
 
 void Renderer::OnDeviceLost()
@@ -206,36 +189,31 @@ bool Renderer::OnDeviceReset()
 
 void Renderer::UnbindDeclaration(const ResourceHandle& handle)
 {
-    if (handle.SameAs(boundDeclaration))
-        SetVertexDeclaration(ResourceHandle());
+    if (handle.SameAs(boundDeclaration)) SetVertexDeclaration(ResourceHandle());
 }
 
 void Renderer::UnbindVertexBuffer(const ResourceHandle& handle)
 {
     for (int index = 0; index < 2; ++index) {
-        if (handle.SameAs(boundStreams[size_t(index)]))
-            ClearStream(index);
+        if (handle.SameAs(boundStreams[size_t(index)])) ClearStream(index);
     }
 }
 
 void Renderer::UnbindTexture(const ResourceHandle& handle)
 {
     for (int stage = 0; stage < kTextureStages; ++stage) {
-        if (handle.SameAs(boundTextures[size_t(stage)]))
-            ClearTexture(stage);
+        if (handle.SameAs(boundTextures[size_t(stage)])) ClearTexture(stage);
     }
 }
 
 void Renderer::UnbindIndices(const ResourceHandle& handle)
 {
-    if (handle.SameAs(boundIndices))
-        SetIndices(ResourceHandle());
+    if (handle.SameAs(boundIndices)) SetIndices(ResourceHandle());
 }
 
 void Renderer::UnbindEffect(const ResourceHandle& handle)
 {
-    if (handle.SameAs(boundEffect))
-        EndEffect();
+    if (handle.SameAs(boundEffect)) EndEffect();
 }
 
 }  // namespace qx4d

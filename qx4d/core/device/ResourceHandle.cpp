@@ -16,18 +16,14 @@ HandleRecord& NullRecord()
 
 void Retain(HandleRecord* record)
 {
-    if (record != &NullRecord())
-        ++record->count;
+    if (record != &NullRecord()) ++record->count;
 }
 
 }  // namespace
 
 ResourceHandle::ResourceHandle() : record(&NullRecord()) {}
 
-ResourceHandle ResourceHandle::MakeRecord(int32_t index)
-{
-    return ResourceHandle(new HandleRecord{index, 1});
-}
+ResourceHandle ResourceHandle::MakeRecord(int32_t index) { return ResourceHandle(new HandleRecord{index, 1}); }
 
 ResourceHandle::ResourceHandle(const ResourceHandle& other) : record(other.record) { Retain(record); }
 
@@ -41,9 +37,9 @@ ResourceHandle& ResourceHandle::operator=(const ResourceHandle& other)
     return *this;
 }
 
-ResourceHandle::ResourceHandle(ResourceHandle&& other) noexcept : ResourceHandle(static_cast<const ResourceHandle&>(other))
-{
-}
+ResourceHandle::ResourceHandle(ResourceHandle&& other) noexcept
+    : ResourceHandle(static_cast<const ResourceHandle&>(other))
+{}
 
 ResourceHandle& ResourceHandle::operator=(ResourceHandle&& other) noexcept
 {

@@ -31,10 +31,7 @@ public:
     void SetIndex(int32_t index) const { record->index = index; }
     int32_t Count() const { return record->count; }
     /// Same resource: the same record, or both null (a dead resource's handle is null).
-    bool SameAs(const ResourceHandle& other) const
-    {
-        return record == other.record || (IsNull() && other.IsNull());
-    }
+    bool SameAs(const ResourceHandle& other) const { return record == other.record || (IsNull() && other.IsNull()); }
 
 private:
     explicit ResourceHandle(HandleRecord* adopted) : record(adopted) {}

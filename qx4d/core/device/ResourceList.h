@@ -23,8 +23,7 @@ public:
     /// at once and the null handle given.
     ResourceHandle Make(std::unique_ptr<T> resource)
     {
-        if (!resource->Restore())
-            return ResourceHandle();
+        if (!resource->Restore()) return ResourceHandle();
         resource->handle.SetIndex(int32_t(items.size()));
         items.push_back(std::move(resource));
         return items.back()->handle;
@@ -49,15 +48,13 @@ public:
         items[size_t(index)]->handle.SetIndex(-1);
         items[size_t(index)] = std::move(items.back());
         items.pop_back();
-        if (size_t(index) < items.size())
-            items[size_t(index)]->handle.SetIndex(index);
+        if (size_t(index) < items.size()) items[size_t(index)]->handle.SetIndex(index);
     }
 
     /// Destroys every resource, from the last to the first.
     void Clear()
     {
-        while (!items.empty())
-            Destroy(int32_t(items.size() - 1));
+        while (!items.empty()) Destroy(int32_t(items.size() - 1));
     }
 
     std::vector<std::unique_ptr<T>> items;

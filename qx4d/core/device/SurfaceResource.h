@@ -20,10 +20,8 @@ public:
     bool Restore() override
     {
         gpu::Device* device = CurrentDevice();
-        if (surface)
-            return true;
-        if (!device || !Create(*device))
-            return false;
+        if (surface) return true;
+        if (!device || !Create(*device)) return false;
         desc = surface->desc();
         return true;
     }

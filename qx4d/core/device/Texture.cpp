@@ -9,8 +9,7 @@ namespace qx4d {
 
 void Texture::OnDeviceLost()
 {
-    if (InDefaultPool())
-        ReleaseDevice();
+    if (InDefaultPool()) ReleaseDevice();
 }
 
 void Texture::ReleaseDevice()
@@ -23,11 +22,9 @@ void Texture::ReleaseDevice()
 
 bool Texture::Restore()
 {
-    if (baseTexture)
-        return true;
+    if (baseTexture) return true;
     gpu::Device* device = CurrentDevice();
-    if (!device || !(InDefaultPool() ? RestoreWithoutFile(*device) : RestoreFromFile(*device)))
-        return false;
+    if (!device || !(InDefaultPool() ? RestoreWithoutFile(*device) : RestoreFromFile(*device))) return false;
     baseTexture = cubeTexture ? cubeTexture : texture;
     return true;
 }
@@ -35,8 +32,10 @@ bool Texture::Restore()
 bool Texture::RestoreWithoutFile(gpu::Device& device)
 {
     if (flags & kResourceCube)
-        return qx::SUCCEEDED(device.CreateCubeTexture(info.Width, 1, usage, info.Format, gpu::D3DPOOL_DEFAULT, &cubeTexture));
-    if (qx::FAILED(device.CreateTexture(info.Width, info.Height, 1, usage, info.Format, gpu::D3DPOOL_DEFAULT, &texture)))
+        return qx::SUCCEEDED(
+            device.CreateCubeTexture(info.Width, 1, usage, info.Format, gpu::D3DPOOL_DEFAULT, &cubeTexture));
+    if (qx::FAILED(
+            device.CreateTexture(info.Width, info.Height, 1, usage, info.Format, gpu::D3DPOOL_DEFAULT, &texture)))
         return false;
     surface = texture->GetSurfaceLevel(0);
     return true;
@@ -47,16 +46,18 @@ bool Texture::RestoreFromFile(gpu::Device& device)
     // A name with a colon is a whole logical path ("EFFECTS:x.dds"); others are images.
     const String path = name.find(u':') != String::npos ? name : String(u"IMAGES:" + name);
     size_t size = 0;
-    const std::unique_ptr<uint8_t[]> file = FileManager::Instance() ? FileManager::Instance()->Load(path, size) : nullptr;
-    if (!file || size > 0xFFFFFFFFu || qx::FAILED(gpu::D3DXGetImageInfoFromFileInMemory(file.get(), uint32_t(size), &info)))
+    const std::unique_ptr<uint8_t[]> file =
+        FileManager::Instance() ? FileManager::Instance()->Load(path, size) : nullptr;
+    if (!file || size > 0xFFFFFFFFu ||
+        qx::FAILED(gpu::D3DXGetImageInfoFromFileInMemory(file.get(), uint32_t(size), &info)))
         return false;
     if (info.ResourceType == gpu::D3DRTYPE_CUBETEXTURE) {
         flags |= kResourceCube;
-        return qx::SUCCEEDED(gpu::D3DXCreateCubeTextureFromFileInMemoryEx(device, file.get(), uint32_t(size), info.MipLevels,
-                                                                      0, gpu::D3DPOOL_MANAGED, &info, &cubeTexture));
+        return qx::SUCCEEDED(gpu::D3DXCreateCubeTextureFromFileInMemoryEx(
+            device, file.get(), uint32_t(size), info.MipLevels, 0, gpu::D3DPOOL_MANAGED, &info, &cubeTexture));
     }
     if (qx::FAILED(gpu::D3DXCreateTextureFromFileInMemoryEx(device, file.get(), uint32_t(size), info.MipLevels, 0,
-                                                        gpu::D3DPOOL_MANAGED, &info, &texture)))
+                                                            gpu::D3DPOOL_MANAGED, &info, &texture)))
         return false;
     surface = texture->GetSurfaceLevel(0);
     return true;
@@ -77,8 +78,7 @@ bool Texture::MakeDynamic(uint32_t width, uint32_t height)
 bool Texture::Upload(const uint8_t* pixels, uint32_t sourcePitch)
 {
     gpu::D3DLOCKED_RECT locked;
-    if (!texture || !pixels || qx::FAILED(texture->LockRect(0, &locked, gpu::D3DLOCK_DISCARD)))
-        return false;
+    if (!texture || !pixels || qx::FAILED(texture->LockRect(0, &locked, gpu::D3DLOCK_DISCARD))) return false;
     const bool fourBytes = info.Format == gpu::D3DFMT_A8R8G8B8 || info.Format == gpu::D3DFMT_X8R8G8B8;
     const size_t rowBytes = size_t(texture->desc().width) * (fourBytes ? 4 : 1);
     auto* target = static_cast<uint8_t*>(locked.pBits);

@@ -7,8 +7,7 @@ namespace qx4d {
 bool VertexDeclaration::Restore()
 {
     gpu::Device* device = CurrentDevice();
-    if (declaration)
-        return true;
+    if (declaration) return true;
     return device && qx::SUCCEEDED(device->CreateVertexDeclaration(elements.data(), &declaration));
 }
 

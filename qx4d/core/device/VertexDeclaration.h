@@ -11,7 +11,8 @@ namespace qx4d {
 class VertexDeclaration : public Resource {
 public:
     VertexDeclaration(const gpu::D3DVERTEXELEMENT9* records, uint32_t count)
-        : elementCount(count), elements(records, records + count) {}
+        : elementCount(count), elements(records, records + count)
+    {}
 
     bool Restore() override;
     void ReleaseDevice() override { declaration.reset(); }

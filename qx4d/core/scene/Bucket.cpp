@@ -40,24 +40,20 @@ bool BucketBase::CreateResources(uint32_t capacity, std::span<const gpu::D3DVERT
                                  const char16_t* effectFile, const char16_t* bufferName)
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer || capacity == 0)
-        return false;
+    if (!renderer || capacity == 0) return false;
     declaration = renderer->CreateVertexDeclaration(elements.data(), uint32_t(elements.size()));
     vertexBuffer = renderer->CreateVertexBuffer(capacity * 4 * stride, kResourceDynamic);
     indexBuffer = renderer->CreateIndexBuffer(capacity * kIndexBytesPerQuad, kResourceQuadList);
     effect = renderer->LoadEffect(effectFile);
-    if (VertexBuffer* vertices = renderer->GetVertexBuffer(vertexBuffer))
-        vertices->name = bufferName;
-    if (IndexBuffer* indices = renderer->GetIndexBuffer(indexBuffer))
-        indices->name = bufferName;
+    if (VertexBuffer* vertices = renderer->GetVertexBuffer(vertexBuffer)) vertices->name = bufferName;
+    if (IndexBuffer* indices = renderer->GetIndexBuffer(indexBuffer)) indices->name = bufferName;
     return !declaration.IsNull() && !vertexBuffer.IsNull() && !indexBuffer.IsNull() && !effect.IsNull();
 }
 
 void BucketBase::Begin()
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer)
-        return;
+    if (!renderer) return;
     renderer->SetVertexDeclaration(declaration);
     renderer->SetStream(vertexBuffer, vertexStride);
     renderer->SetIndices(indexBuffer);
@@ -73,8 +69,7 @@ void BucketBase::DrawStaged(const void* vertices, uint32_t count, uint32_t strid
     VertexBuffer* buffer = renderer ? renderer->GetVertexBuffer(vertexBuffer) : nullptr;
     uint32_t first = 0;
     // A failing placement draws nothing; the caller empties the staging array anyway.
-    if (!device || !buffer || !buffer->Take(vertices, count * stride, stride, first))
-        return;
+    if (!device || !buffer || !buffer->Take(vertices, count * stride, stride, first)) return;
     renderer->SetTexture(0, texture);
     device->DrawIndexedPrimitive(gpu::D3DPT_TRIANGLELIST, int32_t(first), 0, count, 0, count / 2);
 }

@@ -82,8 +82,7 @@ public:
     }
     void Flush() override
     {
-        if (cursor > begin)
-            DrawStaged(begin, uint32_t(cursor - begin), sizeof(T));
+        if (cursor > begin) DrawStaged(begin, uint32_t(cursor - begin), sizeof(T));
         cursor = begin;
     }
     /// Room for `vertices` more before the next flush.
@@ -94,11 +93,10 @@ public:
     T* cursor = nullptr;
 
 protected:
-    bool CreateBucket(uint32_t capacity, std::span<const qx::gpu::D3DVERTEXELEMENT9> elements, const char16_t* effectFile,
-                      const char16_t* bufferName)
+    bool CreateBucket(uint32_t capacity, std::span<const qx::gpu::D3DVERTEXELEMENT9> elements,
+                      const char16_t* effectFile, const char16_t* bufferName)
     {
-        if (!CreateResources(capacity, elements, sizeof(T), effectFile, bufferName))
-            return false;
+        if (!CreateResources(capacity, elements, sizeof(T), effectFile, bufferName)) return false;
         Init(capacity, declaration, vertexBuffer, indexBuffer, effect);
         return true;
     }

@@ -6,8 +6,7 @@ namespace qx4d {
 
 Camera::~Camera()
 {
-    if (active == this)
-        active = nullptr;
+    if (active == this) active = nullptr;
 }
 
 Camera* Camera::SetActive(Camera* camera)
@@ -35,20 +34,18 @@ void Camera::UpdateTransform()
 void Camera::UpdateTransformRigid()
 {
     matrix = LocalMatrix(position, rotation, {1.0f, 1.0f, 1.0f});
-    for (int r = 0; r < 3; ++r)
-        matrix[size_t(r * 4 + 1)] = -matrix[size_t(r * 4 + 1)];
+    for (int r = 0; r < 3; ++r) matrix[size_t(r * 4 + 1)] = -matrix[size_t(r * 4 + 1)];
     UpdateMatrices();
 }
 
 bool Camera::ReadOwnKey(const String& key, TextReader& reader, Scene& /*scene*/, bool& /*refuse*/)
 {
     float* field = key == u"VerticalFOV" ? &verticalFOV
-                 : key == u"ZNear"       ? &zNear
-                 : key == u"ZFar"        ? &zFar
-                 : key == u"Aspect"      ? &aspect
+                   : key == u"ZNear"     ? &zNear
+                   : key == u"ZFar"      ? &zFar
+                   : key == u"Aspect"    ? &aspect
                                          : nullptr;
-    if (!field)
-        return false;
+    if (!field) return false;
     ReadFloatOrEnvelope(reader, *field, envelopes);
     return true;
 }

@@ -45,16 +45,22 @@ void Add(LensFlareBucket& bucket, const ResourceHandle& texture, const FlareQuad
         bucket.Flush();
         bucket.SetTexture(texture);
     }
-    if (!bucket.HasRoom(4))
-        bucket.Flush();
+    if (!bucket.HasRoom(4)) bucket.Flush();
     // Left top, right top, right bottom, left bottom; y grows upwards.
     const float corners[4][2] = {{-quad.hx, quad.hy}, {quad.hx, quad.hy}, {quad.hx, -quad.hy}, {-quad.hx, -quad.hy}};
-    const float uvs[4][2] = {{quad.uv[0], quad.uv[1]}, {quad.uv[2], quad.uv[1]}, {quad.uv[2], quad.uv[3]}, {quad.uv[0], quad.uv[3]}};
+    const float uvs[4][2] = {
+        {quad.uv[0], quad.uv[1]}, {quad.uv[2], quad.uv[1]}, {quad.uv[2], quad.uv[3]}, {quad.uv[0], quad.uv[3]}};
     const double c = std::cos(quad.angle), s = std::sin(quad.angle);
     for (int i = 0; i < 4; ++i) {
         const double dx = corners[i][0], dy = corners[i][1];
-        *bucket.cursor++ = LensFlareVertex{float(quad.x + dx * c - dy * s), float(quad.y + dx * s + dy * c), 1.0f,
-                                           uvs[i][0], uvs[i][1], quad.color[0], quad.color[1], quad.color[2]};
+        *bucket.cursor++ = LensFlareVertex{float(quad.x + dx * c - dy * s),
+                                           float(quad.y + dx * s + dy * c),
+                                           1.0f,
+                                           uvs[i][0],
+                                           uvs[i][1],
+                                           quad.color[0],
+                                           quad.color[1],
+                                           quad.color[2]};
     }
 }
 
@@ -72,21 +78,21 @@ void LensFlare::UpdateVisibility()
     visibility = 0.0f;
     double intensity = flareIntensity;
     gpu::Device* device = CurrentDevice();
-    if (!(intensity > 0.0) || !device)
-        return;
+    if (!(intensity > 0.0) || !device) return;
     const ShadingCamera camera = ActiveShadingCamera();
     const Float3 light = Translation(matrix);
     const auto& m = camera.viewProjection;
     double clip[4];
     for (int r = 0; r < 4; ++r)
-        clip[r] = double(m[r * 4]) * light[0] + double(m[r * 4 + 1]) * light[1] + double(m[r * 4 + 2]) * light[2] + m[r * 4 + 3];
+        clip[r] = double(m[r * 4]) * light[0] + double(m[r * 4 + 1]) * light[1] + double(m[r * 4 + 2]) * light[2] +
+                  m[r * 4 + 3];
     const double nz = clip[2] / clip[3];
     // Behind the camera, or beyond its far plane.
-    if (!(nz >= 0.0 && nz <= 1.0))
-        return;
+    if (!(nz >= 0.0 && nz <= 1.0)) return;
     // A light all but in the camera's plane lands far off the frame: held where a float
     // still holds it.
-    const double nx = std::clamp(clip[0] / clip[3], -kFarOff, kFarOff), ny = std::clamp(clip[1] / clip[3], -kFarOff, kFarOff);
+    const double nx = std::clamp(clip[0] / clip[3], -kFarOff, kFarOff),
+                 ny = std::clamp(clip[1] / clip[3], -kFarOff, kFarOff);
     gpu::D3DVIEWPORT9 viewport;
     device->GetViewport(&viewport);
     screenX = float(viewport.X + viewport.Width * (nx * 0.5 + 0.5));
@@ -95,14 +101,13 @@ void LensFlare::UpdateVisibility()
         const double distance = std::hypot(double(light[0]) - camera.position[0], double(light[1]) - camera.position[1],
                                            double(light[2]) - camera.position[2]);
         double t = nominalDistance / distance;
-        if (t >= 0.0)
-            t = std::min(t, 1.0);
+        if (t >= 0.0) t = std::min(t, 1.0);
         intensity *= t;
-        if (!(intensity > 0.0))
-            return;
+        if (!(intensity > 0.0)) return;
     }
     if (lensFlareFade & kOcclusionTest)
-        intensity *= (lensFlareFade & kOcclusionByQuery) ? QueriedShare(light, camera.viewProjection) : ViewportShare(viewport);
+        intensity *=
+            (lensFlareFade & kOcclusionByQuery) ? QueriedShare(light, camera.viewProjection) : ViewportShare(viewport);
     visibility = float(intensity);
 }
 
@@ -110,10 +115,8 @@ double LensFlare::QueriedShare(const Float3& light, const std::array<float, 16>&
 {
     gpu::Device* device = CurrentDevice();
     Renderer* renderer = Renderer::Instance();
-    if (!occlusionQuery && device)
-        device->CreateQuery(gpu::D3DQUERYTYPE_OCCLUSION, &occlusionQuery);
-    if (!occlusionQuery || !renderer)
-        return 0.0;
+    if (!occlusionQuery && device) device->CreateQuery(gpu::D3DQUERYTYPE_OCCLUSION, &occlusionQuery);
+    if (!occlusionQuery || !renderer) return 0.0;
     const ProfileEvent event(0xFF000000u, "LensFlare Occlusion");
     renderer->ClearStream(0);
     renderer->SetVertexDeclaration(pointDeclaration);
@@ -128,11 +131,10 @@ double LensFlare::QueriedShare(const Float3& light, const std::array<float, 16>&
     uint32_t count = 0;
     const auto deadline = std::chrono::steady_clock::now() + kQueryPatience;
     qx::HRESULT state = qx::S_FALSE;
-    while ((state = occlusionQuery->GetData(&count, sizeof(count), gpu::D3DGETDATA_FLUSH)) == qx::S_FALSE
-           && std::chrono::steady_clock::now() < deadline)
+    while ((state = occlusionQuery->GetData(&count, sizeof(count), gpu::D3DGETDATA_FLUSH)) == qx::S_FALSE &&
+           std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
-    if (state != qx::S_OK)
-        return 0.0;
+    if (state != qx::S_OK) return 0.0;
     return std::min(count / kPointPixels, 1.0);
 }
 
@@ -143,8 +145,7 @@ double LensFlare::ViewportShare(const gpu::D3DVIEWPORT9& viewport) const
     const double right = std::min(cx + kHalfSquare, double(viewport.X) + viewport.Width);
     const double bottom = std::max(cy - kHalfSquare, double(viewport.Y));
     const double top = std::min(cy + kHalfSquare, double(viewport.Y) + viewport.Height);
-    if (!(right > left && top > bottom))
-        return 0.0;
+    if (!(right > left && top > bottom)) return 0.0;
     return (right - left) * (top - bottom) / kSquarePixels;
 }
 
@@ -152,8 +153,7 @@ void LensFlare::Render()
 {
     LensFlareBucket* bucket = LensFlareBucket::Instance();
     gpu::Device* device = CurrentDevice();
-    if (!(visibility > 0.0f) || !bucket || !device)
-        return;
+    if (!(visibility > 0.0f) || !bucket || !device) return;
     gpu::D3DVIEWPORT9 viewport;
     device->GetViewport(&viewport);
     const auto w = float(viewport.Width);
@@ -177,10 +177,10 @@ void LensFlare::Render()
     }
     if (!starTexture.IsNull()) {
         const float half = w * v * 0.5f * 1.4084507f;
-        Add(*bucket, starTexture, {cx, cy, half, half, Scaled(lightColor, fade), {0.0f, 0.0f, 1.0f, 1.0f}, -rotationAngle});
+        Add(*bucket, starTexture,
+            {cx, cy, half, half, Scaled(lightColor, fade), {0.0f, 0.0f, 1.0f, 1.0f}, -rotationAngle});
     }
-    if (options & kReflections)
-        RenderReflections(*bucket, w, fade);
+    if (options & kReflections) RenderReflections(*bucket, w, fade);
 }
 
 void LensFlare::RenderReflections(LensFlareBucket& bucket, float width, float fade) const
@@ -192,17 +192,14 @@ void LensFlare::RenderReflections(LensFlareBucket& bucket, float width, float fa
     // One pass a texture: shapes below 4, shapes 4 to 7 (from their rectangles), shapes
     // from 8 (the whole ring texture).
     for (size_t pass = 0; pass < elementTextures.size(); ++pass) {
-        if (elementTextures[pass].IsNull())
-            continue;
+        if (elementTextures[pass].IsNull()) continue;
         for (const ReflectionElement& element : reflectionElements) {
             const size_t elementPass = element.shape < 4 ? 0 : element.shape < 8 ? 1 : 2;
-            if (elementPass != pass)
-                continue;
+            if (elementPass != pass) continue;
             const float hy = width * element.size * 0.5f;
             FlareQuad quad{float(mx + dx * element.position), float(my + dy * element.position), hy * distortFactor, hy,
                            Scaled({element.r, element.g, element.b}, double(visibility) * fade)};
-            if (pass < 2)
-                quad.uv = elementRects[element.shape];
+            if (pass < 2) quad.uv = elementRects[element.shape];
             Add(bucket, elementTextures[pass], quad);
         }
     }

@@ -17,8 +17,7 @@ Matrix4x4 Light::ShadowMatrix() const
 void Light::CreateShadowSurfaces()
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer)
-        return;
+    if (!renderer) return;
     ReleaseShadowSurfaces();
     shadowTarget = renderer->CreateRenderTexture(kShadowMapSize, kShadowMapSize, qx::gpu::D3DFMT_R32F);
     shadowDepth = renderer->CreateDepthStencil(kShadowMapSize, kShadowMapSize, qx::gpu::D3DFMT_D24X8);
@@ -37,8 +36,7 @@ bool Light::ReadOwnKey(const String& key, TextReader& reader, Scene& scene, bool
     if (key == u"Type") {
         type = reader.NextToken(true) ? reader.ToInt() : 0;
     } else if (key == u"Color") {
-        for (float& component : color)
-            component = ReadFloat(reader);
+        for (float& component : color) component = ReadFloat(reader);
     } else if (key == u"Intensity") {
         ReadFloatOrEnvelope(reader, intensity, envelopes);
     } else if (key == u"EdgeAngle") {

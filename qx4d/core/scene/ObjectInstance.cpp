@@ -16,18 +16,15 @@ void ObjectInstance::Update(float sceneTime, float timeStep)
 void ObjectInstance::EvaluateRecords(float sceneTime)
 {
     records.clear();
-    if (!object)
-        return;
+    if (!object) return;
     object->Update(time, matrix);
     for (const Object::ItemRecord& item : object->records) {
         MeshItem* mesh = Object::DrawnMesh(item.item);
-        if (!mesh)
-            continue;
+        if (!mesh) continue;
         mesh->SetTime(sceneTime);
         DrawRecord record{mesh, object, {item.item->matrix}};
         // A skinned mesh is placed by its bones.
-        if (mesh->material.bones > 0)
-            record.matrices = mesh->bones;
+        if (mesh->material.bones > 0) record.matrices = mesh->bones;
         records.push_back(std::move(record));
     }
 }

@@ -8,8 +8,7 @@ namespace qx4d {
 
 bool ParticleSystem::ReadOwnKey(const String& key, TextReader& reader, Scene& /*scene*/, bool& /*refuse*/)
 {
-    if (key != u"FileName")
-        return false;
+    if (key != u"FileName") return false;
     reader.ReadValue(fileName);
     LoadEmitters(fileName);
     return true;
@@ -20,17 +19,14 @@ void ParticleSystem::LoadEmitters(const String& systemFile)
     instances.clear();
     descriptions.clear();
     XmlDocument document;
-    if (!document.Load(u"EMITTERS:" + systemFile) || !document.GetRoot())
-        return;
+    if (!document.Load(u"EMITTERS:" + systemFile) || !document.GetRoot()) return;
     // The emitters' names are relative to the folder of the system file.
     const size_t slash = systemFile.rfind(u'\\');
     const String folder = slash == String::npos ? String() : systemFile.Left(slash + 1);
     for (const auto& child : document.GetRoot()->children) {
-        if (child->name != u"UE2SpriteEmitter" || descriptions.size() >= kMaxEmitters)
-            continue;
+        if (child->name != u"UE2SpriteEmitter" || descriptions.size() >= kMaxEmitters) continue;
         ForEachAttribute(*child, [&](const String& attribute, const String& value) {
-            if (!KeyIs(attribute, u"Source"))
-                return;
+            if (!KeyIs(attribute, u"Source")) return;
             if (auto description = UE2SpriteEmitter::Load(folder + value))
                 descriptions.push_back(std::move(description));
         });
@@ -50,17 +46,14 @@ void ParticleSystem::Update(float time, float timeStep)
 {
     Entity::Update(time, timeStep);
     if (time < lastTime)
-        for (const auto& instance : instances)
-            instance->Restart();
+        for (const auto& instance : instances) instance->Restart();
     lastTime = time;
-    for (const auto& instance : instances)
-        instance->Update(timeStep);
+    for (const auto& instance : instances) instance->Update(timeStep);
 }
 
 void ParticleSystem::Render()
 {
-    for (const auto& instance : instances)
-        instance->Render();
+    for (const auto& instance : instances) instance->Render();
 }
 
 }  // namespace qx4d

@@ -36,8 +36,7 @@ Scene::~Scene()
         current = nullptr;
         SetCurrentShadingScene(nullptr);
     }
-    if (Renderer* renderer = Renderer::Instance())
-        renderer->ReleaseEffect(shadowEffect);
+    if (Renderer* renderer = Renderer::Instance()) renderer->ReleaseEffect(shadowEffect);
     backdrop.ReleaseHandles();
 }
 
@@ -72,23 +71,18 @@ void Scene::Update(float newTime, float newTimeStep)
 {
     time = newTime;
     timeStep = newTimeStep;
-    for (const auto& envelope : envelopes)
-        envelope->Update(time);
-    for (const auto& entity : entities)
-        entity->Update(time, timeStep);
-    for (const auto& filter : filters)
-        filter->Update(time, timeStep);
+    for (const auto& envelope : envelopes) envelope->Update(time);
+    for (const auto& entity : entities) entity->Update(time, timeStep);
+    for (const auto& filter : filters) filter->Update(time, timeStep);
     RefreshShading();
 }
 
 Object* Scene::FindObject(const String& name)
 {
     for (size_t i = objects.size(); i-- > 0;)
-        if (objects[i]->name == name)
-            return objects[i].get();
+        if (objects[i]->name == name) return objects[i].get();
     auto object = std::make_unique<Object>();
-    if (!LoadObject(name, *object))
-        return nullptr;
+    if (!LoadObject(name, *object)) return nullptr;
     objects.push_back(std::move(object));
     return objects.back().get();
 }
@@ -122,11 +116,11 @@ void Scene::RefreshShading()
         // The light shines along its local +Z: the third column of its matrix.
         const Float3 axis{light->matrix[2], light->matrix[6], light->matrix[10]};
         const float length = std::sqrt(axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2]);
-        if (length > 0.0f)
-            out.direction = {axis[0] / length, axis[1] / length, axis[2] / length};
+        if (length > 0.0f) out.direction = {axis[0] / length, axis[1] / length, axis[2] / length};
     }
-    shading.fog = {backdrop.fogType,   backdrop.minDistance, backdrop.maxDistance, backdrop.minAmount,
-                   backdrop.maxAmount, backdrop.useBackdropColor ? backdrop.color : backdrop.fogColor};
+    shading.fog = {backdrop.fogType,     backdrop.minDistance,
+                   backdrop.maxDistance, backdrop.minAmount,
+                   backdrop.maxAmount,   backdrop.useBackdropColor ? backdrop.color : backdrop.fogColor};
     shading.globalAmbient = globalAmbient;
 }
 

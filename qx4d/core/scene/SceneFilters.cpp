@@ -11,8 +11,7 @@ namespace qx4d {
 
 void Scene::SetFrameSize(int32_t width, int32_t height)
 {
-    if (width == frameWidth && height == frameHeight && !filterTargets[0].IsNull())
-        return;
+    if (width == frameWidth && height == frameHeight && !filterTargets[0].IsNull()) return;
     frameWidth = width;
     frameHeight = height;
     SetUpFilterChain();
@@ -21,8 +20,7 @@ void Scene::SetFrameSize(int32_t width, int32_t height)
 void Scene::ReleaseFilterChain()
 {
     if (Renderer* renderer = Renderer::Instance()) {
-        for (ResourceHandle& texture : filterTargets)
-            renderer->ReleaseTexture(texture);
+        for (ResourceHandle& texture : filterTargets) renderer->ReleaseTexture(texture);
         renderer->ReleaseDepthStencil(filterDepth);
     }
     savedTarget.reset();
@@ -33,18 +31,14 @@ void Scene::SetUpFilterChain()
 {
     ReleaseFilterChain();
     Renderer* renderer = Renderer::Instance();
-    if (filters.empty() || frameWidth <= 0 || frameHeight <= 0 || !renderer)
-        return;
+    if (filters.empty() || frameWidth <= 0 || frameHeight <= 0 || !renderer) return;
     std::erase_if(filters, [&](const auto& filter) { return !filter->Create(frameWidth, frameHeight); });
-    if (filters.empty())
-        return;
+    if (filters.empty()) return;
     const auto w = uint32_t(frameWidth), h = uint32_t(frameHeight);
     filterTargets[0] = renderer->CreateRenderTexture(w, h, gpu::D3DFMT_X8R8G8B8);
-    if (filters.size() > 1)
-        filterTargets[1] = renderer->CreateRenderTexture(w, h, gpu::D3DFMT_X8R8G8B8);
+    if (filters.size() > 1) filterTargets[1] = renderer->CreateRenderTexture(w, h, gpu::D3DFMT_X8R8G8B8);
     filterDepth = renderer->CreateDepthStencil(w, h, gpu::D3DFMT_D24X8);
-    for (size_t i = 0; i < filters.size(); ++i)
-        filters[i]->source = filterTargets[i % 2];
+    for (size_t i = 0; i < filters.size(); ++i) filters[i]->source = filterTargets[i % 2];
 }
 
 bool Scene::BeginFilterChain(gpu::Device& device)
@@ -52,8 +46,7 @@ bool Scene::BeginFilterChain(gpu::Device& device)
     Renderer* renderer = Renderer::Instance();
     const Texture* first = renderer && !filters.empty() ? renderer->GetTexture(filterTargets[0]) : nullptr;
     const DepthStencilSurface* depth = renderer ? renderer->GetDepthStencil(filterDepth) : nullptr;
-    if (!first || !first->surface || !depth)
-        return false;
+    if (!first || !first->surface || !depth) return false;
     device.GetRenderTarget(0, &savedTarget);
     device.GetDepthStencilSurface(&savedDepth);
     device.SetRenderTarget(0, first->surface);

@@ -28,18 +28,15 @@ const gpu::D3DVERTEXELEMENT9 kBackdropDeclaration[] = {
 
 void ReadColor(TextReader& reader, Float3& color)
 {
-    for (float& component : color)
-        component = ReadFloat(reader);
+    for (float& component : color) component = ReadFloat(reader);
 }
 
 /// The first entity in file order whose `ID` is `id`; null for -1 or no match.
 Entity* FindById(const std::vector<std::unique_ptr<Entity>>& entities, int32_t id)
 {
-    if (id == -1)
-        return nullptr;
+    if (id == -1) return nullptr;
     for (const auto& entity : entities)
-        if (entity->id == id)
-            return entity.get();
+        if (entity->id == id) return entity.get();
     return nullptr;
 }
 
@@ -52,8 +49,7 @@ public:
 
     void Insert(Entity* entity)
     {
-        if (!entity || placed.contains(entity))
-            return;
+        if (!entity || placed.contains(entity)) return;
         visiting.insert(entity);
         Follow(entity->parent);
         Follow(entity->target);
@@ -67,8 +63,7 @@ public:
 private:
     void Follow(Entity*& link)
     {
-        if (link && visiting.contains(link))
-            link = nullptr;
+        if (link && visiting.contains(link)) link = nullptr;
         Insert(link);
     }
 
@@ -84,8 +79,7 @@ bool Scene::Load(const String& name)
     backdrop.Reset();
     Clear();
     TextReader reader;
-    if (!reader.Open(u"SCENES:" + name))
-        return false;
+    if (!reader.Open(u"SCENES:" + name)) return false;
     Read(reader);
     return true;
 }
@@ -102,8 +96,7 @@ void Scene::Read(TextReader& reader)
     ResolveLinks();
     SortEntities();
     if ((flags & kSomeLightCastsShadows) && shadowEffect.IsNull())
-        if (Renderer* renderer = Renderer::Instance())
-            shadowEffect = renderer->LoadEffect(u"ShadowMap.fx");
+        if (Renderer* renderer = Renderer::Instance()) shadowEffect = renderer->LoadEffect(u"ShadowMap.fx");
     SetUpFilterChain();
 }
 
@@ -111,8 +104,7 @@ template <typename T>
 void Scene::ReadEntity(TextReader& reader)
 {
     auto entity = std::make_unique<T>();
-    if (entity->Read(reader, *this))
-        AddEntity(std::move(entity));
+    if (entity->Read(reader, *this)) AddEntity(std::move(entity));
 }
 
 void Scene::Dispatch(const String& key, TextReader& reader)
@@ -175,8 +167,7 @@ void Scene::ReadFog(TextReader& reader)
 void Scene::ReadImageFilter(TextReader& reader)
 {
     String name;
-    if (!reader.NextToken(name, true))
-        return;
+    if (!reader.NextToken(name, true)) return;
     if (std::unique_ptr<Filter> filter = MakeFilter(name)) {
         filter->Load(reader);
         filters.push_back(std::move(filter));
@@ -186,8 +177,7 @@ void Scene::ReadImageFilter(TextReader& reader)
 void Scene::SetBackgroundImage(const String& name)
 {
     Renderer* renderer = Renderer::Instance();
-    if (!renderer)
-        return;
+    if (!renderer) return;
     renderer->ReleaseTexture(backdrop.image);
     backdrop.image = renderer->LoadTexture(name);
     if (backdrop.declaration.IsNull()) {
@@ -209,22 +199,18 @@ void Scene::ResolveLinks()
 void Scene::SortEntities()
 {
     DependencyOrder order(entities.size());
-    for (const auto& entity : entities)
-        order.Insert(entity.get());
+    for (const auto& entity : entities) order.Insert(entity.get());
     // Every entity of the list stands in the order once: ownership moves over to it. The
     // list keeps its capacity, so taking the entities back allocates nothing.
-    for (auto& entity : entities)
-        static_cast<void>(entity.release());
+    for (auto& entity : entities) static_cast<void>(entity.release());
     entities.clear();
-    for (Entity* entity : order.ordered)
-        entities.emplace_back(entity);
+    for (Entity* entity : order.ordered) entities.emplace_back(entity);
 }
 
 float GetDuration(const String& name)
 {
     TextReader reader;
-    if (!reader.Open(u"SCENES:" + name))
-        return 0.0f;
+    if (!reader.Open(u"SCENES:" + name)) return 0.0f;
     return ScanDuration(reader);
 }
 
@@ -237,8 +223,7 @@ float ScanDuration(TextReader& reader)
             float& value = key == u"StartTime" ? start : end;
             const float other = key == u"StartTime" ? end : start;
             value = ReadFloat(reader);
-            if (other > -999.0f)
-                return end - start;
+            if (other > -999.0f) return end - start;
         }
         reader.SkipLine();
     }

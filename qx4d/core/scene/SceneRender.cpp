@@ -63,12 +63,10 @@ ShadingCamera ActiveShadingCamera()
 
 bool Scene::IsQueued(const ObjectInstance& instance, const ShadingCamera& camera) const
 {
-    if (!instance.IsVisible())
-        return false;
+    if (!instance.IsVisible()) return false;
     const Float3 at = Translation(instance.matrix);
     float d = 0.0f;
-    for (int c = 0; c < 3; ++c)
-        d += (at[c] - camera.position[c]) * (at[c] - camera.position[c]);
+    for (int c = 0; c < 3; ++c) d += (at[c] - camera.position[c]) * (at[c] - camera.position[c]);
     return d < kFarthestSquared;
 }
 
@@ -81,16 +79,14 @@ void Scene::RenderShadows(gpu::Device& device, Renderer& renderer, const Shading
     for (Light* light : lights) {
         const Texture* map = renderer.GetTexture(light->shadowTarget);
         const DepthStencilSurface* depth = renderer.GetDepthStencil(light->shadowDepth);
-        if (!light->castShadows || !map || !map->surface || !depth)
-            continue;
+        if (!light->castShadows || !map || !map->surface || !depth) continue;
         device.SetRenderTarget(0, map->surface);
         device.SetDepthStencilSurface(depth->surface);
         device.Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, 0xFF0000FFu, 1.0f, 0);
         const Matrix4x4 shadowMatrix = light->ShadowMatrix();
         device.SetVertexShaderConstantF(0, shadowMatrix.data(), 4);
         for (ObjectInstance* instance : objectInstances) {
-            if (!IsQueued(*instance, camera))
-                continue;
+            if (!IsQueued(*instance, camera)) continue;
             instance->EvaluateRecords(time);
             for (const DrawRecord& record : instance->records) {
                 const ProfileEvent event(0xFF000000u, "RenderShadowMap(" + NarrowName(instance->name) + ")");
@@ -139,14 +135,11 @@ void Scene::RenderFogColor(Renderer& renderer) const
 void Scene::RenderObjects(const ShadingCamera& camera)
 {
     RenderQueue* queue = RenderQueue::Instance();
-    if (!queue)
-        return;
+    if (!queue) return;
     for (ObjectInstance* instance : objectInstances) {
-        if (!IsQueued(*instance, camera))
-            continue;
+        if (!IsQueued(*instance, camera)) continue;
         instance->EvaluateRecords(time);
-        for (const DrawRecord& record : instance->records)
-            queue->Add(record);
+        for (const DrawRecord& record : instance->records) queue->Add(record);
     }
     const ProfileEvent objectsEvent(0xFF000000u, "Render Objects");
     {
@@ -165,15 +158,13 @@ void Scene::RenderTransparentEntities(gpu::Device& device)
         if (ParticleBucket* bucket = ParticleBucket::Instance()) {
             const ProfileEvent event(0xFF000000u, "Render LensFlares");
             bucket->Begin();
-            for (ParticleSystem* system : particleSystems)
-                system->Render();
+            for (ParticleSystem* system : particleSystems) system->Render();
             bucket->End();
         }
     }
     if (!lensFlares.empty()) {
         const ProfileEvent event(0xFF000000u, "Render LensFlares");
-        for (LensFlare* flare : lensFlares)
-            flare->UpdateVisibility();
+        for (LensFlare* flare : lensFlares) flare->UpdateVisibility();
         if (LensFlareBucket* bucket = LensFlareBucket::Instance()) {
             bucket->Begin();
             gpu::D3DVIEWPORT9 viewport;
@@ -182,8 +173,7 @@ void Scene::RenderTransparentEntities(gpu::Device& device)
             // Flare vertices are in pixels, the origin at the lower left.
             const float pixelsToClip[16] = {2.0f / w, 0, 0, -1, 0, 2.0f / h, 0, -1, 0, 0, 1, 0, 0, 0, 0, 1};
             device.SetVertexShaderConstantF(0, pixelsToClip, 4);
-            for (LensFlare* flare : lensFlares)
-                flare->Render();
+            for (LensFlare* flare : lensFlares) flare->Render();
             bucket->End();
         }
     }
@@ -193,18 +183,15 @@ void Scene::Render()
 {
     Renderer* renderer = Renderer::Instance();
     gpu::Device* device = CurrentDevice();
-    if (!renderer || !device)
-        return;
+    if (!renderer || !device) return;
     const ShadingCamera camera = ActiveShadingCamera();
     const bool filtered = BeginFilterChain(*device);
-    if (flags & kSomeLightCastsShadows)
-        RenderShadows(*device, *renderer, camera);
+    if (flags & kSomeLightCastsShadows) RenderShadows(*device, *renderer, camera);
     RenderBackdrop(*device, *renderer);
     RenderFogColor(*renderer);
     RenderObjects(camera);
     RenderTransparentEntities(*device);
-    if (filtered)
-        EndFilterChain(*device);
+    if (filtered) EndFilterChain(*device);
 }
 
 }  // namespace qx4d

@@ -27,8 +27,8 @@ constexpr double kTwoPi = 6.2831855;
 uint32_t ColorOfBases(const UE2SpriteEmitter& d)
 {
     const ColorRange& c = d.colorMultiplier;
-    return uint32_t(c[3].base & 0xFF) << 24 | uint32_t(c[0].base & 0xFF) << 16 | uint32_t(c[1].base & 0xFF) << 8
-         | uint32_t(c[2].base & 0xFF);
+    return uint32_t(c[3].base & 0xFF) << 24 | uint32_t(c[0].base & 0xFF) << 16 | uint32_t(c[1].base & 0xFF) << 8 |
+           uint32_t(c[2].base & 0xFF);
 }
 
 /// Each channel, red first, `rand() % span + base`.
@@ -47,15 +47,13 @@ float SquaredLength(const Float3& v) { return v[0] * v[0] + v[1] * v[1] + v[2] *
 void ScaleTo(Float3& v, float length)
 {
     const double scale = double(length) / std::sqrt(double(SquaredLength(v)));
-    for (float& component : v)
-        component = float(component * scale);
+    for (float& component : v) component = float(component * scale);
 }
 
 /// `count` as a particle count: at least 0, at most what an int32 holds.
 int32_t CountOf(double count)
 {
-    if (!(count > 0.0))
-        return 0;
+    if (!(count > 0.0)) return 0;
     return int32_t(std::min(count, double(std::numeric_limits<int32_t>::max())));
 }
 
@@ -79,14 +77,12 @@ void UE2EmitterInstance::SetUp(UE2SpriteEmitter& newDescription, ParticleSystem&
 
 void UE2EmitterInstance::Accelerate(Particle& particle) const
 {
-    for (size_t axis = 0; axis < 3; ++axis)
-        particle.velocity[axis] += velocityDelta[axis];
+    for (size_t axis = 0; axis < 3; ++axis) particle.velocity[axis] += velocityDelta[axis];
 }
 
 Float3 UE2EmitterInstance::RandomPosition()
 {
-    if (liveCount <= 0)
-        return {};
+    if (liveCount <= 0) return {};
     return particles[size_t(qx::os::rand() % liveCount)].position;
 }
 
@@ -97,19 +93,16 @@ void UE2EmitterInstance::Spawn(int32_t count)
     EmitterInstance* locations = nullptr;
     if (d.addLocationEmitter != -1) {
         locations = owner->Emitter(d.addLocationEmitter);
-        if (!locations || locations->Count() == 0)
-            return;
+        if (!locations || locations->Count() == 0) return;
     }
     const int32_t first = liveCount;
     count = std::min(count, int32_t(particles.size()) - liveCount);
-    if (count <= 0)
-        return;
+    if (count <= 0) return;
     SpawnBatch(count, Birthplace{nullptr, base, {}, true});
     for (int32_t k = 0; k < count; ++k) {
         const Float3 offset = locations ? locations->RandomPosition() : spawnOffset;
         Float3& position = particles[size_t(first + k)].position;
-        for (size_t axis = 0; axis < 3; ++axis)
-            position[axis] += offset[axis];
+        for (size_t axis = 0; axis < 3; ++axis) position[axis] += offset[axis];
     }
     liveCount += count;
     spawnedThisRun += count;
@@ -118,8 +111,7 @@ void UE2EmitterInstance::Spawn(int32_t count)
 void UE2EmitterInstance::SpawnAt(const Float3& point, const Float3& normal, int32_t count)
 {
     count = std::min(count, int32_t(particles.size()) - liveCount);
-    if (count <= 0)
-        return;
+    if (count <= 0) return;
     SpawnBatch(count, Birthplace{&point, {}, normal, false});
     liveCount += count;
     spawnedThisRun += count;
@@ -131,8 +123,7 @@ void UE2EmitterInstance::SpawnBatch(int32_t count, const Birthplace& birthplace)
     // Each new particle is written by one thread; the random sequence is shared, so which
     // particle gets which draws varies from run to run.
 #pragma omp parallel for if (count >= kParallelBatch)
-    for (int32_t k = 0; k < count; ++k)
-        Birth(batch[k], birthplace);
+    for (int32_t k = 0; k < count; ++k) Birth(batch[k], birthplace);
 }
 
 void UE2EmitterInstance::Birth(Particle& p, const Birthplace& birthplace) const
@@ -144,12 +135,10 @@ void UE2EmitterInstance::Birth(Particle& p, const Birthplace& birthplace) const
         p.position = *birthplace.point;
     } else {
         d.domain->Generate(p.position);
-        for (size_t axis = 0; axis < 3; ++axis)
-            p.position[axis] += birthplace.base[axis];
+        for (size_t axis = 0; axis < 3; ++axis) p.position[axis] += birthplace.base[axis];
     }
     p.velocity = Draw(d.startVelocityRange);
-    for (size_t axis = 0; axis < 3; ++axis)
-        p.velocity[axis] += birthplace.velocityBias[axis];
+    for (size_t axis = 0; axis < 3; ++axis) p.velocity[axis] += birthplace.velocityBias[axis];
     ClampSpeed(p.velocity);
     p.size = {Draw(d.startSizeRange[0]), Draw(d.startSizeRange[1])};
     p.subdivision = RandomSubdivision();
@@ -158,8 +147,7 @@ void UE2EmitterInstance::Birth(Particle& p, const Birthplace& birthplace) const
     p.spin = Draw(d.startSpinRange);
     const bool clockwise = UnitRandom() >= d.spinCCWorCW;
     p.spinRate = Draw(d.spinsPerSecondRange);
-    if (!clockwise)
-        p.spinRate = -p.spinRate;
+    if (!clockwise) p.spinRate = -p.spinRate;
     if (birthplace.revolve && d.useRevolution) {
         p.revolutionCenter = Draw(d.revolutionCenterOffsetRange);
         p.revolutionsPerSecond = Draw(d.revolutionsPerSecondRange);
@@ -169,8 +157,7 @@ void UE2EmitterInstance::Birth(Particle& p, const Birthplace& birthplace) const
 void UE2EmitterInstance::ClampSpeed(Float3& velocity) const
 {
     const UE2SpriteEmitter& d = *description;
-    if (!(d.clampVelocityMax < kClampInForce))
-        return;
+    if (!(d.clampVelocityMax < kClampInForce)) return;
     const float s = SquaredLength(velocity);
     if (s < d.clampVelocityMin * d.clampVelocityMin) {
         if (s == 0.0f)
@@ -178,8 +165,7 @@ void UE2EmitterInstance::ClampSpeed(Float3& velocity) const
         else
             ScaleTo(velocity, d.clampVelocityMin);
     }
-    if (s > d.clampVelocityMax * d.clampVelocityMax)
-        ScaleTo(velocity, d.clampVelocityMax);
+    if (s > d.clampVelocityMax * d.clampVelocityMax) ScaleTo(velocity, d.clampVelocityMax);
 }
 
 uint8_t UE2EmitterInstance::RandomSubdivision() const
@@ -187,19 +173,16 @@ uint8_t UE2EmitterInstance::RandomSubdivision() const
     const UE2SpriteEmitter& d = *description;
     const int64_t cells = int64_t(d.subdivisionEnd) - d.subdivisionStart + 1;
     // A reversed range has no cell to draw from: its first stands.
-    if (cells <= 0)
-        return uint8_t(d.subdivisionStart);
+    if (cells <= 0) return uint8_t(d.subdivisionStart);
     return uint8_t(qx::os::rand() % cells + d.subdivisionStart);
 }
 
 void UE2EmitterInstance::Update(float newDt)
 {
     dt = newDt;
-    if (!active)
-        return;
+    if (!active) return;
     const UE2SpriteEmitter& d = *description;
-    for (size_t axis = 0; axis < 3; ++axis)
-        velocityDelta[axis] = d.acceleration[axis] * dt;
+    for (size_t axis = 0; axis < 3; ++axis) velocityDelta[axis] = d.acceleration[axis] * dt;
     const bool collides = d.useCollision && d.useCollisionPlanes;
     for (int32_t i = liveCount - 1; i >= 0; --i) {
         Particle& p = particles[size_t(i)];
@@ -213,11 +196,9 @@ void UE2EmitterInstance::Update(float newDt)
         if (collides) {
             Collide(p);
         } else {
-            for (size_t axis = 0; axis < 3; ++axis)
-                p.position[axis] += p.velocity[axis] * dt;
+            for (size_t axis = 0; axis < 3; ++axis) p.position[axis] += p.velocity[axis] * dt;
         }
-        if (d.useRevolution)
-            Revolve(p);
+        if (d.useRevolution) Revolve(p);
     }
     SpawnByRate();
 }
@@ -240,8 +221,8 @@ void UE2EmitterInstance::SpawnByRate()
 {
     const UE2SpriteEmitter& d = *description;
     const double rate = d.automaticSpawning
-                          ? double(d.maxParticles) / std::max(d.lifetimeRange.min, d.lifetimeRange.max)
-                          : double(d.particlesPerSecond);
+                            ? double(d.maxParticles) / std::max(d.lifetimeRange.min, d.lifetimeRange.max)
+                            : double(d.particlesPerSecond);
     accumulator += dt;
     const int32_t n = CountOf(std::trunc(rate * accumulator));
     // The rate itself is taken off, not one period a particle: the remainder mostly falls
@@ -257,8 +238,7 @@ void UE2EmitterInstance::Collide(Particle& p)
     float rest = dt;
     for (int round = 0; round < 3; ++round) {
         Float3 next;
-        for (size_t axis = 0; axis < 3; ++axis)
-            next[axis] = p.position[axis] + p.velocity[axis] * rest;
+        for (size_t axis = 0; axis < 3; ++axis) next[axis] = p.position[axis] + p.velocity[axis] * rest;
         const auto hit = std::find_if(d.collisionPlanes.rbegin(), d.collisionPlanes.rend(),
                                       [&](const Plane& plane) { return plane.Distance(next) < 0.0f; });
         if (hit == d.collisionPlanes.rend()) {
@@ -269,18 +249,15 @@ void UE2EmitterInstance::Collide(Particle& p)
         if (d0 > 0.0f) {
             const auto f = float((double(d0) - 1e-05) / (double(d0) - hit->Distance(next)) * rest);
             rest -= f;
-            for (size_t axis = 0; axis < 3; ++axis)
-                p.position[axis] += p.velocity[axis] * f;
+            for (size_t axis = 0; axis < 3; ++axis) p.position[axis] += p.velocity[axis] * f;
             if (d.spawnFromOtherEmitter != -1)
                 if (UE2EmitterInstance* other = owner->Emitter(d.spawnFromOtherEmitter))
                     other->SpawnAt(p.position, hit->normal, d.spawnAmount);
         }
-        const double along = -2.0 * (double(hit->normal[0]) * p.velocity[0] + double(hit->normal[1]) * p.velocity[1]
-                                     + double(hit->normal[2]) * p.velocity[2]);
-        for (size_t axis = 0; axis < 3; ++axis)
-            p.velocity[axis] = float(p.velocity[axis] + along * hit->normal[axis]);
-        for (size_t axis = 0; axis < 3; ++axis)
-            p.velocity[axis] *= Draw(d.dampingFactorRange[axis]);
+        const double along = -2.0 * (double(hit->normal[0]) * p.velocity[0] + double(hit->normal[1]) * p.velocity[1] +
+                                     double(hit->normal[2]) * p.velocity[2]);
+        for (size_t axis = 0; axis < 3; ++axis) p.velocity[axis] = float(p.velocity[axis] + along * hit->normal[axis]);
+        for (size_t axis = 0; axis < 3; ++axis) p.velocity[axis] *= Draw(d.dampingFactorRange[axis]);
     }
 }
 
@@ -291,11 +268,9 @@ void UE2EmitterInstance::Revolve(Particle& p) const
     const Matrix3x4 r = RotationHPB(float(p.revolutionsPerSecond[1] * turn), float(p.revolutionsPerSecond[0] * turn),
                                     float(p.revolutionsPerSecond[2] * turn));
     Float3 offset;
-    for (size_t axis = 0; axis < 3; ++axis)
-        offset[axis] = p.position[axis] - p.revolutionCenter[axis];
+    for (size_t axis = 0; axis < 3; ++axis) offset[axis] = p.position[axis] - p.revolutionCenter[axis];
     const Float3 turned = TransformPoint(r, offset);
-    for (size_t axis = 0; axis < 3; ++axis)
-        p.position[axis] = p.revolutionCenter[axis] + turned[axis];
+    for (size_t axis = 0; axis < 3; ++axis) p.position[axis] = p.revolutionCenter[axis] + turned[axis];
 }
 
 }  // namespace qx4d

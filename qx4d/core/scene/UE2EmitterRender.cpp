@@ -23,9 +23,9 @@ struct BlendStates {
 /// By draw style: Regular, AlphaBlend, Modulated, Translucent, AlphaModulate, Darken,
 /// Brighten.
 constexpr BlendStates kStyleBlends[] = {
-    {0, gpu::D3DBLEND_ONE, gpu::D3DBLEND_ZERO},         {1, gpu::D3DBLEND_SRCALPHA, gpu::D3DBLEND_INVSRCALPHA},
-    {1, gpu::D3DBLEND_ZERO, gpu::D3DBLEND_SRCCOLOR},    {1, gpu::D3DBLEND_SRCCOLOR, gpu::D3DBLEND_ONE},
-    {1, gpu::D3DBLEND_INVSRCALPHA, gpu::D3DBLEND_ONE},  {1, gpu::D3DBLEND_ZERO, gpu::D3DBLEND_INVSRCCOLOR},
+    {0, gpu::D3DBLEND_ONE, gpu::D3DBLEND_ZERO},        {1, gpu::D3DBLEND_SRCALPHA, gpu::D3DBLEND_INVSRCALPHA},
+    {1, gpu::D3DBLEND_ZERO, gpu::D3DBLEND_SRCCOLOR},   {1, gpu::D3DBLEND_SRCCOLOR, gpu::D3DBLEND_ONE},
+    {1, gpu::D3DBLEND_INVSRCALPHA, gpu::D3DBLEND_ONE}, {1, gpu::D3DBLEND_ZERO, gpu::D3DBLEND_INVSRCCOLOR},
     {1, gpu::D3DBLEND_ONE, gpu::D3DBLEND_ONE},
 };
 
@@ -33,8 +33,7 @@ constexpr BlendStates kStyleBlends[] = {
 /// address before the table bounds it.
 int64_t CellIndex(float value)
 {
-    if (!(value > 0.0f))
-        return 0;
+    if (!(value > 0.0f)) return 0;
     return int64_t(std::min(value, 1e9f));
 }
 
@@ -42,8 +41,7 @@ int64_t CellIndex(float value)
 /// particle not yet aged, whose life is no number either) is 0.
 uint32_t ToChannel(double value)
 {
-    if (!(value > 0.0))
-        return 0;
+    if (!(value > 0.0)) return 0;
     return uint32_t(std::min(std::nearbyint(value), 255.0));
 }
 
@@ -63,7 +61,7 @@ void UE2EmitterInstance::BindDrawSlots()
     setColor = kColors[(d.useColorScale ? 4 : 0) | (fadeIn ? 2 : 0) | (fadeOut ? 1 : 0)];
     static constexpr Slot kSizes[4] = {
         &UE2EmitterInstance::SizeOverLife<false, false>, &UE2EmitterInstance::SizeOverLife<false, true>,
-        &UE2EmitterInstance::SizeOverLife<true, false>,  &UE2EmitterInstance::SizeOverLife<true, true>};
+        &UE2EmitterInstance::SizeOverLife<true, false>, &UE2EmitterInstance::SizeOverLife<true, true>};
     setSize = kSizes[(d.uniformSize ? 2 : 0) | (d.useSizeScale ? 1 : 0)];
     if (d.subdivisionStart == d.subdivisionEnd)
         setSubdivision = &UE2EmitterInstance::KeepSubdivision;
@@ -77,16 +75,14 @@ void UE2EmitterInstance::SetBlendStates() const
     const UE2SpriteEmitter& d = *description;
     gpu::Device* device = CurrentDevice();
     Renderer* renderer = Renderer::Instance();
-    if (!device || !renderer)
-        return;
+    if (!device || !renderer) return;
     device->SetRenderState(gpu::D3DRS_ALPHAFUNC, gpu::D3DCMP_GREATER);
     device->SetRenderState(gpu::D3DRS_ALPHATESTENABLE, d.alphaTest);
     device->SetRenderState(gpu::D3DRS_ALPHAREF, d.alphaRef);
     device->SetRenderState(gpu::D3DRS_ZENABLE, d.zTest);
     device->SetRenderState(gpu::D3DRS_ZWRITEENABLE, d.zWrite);
     // A style the file can't name keeps the blending in force.
-    if (d.drawStyle < 0 || size_t(d.drawStyle) >= std::size(kStyleBlends))
-        return;
+    if (d.drawStyle < 0 || size_t(d.drawStyle) >= std::size(kStyleBlends)) return;
     const BlendStates& blend = kStyleBlends[d.drawStyle];
     device->SetRenderState(gpu::D3DRS_ALPHABLENDENABLE, blend.enable);
     renderer->SetSrcBlend(blend.source);
@@ -95,8 +91,7 @@ void UE2EmitterInstance::SetBlendStates() const
 
 const uint32_t* UE2EmitterInstance::DrawOrder(const Matrix3x4& cameraMatrix)
 {
-    if (description->drawStyle != UE2SpriteEmitter::AlphaBlend)
-        return nullptr;
+    if (description->drawStyle != UE2SpriteEmitter::AlphaBlend) return nullptr;
     // Far first: the key is the negated depth along the camera's view axis.
     const Float3 axis{cameraMatrix[2], cameraMatrix[6], cameraMatrix[10]};
     depthKeys.resize(size_t(liveCount));
@@ -112,8 +107,7 @@ void UE2EmitterInstance::Render()
 {
     ParticleBucket* bucket = ParticleBucket::Instance();
     gpu::Device* device = CurrentDevice();
-    if (liveCount == 0 || !bucket || !device)
-        return;
+    if (liveCount == 0 || !bucket || !device) return;
     const UE2SpriteEmitter& d = *description;
     SetBlendStates();
     const Camera* camera = Camera::Active();
@@ -122,8 +116,7 @@ void UE2EmitterInstance::Render()
     bucket->SetTexture(d.texture);
     right = {cameraMatrix[0], cameraMatrix[4], cameraMatrix[8]};
     up = {cameraMatrix[1], cameraMatrix[5], cameraMatrix[9]};
-    if (d.subdivisionStart == d.subdivisionEnd)
-        SetCorners(d.subdivisionStart);
+    if (d.subdivisionStart == d.subdivisionEnd) SetCorners(d.subdivisionStart);
     const uint32_t* order = DrawOrder(cameraMatrix);
     for (int32_t k = 0; k < liveCount; ++k) {
         current = &particles[order ? order[k] : size_t(k)];
@@ -137,8 +130,7 @@ void UE2EmitterInstance::Render()
             vertex.z = current->position[2];
         }
         (this->*writeQuad)();
-        if (!bucket->HasRoom(quad.size()))
-            bucket->Flush();
+        if (!bucket->HasRoom(quad.size())) bucket->Flush();
         bucket->cursor = std::copy(quad.begin(), quad.end(), bucket->cursor);
     }
     bucket->Flush();
@@ -179,18 +171,15 @@ void UE2EmitterInstance::ColorOverLife()
     // With both fades one applies: the fade-in while it lasts, the fade-out after it.
     if (FadeIn && lifeFraction < d.fadeInEndTime) {
         const double g = 1.0 - double(lifeFraction) / d.fadeInEndTime;
-        for (size_t c = 0; c < 4; ++c)
-            channels[c] -= channels[c] * d.fadeInFactor[c] * g;
+        for (size_t c = 0; c < 4; ++c) channels[c] -= channels[c] * d.fadeInFactor[c] * g;
     } else if (FadeOut && lifeFraction > d.fadeOutStartTime) {
         const double g = (double(lifeFraction) - d.fadeOutStartTime) / (1.0 - d.fadeOutStartTime);
-        for (size_t c = 0; c < 4; ++c)
-            channels[c] -= channels[c] * d.fadeOutFactor[c] * g;
+        for (size_t c = 0; c < 4; ++c) channels[c] -= channels[c] * d.fadeOutFactor[c] * g;
     }
     // Rounded to the nearest; a curve above 1 saturates rather than wrapping.
-    const uint32_t packed = ToChannel(channels[3]) << 24 | ToChannel(channels[0]) << 16 | ToChannel(channels[1]) << 8
-                          | ToChannel(channels[2]);
-    for (ParticleVertex& vertex : quad)
-        vertex.color = packed;
+    const uint32_t packed = ToChannel(channels[3]) << 24 | ToChannel(channels[0]) << 16 | ToChannel(channels[1]) << 8 |
+                            ToChannel(channels[2]);
+    for (ParticleVertex& vertex : quad) vertex.color = packed;
 }
 
 template <bool Uniform, bool Scale>
@@ -198,10 +187,8 @@ void UE2EmitterInstance::SizeOverLife()
 {
     UE2SpriteEmitter& d = *description;
     float scaleX = 1.0f, scaleY = 1.0f;
-    if constexpr (Scale)
-        d.sizeScaleX.Evaluate(lifeFraction, &scaleX);
-    if constexpr (Scale && !Uniform)
-        d.sizeScaleY.Evaluate(lifeFraction, &scaleY);
+    if constexpr (Scale) d.sizeScaleX.Evaluate(lifeFraction, &scaleX);
+    if constexpr (Scale && !Uniform) d.sizeScaleY.Evaluate(lifeFraction, &scaleY);
     sizeX = current->size[0] * scaleX;
     sizeY = Uniform ? sizeX : current->size[1] * scaleY;
 }

@@ -4,6 +4,7 @@ ends with one line naming the problem and a non-zero exit code, never a crash.
 
 usage: cli_test.py QXFX WORK_DIR
 """
+import json
 import os
 import shutil
 import struct
@@ -82,6 +83,23 @@ def test_help():
               result.stderr)
 
 
+def test_list():
+    result = qxfx("list", "--json")
+    try:
+        entries = {entry["id"]: entry for entry in json.loads(result.stdout)}
+    except ValueError as error:
+        entries = {}
+        check("list --json is JSON", False, str(error))
+    film = entries.get(9, {}).get("params", [])
+    check("list --json gives each effect's parameters",
+          len(entries) == 25 and [p["name"] for p in film][:2] == ["shake level", "shake strength"]
+          and film[6]["minimum"] == 2 and film[6]["maximum"] == 64 and film[6]["default"] == 20
+          and entries[0]["params"][0]["kind"] == "rectangle side" and entries[2000]["params"] == [],
+          result.stdout[:300])
+    text = qxfx("list").stdout
+    check("list shows the parameters under each effect", "shake strength" in text and "1 to 20" in text, text[:300])
+
+
 def test_render(work):
     frames = os.path.join(work, "pattern-%03d.png")
     result = qxfx("render", "-e", "2", "--size", "96x54", "--frames", "4", "-o", frames)
@@ -138,6 +156,7 @@ def main():
     os.makedirs(work)
     test_bad_input(work)
     test_help()
+    test_list()
     test_render(work)
     test_demo(work)
     if failures:

@@ -235,7 +235,8 @@ TEST(GraphicsStroke, CardinalCurvePassesThroughItsPoints)
     for (const auto& p : {points[0], points[2]}) {
         int painted = 0;
         for (int dy = -1; dy <= 1; ++dy) {
-            for (int dx = -1; dx <= 1; ++dx) painted += target.row(int(p.Y) + dy)[size_t(p.X) + size_t(dx)] != 0xFF000000u;
+            for (int dx = -1; dx <= 1; ++dx)
+                painted += target.row(int(p.Y) + dy)[size_t(p.X) + size_t(dx)] != 0xFF000000u;
         }
         EXPECT_GT(painted, 0) << p.X << "," << p.Y;
     }

@@ -22,8 +22,7 @@ TEST_F(GpuTest, ClearFillsTheTargetAndReadsBackInDirect3DByteOrder)
     ASSERT_EQ(device->Clear(D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xFF336699u, 1.0f, 0), D3D_OK);
     const auto pixels = readPixels(*device, target);
     ASSERT_EQ(pixels.size(), 64u * 32u);
-    for (uint32_t pixel : pixels)
-        ASSERT_EQ(pixel, 0xFF336699u);
+    for (uint32_t pixel : pixels) ASSERT_EQ(pixel, 0xFF336699u);
     // Bytes B, G, R, A in memory.
     const auto* bytes = reinterpret_cast<const uint8_t*>(pixels.data());
     EXPECT_EQ(bytes[0], 0x99);
@@ -62,8 +61,7 @@ TEST_F(GpuTest, TextureLockWritesRowsThatReadBackTopDown)
     ASSERT_EQ(texture->LockRect(0, &locked, D3DLOCK_DISCARD), D3D_OK);
     EXPECT_EQ(locked.Pitch, 12);
     auto* words = static_cast<uint32_t*>(locked.pBits);
-    for (uint32_t i = 0; i < 6; ++i)
-        words[i] = 0xFF000000u | i;
+    for (uint32_t i = 0; i < 6; ++i) words[i] = 0xFF000000u | i;
     ASSERT_EQ(texture->UnlockRect(0), D3D_OK);
     ASSERT_EQ(texture->LockRect(0, &locked, D3DLOCK_READONLY), D3D_OK);
     words = static_cast<uint32_t*>(locked.pBits);

@@ -45,7 +45,8 @@ protected:
         device->Clear(D3DCLEAR_TARGET, 0xFF000000u, 1.0f, 0);
         ASSERT_EQ(device->CreateVertexBuffer(sizeof(kQuads), D3DUSAGE_WRITEONLY, D3DPOOL_MANAGED, &vertices), D3D_OK);
         fill(*vertices, kQuads, sizeof(kQuads));
-        ASSERT_EQ(device->CreateIndexBuffer(sizeof(kQuadIndices), 0, D3DFMT_INDEX16, D3DPOOL_MANAGED, &indices), D3D_OK);
+        ASSERT_EQ(device->CreateIndexBuffer(sizeof(kQuadIndices), 0, D3DFMT_INDEX16, D3DPOOL_MANAGED, &indices),
+                  D3D_OK);
         fill(*indices, kQuadIndices, sizeof(kQuadIndices));
         std::shared_ptr<VertexDeclaration> declaration;
         device->CreateVertexDeclaration(kDeclaration, &declaration);

@@ -121,7 +121,7 @@ TEST_F(EffectTest, PassStatesStayAfterTheEffectEnds)
     device->GetRenderState(D3DRS_SRCBLEND, &value);
     EXPECT_EQ(value, D3DBLEND_SRCALPHA);
     device->GetRenderState(D3DRS_CULLMODE, &value);
-    EXPECT_EQ(value, D3DCULL_CCW);  // pass 0 was never begun
+    EXPECT_EQ(value, D3DCULL_CCW);                        // pass 0 was never begun
     EXPECT_EQ(effect->BeginPass(0), D3DERR_INVALIDCALL);  // not begun
 }
 
@@ -178,8 +178,8 @@ TEST_F(EffectTest, IdenticalTextsShareOneCompiledEffect)
 TEST_F(EffectTest, TextsThatDoNotCompileFailQuietly)
 {
     const char* const broken[] = {
-        "float4 ps_main() : COLOR0 { return undefinedThing; }\n"
-        "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }",
+        ("float4 ps_main() : COLOR0 { return undefinedThing; }\n"
+         "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }"),
         "float4 ps_main() : COLOR0 { return 1; }\ntechnique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); }",
         "float4 ps_main() : COLOR0 { return 1; }\n",  // no technique
         "technique t0 { pass p0 { PixelShader = compile ps_2_0 missing(); } }",
@@ -202,8 +202,9 @@ TEST_F(EffectTest, IncludesGoThroughTheResolver)
         const auto found = files.find(name);
         return found == files.end() ? std::nullopt : std::optional<std::string>(found->second);
     };
-    const std::string body = "float4 ps_main() : COLOR0 { return Colour(); }\n"
-                             "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }";
+    const std::string body =
+        "float4 ps_main() : COLOR0 { return Colour(); }\n"
+        "technique t0 { pass p0 { PixelShader = compile ps_2_0 ps_main(); } }";
     std::shared_ptr<Effect> effect;
     EXPECT_EQ(D3DXCreateEffect(device, "#include \"common.fxh\"\n" + body, resolver, &effect), D3D_OK);
     EXPECT_NE(D3DXCreateEffect(device, "#include \"absent.fxh\"\n" + body, resolver, &effect), D3D_OK);

@@ -1,8 +1,8 @@
 // The effect text front: technique and pass blocks, state values, compile statements,
 // include expansion, and the semantic placement shared by the stages.
+#include "platform/gpu/FxParser.h"
 #include "platform/gpu/EffectIncludes.h"
 #include "platform/gpu/Formats.h"
-#include "platform/gpu/FxParser.h"
 #include "platform/gpu/ShaderStage.h"
 
 #include <gtest/gtest.h>
@@ -16,19 +16,19 @@ namespace {
 const StateAssignment* findState(const FxPass& pass, DWORD state, bool sampler = false)
 {
     for (const StateAssignment& assignment : pass.states) {
-        if (assignment.state == state && assignment.sampler == sampler)
-            return &assignment;
+        if (assignment.state == state && assignment.sampler == sampler) return &assignment;
     }
     return nullptr;
 }
 
 TEST(FxParser, ReadsPassStatesWithDirect3DNumbers)
 {
-    const std::string text = "technique t0 < string why = \"}\"; >\n{\n pass p0\n {\n"
-                             "  CullMode = NONE; ZEnable = false; SrcBlend = InvSrcAlpha; AlphaRef = 0x80;\n"
-                             "  AlphaFunc = GreaterEqual; PointSize = 9.0; FogColor = -1; MinFilter[3] = LINEAR;\n"
-                             "  Unknown = 5; ShadeMode = GOURAUD;\n"
-                             " }\n}\n";
+    const std::string text =
+        "technique t0 < string why = \"}\"; >\n{\n pass p0\n {\n"
+        "  CullMode = NONE; ZEnable = false; SrcBlend = InvSrcAlpha; AlphaRef = 0x80;\n"
+        "  AlphaFunc = GreaterEqual; PointSize = 9.0; FogColor = -1; MinFilter[3] = LINEAR;\n"
+        "  Unknown = 5; ShadeMode = GOURAUD;\n"
+        " }\n}\n";
     FxText parsed;
     ASSERT_TRUE(parseEffectText(text, parsed));
     ASSERT_EQ(parsed.techniques.size(), 1u);
@@ -51,11 +51,12 @@ TEST(FxParser, ReadsPassStatesWithDirect3DNumbers)
 
 TEST(FxParser, ReadsCompileStatementsAndCutsTheBlocksOutKeepingLines)
 {
-    const std::string text = "float4 f() : COLOR0 { return 1; }\n"
-                             "technique a { pass { VertexShader = compile vs_1_1 vs_main(1, 2);\n"
-                             "  PixelShader = compile ps_2_0 ps_main(); } pass two { PixelShader = NULL; } }\n"
-                             "// technique in a comment\n"
-                             "technique b { }\n";
+    const std::string text =
+        "float4 f() : COLOR0 { return 1; }\n"
+        "technique a { pass { VertexShader = compile vs_1_1 vs_main(1, 2);\n"
+        "  PixelShader = compile ps_2_0 ps_main(); } pass two { PixelShader = NULL; } }\n"
+        "// technique in a comment\n"
+        "technique b { }\n";
     FxText parsed;
     ASSERT_TRUE(parseEffectText(text, parsed));
     ASSERT_EQ(parsed.techniques.size(), 2u);
@@ -83,9 +84,10 @@ TEST(FxParser, TechniquesInsideBracesAreNotBlocks)
 
 TEST(FxParser, TextureDeclarationsAndSamplerStatesAreCutOut)
 {
-    const std::string text = "texture g_Texture;\n"
-                             "sampler2D g_Sampler = sampler_state { Texture = <g_Texture>; MinFilter = Linear; };\n"
-                             "float4 ps_main(float2 uv : TEXCOORD0) : COLOR0 { return tex2D(g_Sampler, uv); }\n";
+    const std::string text =
+        "texture g_Texture;\n"
+        "sampler2D g_Sampler = sampler_state { Texture = <g_Texture>; MinFilter = Linear; };\n"
+        "float4 ps_main(float2 uv : TEXCOORD0) : COLOR0 { return tex2D(g_Sampler, uv); }\n";
     FxText parsed;
     ASSERT_TRUE(parseEffectText(text, parsed));
     EXPECT_EQ(parsed.hlsl.find("texture g_Texture"), std::string::npos);
@@ -106,10 +108,8 @@ TEST(FxParser, UnfinishedBlocksAreRefused)
 TEST(EffectIncludes, ExpandsBothFormsAndKeepsOtherLines)
 {
     const IncludeResolver resolver = [](const std::string& name) -> std::optional<std::string> {
-        if (name == "a.fxh")
-            return std::string("A");
-        if (name == "dir\\b.fxh")
-            return std::string("B\n#include \"a.fxh\"");
+        if (name == "a.fxh") return std::string("A");
+        if (name == "dir\\b.fxh") return std::string("B\n#include \"a.fxh\"");
         return std::nullopt;
     };
     std::string out;

@@ -100,7 +100,8 @@ TEST_F(RasterTest, CounterClockwiseTrianglesAreCulledByDefault)
     const auto target = makeTarget(8, 8);
     device->Clear(D3DCLEAR_TARGET, 0xFF000000u, 1.0f, 0);
     // Clockwise on the screen (y down): drawn. Counter-clockwise: culled by D3DCULL_CCW.
-    const ColouredVertex clockwise[] = {{0, 0, 0, 1, 0xFFFFFFFFu}, {4, 0, 0, 1, 0xFFFFFFFFu}, {0, 4, 0, 1, 0xFFFFFFFFu}};
+    const ColouredVertex clockwise[] = {
+        {0, 0, 0, 1, 0xFFFFFFFFu}, {4, 0, 0, 1, 0xFFFFFFFFu}, {0, 4, 0, 1, 0xFFFFFFFFu}};
     const ColouredVertex counter[] = {{8, 8, 0, 1, 0xFFFFFFFFu}, {8, 4, 0, 1, 0xFFFFFFFFu}, {4, 8, 0, 1, 0xFFFFFFFFu}};
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_CCW);
     device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, clockwise, sizeof(ColouredVertex));
@@ -146,8 +147,7 @@ TEST_F(RasterTest, OcclusionQueryCountsTheDrawnPixelsAndEventsEnd)
         result = occlusion->GetData(&count, sizeof(count), D3DGETDATA_FLUSH);
     ASSERT_EQ(result, S_OK);
     EXPECT_EQ(count, 15u);
-    for (int poll = 0; poll < 1000000 && (result = event->GetData(nullptr, 0, D3DGETDATA_FLUSH)) == S_FALSE;)
-        ++poll;
+    for (int poll = 0; poll < 1000000 && (result = event->GetData(nullptr, 0, D3DGETDATA_FLUSH)) == S_FALSE;) ++poll;
     EXPECT_EQ(result, S_OK);
 }
 

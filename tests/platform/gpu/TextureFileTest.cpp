@@ -16,9 +16,9 @@ namespace {
 // colour 1 pure blue (0x001F) on rows 1 to 3.
 std::vector<uint8_t> redOverBlueBlock()
 {
-    return {255, 0, 0, 0, 0, 0, 0, 0,   // alpha 0, alpha 1, 48 bits of index 0
-            0x00, 0xF8, 0x1F, 0x00,     // colour 0, colour 1, little-endian
-            0x00, 0x55, 0x55, 0x55};    // 2-bit indices, row 0 first
+    return {255,  0,    0,    0,    0, 0, 0, 0,  // alpha 0, alpha 1, 48 bits of index 0
+            0x00, 0xF8, 0x1F, 0x00,              // colour 0, colour 1, little-endian
+            0x00, 0x55, 0x55, 0x55};             // 2-bit indices, row 0 first
 }
 
 const D3DVERTEXELEMENT9 kTexturedDeclaration[] = {
@@ -85,8 +85,8 @@ TEST_F(TextureFileTest, MipLevelsOfTheFileAreKept)
     const auto file = writeDds(D3DFMT_A8R8G8B8, 8, 4, 4, false, levels);
     D3DXIMAGE_INFO info;
     std::shared_ptr<Texture> texture;
-    ASSERT_EQ(D3DXCreateTextureFromFileInMemoryEx(*device, file.data(), UINT(file.size()), 4, 0, D3DPOOL_MANAGED,
-                                                  &info, &texture),
+    ASSERT_EQ(D3DXCreateTextureFromFileInMemoryEx(*device, file.data(), UINT(file.size()), 4, 0, D3DPOOL_MANAGED, &info,
+                                                  &texture),
               D3D_OK);
     EXPECT_EQ(info.MipLevels, 4u);
     ASSERT_EQ(texture->GetLevelCount(), 4u);
@@ -101,8 +101,8 @@ TEST_F(TextureFileTest, CubeMapLoadsSixFaces)
 {
     std::vector<std::vector<uint8_t>> faces;
     for (uint8_t face = 0; face < 6; ++face)
-        faces.push_back({face, uint8_t(face * 2), uint8_t(face * 3), 0xFF, face, face, face, 0xFF,
-                         face, face, face, 0xFF, face, face, face, 0xFF});
+        faces.push_back({face, uint8_t(face * 2), uint8_t(face * 3), 0xFF, face, face, face, 0xFF, face, face, face,
+                         0xFF, face, face, face, 0xFF});
     const auto file = writeDds(D3DFMT_A8R8G8B8, 2, 2, 1, true, faces);
     D3DXIMAGE_INFO info;
     ASSERT_EQ(D3DXGetImageInfoFromFileInMemory(file.data(), UINT(file.size()), &info), D3D_OK);
@@ -111,8 +111,8 @@ TEST_F(TextureFileTest, CubeMapLoadsSixFaces)
     EXPECT_NE(D3DXCreateTextureFromFileInMemoryEx(*device, file.data(), UINT(file.size()), 1, 0, D3DPOOL_MANAGED,
                                                   nullptr, &texture),
               D3D_OK);  // a cube map is not a 2D texture
-    ASSERT_EQ(D3DXCreateCubeTextureFromFileInMemoryEx(*device, file.data(), UINT(file.size()), 1, 0,
-                                                      D3DPOOL_MANAGED, nullptr, &texture),
+    ASSERT_EQ(D3DXCreateCubeTextureFromFileInMemoryEx(*device, file.data(), UINT(file.size()), 1, 0, D3DPOOL_MANAGED,
+                                                      nullptr, &texture),
               D3D_OK);
     EXPECT_EQ(texture->GetType(), D3DRTYPE_CUBETEXTURE);
     for (UINT face = 0; face < 6; ++face) {
@@ -151,14 +151,14 @@ void appendBytes(void* context, void* data, int size)
 
 TEST_F(TextureFileTest, PngLoadsTopRowFirstInDirect3DByteOrder)
 {
-    const uint8_t rgba[] = {255, 0, 0, 255, 0, 255, 0, 128,  // red, half-transparent green
-                            0, 0, 255, 255, 255, 255, 255, 255};
+    const uint8_t rgba[] = {255, 0, 0,   255, 0,   255, 0,   128,  // red, half-transparent green
+                            0,   0, 255, 255, 255, 255, 255, 255};
     std::vector<uint8_t> png;
     ASSERT_NE(stbi_write_png_to_func(appendBytes, &png, 2, 2, 4, rgba, 8), 0);
     D3DXIMAGE_INFO info;
     std::shared_ptr<Texture> texture;
-    ASSERT_EQ(D3DXCreateTextureFromFileInMemoryEx(*device, png.data(), UINT(png.size()), 1, 0, D3DPOOL_MANAGED,
-                                                  &info, &texture),
+    ASSERT_EQ(D3DXCreateTextureFromFileInMemoryEx(*device, png.data(), UINT(png.size()), 1, 0, D3DPOOL_MANAGED, &info,
+                                                  &texture),
               D3D_OK);
     EXPECT_EQ(info.ImageFileFormat, D3DXIFF_PNG);
     EXPECT_EQ(info.Format, D3DFMT_A8R8G8B8);
@@ -184,9 +184,9 @@ TEST_F(TextureFileTest, SavedRenderTargetReadsBackAsTheSamePicture)
     ASSERT_NE(pixels, nullptr);
     EXPECT_EQ(width, 4);
     EXPECT_EQ(height, 2);
-    EXPECT_EQ(pixels[0], 0xFF);                              // top row white
-    EXPECT_EQ(pixels[4 * 4 + 0], 0x10);                      // then R 0x10
-    EXPECT_EQ(pixels[4 * 4 + 2], 0x30);                      // and B 0x30
+    EXPECT_EQ(pixels[0], 0xFF);          // top row white
+    EXPECT_EQ(pixels[4 * 4 + 0], 0x10);  // then R 0x10
+    EXPECT_EQ(pixels[4 * 4 + 2], 0x30);  // and B 0x30
     stbi_image_free(pixels);
     std::filesystem::remove(path);
     EXPECT_NE(D3DXSaveSurfaceToFile("/nonexistent-folder/x.png", D3DXIFF_PNG, *target), D3D_OK);

@@ -15,7 +15,7 @@ using testing::bgra;
 /// A 3 by 2 frame whose samples are all different.
 std::vector<uint32_t> distinctFrame()
 {
-    return {bgra(1, 2, 3, 4), bgra(5, 6, 7, 8), bgra(9, 10, 11, 12),
+    return {bgra(1, 2, 3, 4),     bgra(5, 6, 7, 8),     bgra(9, 10, 11, 12),
             bgra(13, 14, 15, 16), bgra(17, 18, 19, 20), bgra(21, 22, 23, 24)};
 }
 
@@ -27,9 +27,8 @@ std::span<const uint8_t> bytesOf(const std::vector<uint32_t>& samples)
 TEST(BitmapHandleDib, FrameHeaderHasTheBitmapInfoLayout)
 {
     const auto bytes = writeDibHeader(frameDibHeader(720, 576));
-    const std::array<uint8_t, 40> expected{40, 0, 0, 0, 0xD0, 2, 0, 0, 0x40, 2, 0, 0, 1, 0, 32, 0,
-                                           0,  0, 0, 0, 0,    0x50, 0x19, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                                           0,  0, 0, 0, 0,    0, 0, 0};
+    const std::array<uint8_t, 40> expected{40, 0,    0,    0, 0xD0, 2, 0, 0, 0x40, 2, 0, 0, 1, 0, 32, 0, 0, 0, 0, 0,
+                                           0,  0x50, 0x19, 0, 0,    0, 0, 0, 0,    0, 0, 0, 0, 0, 0,  0, 0, 0, 0, 0};
     EXPECT_EQ(bytes, expected);  // 720 * 576 * 4 = 1658880 = 0x195000
     const auto back = readDibHeader(bytes);
     ASSERT_TRUE(back.has_value());

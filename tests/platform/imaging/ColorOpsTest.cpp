@@ -17,15 +17,11 @@ BitmapHandle colourGrid()
     std::vector<uint32_t> samples;
     for (int r : levels)
         for (int g : levels)
-            for (int b : levels)
-                samples.push_back(bgra(r, g, b, (r + g + b) & 0xFF));
+            for (int b : levels) samples.push_back(bgra(r, g, b, (r + g + b) & 0xFF));
     return testing::makeBitmap(7, 49, samples);
 }
 
-BitmapHandle onePixel(uint32_t sample)
-{
-    return testing::makeFlat(1, 1, sample);
-}
+BitmapHandle onePixel(uint32_t sample) { return testing::makeFlat(1, 1, sample); }
 
 uint32_t afterHue(uint32_t sample, int32_t degrees)
 {
@@ -121,13 +117,11 @@ TEST(Tint, ArgumentsOutOfRangeAreHeldAtTheirEnds)
 std::set<uint32_t> levelsOfARamp(int32_t levels)
 {
     std::vector<uint32_t> ramp;
-    for (int value = 0; value < 256; ++value)
-        ramp.push_back(bgra(value, value, value));
+    for (int value = 0; value < 256; ++value) ramp.push_back(bgra(value, value, value));
     auto bitmap = testing::makeBitmap(256, 1, ramp);
     EXPECT_TRUE(posterize(bitmap, levels));
     std::set<uint32_t> seen;
-    for (uint32_t sample : bitmap.pixels())
-        seen.insert(sample & 0xFF);
+    for (uint32_t sample : bitmap.pixels()) seen.insert(sample & 0xFF);
     return seen;
 }
 
@@ -143,8 +137,7 @@ TEST(Posterize, ARampKeepsExactlyTheRequestedLevels)
 TEST(Posterize, EveryLevelCountGivesARampItsLevelsInOrderEachNearItsValue)
 {
     std::vector<uint32_t> ramp;
-    for (int value = 0; value < 256; ++value)
-        ramp.push_back(bgra(value, 255 - value, value, value));
+    for (int value = 0; value < 256; ++value) ramp.push_back(bgra(value, 255 - value, value, value));
     for (int32_t levels = 2; levels <= 256; ++levels) {
         auto bitmap = testing::makeBitmap(256, 1, ramp);
         ASSERT_TRUE(posterize(bitmap, levels));

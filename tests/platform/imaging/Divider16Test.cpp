@@ -10,11 +10,9 @@ TEST(Divider16, EveryDividerFoundIsExactUpToItsBound)
     int found = 0;
     for (uint32_t divisor = 1; divisor <= 300; ++divisor) {
         for (uint32_t largest : {255u * 255u + 127u, 255u * divisor + divisor / 2, 65535u}) {
-            if (largest > 65535)
-                continue;
+            if (largest > 65535) continue;
             const auto divider = findDivider16(divisor, largest);
-            if (!divider)
-                continue;
+            if (!divider) continue;
             ++found;
             for (uint32_t n = 0; n <= largest; ++n)
                 ASSERT_EQ(divider->quotient(n), n / divisor) << n << " / " << divisor;
@@ -26,8 +24,7 @@ TEST(Divider16, EveryDividerFoundIsExactUpToItsBound)
 TEST(Divider16, FindsTheDividersTheBlurAndPosterizeNeed)
 {
     // The windows of radius 1, 2 and 20 and the level range 255, for their largest sums.
-    for (uint32_t divisor : {3u, 5u, 41u})
-        EXPECT_TRUE(findDivider16(divisor, 255 * divisor + divisor / 2)) << divisor;
+    for (uint32_t divisor : {3u, 5u, 41u}) EXPECT_TRUE(findDivider16(divisor, 255 * divisor + divisor / 2)) << divisor;
     EXPECT_TRUE(findDivider16(255, 255 * 19 + 127));
 }
 

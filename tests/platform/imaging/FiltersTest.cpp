@@ -20,8 +20,7 @@ std::vector<std::pair<int32_t, int32_t>> litPositions(const BitmapHandle& bitmap
     std::vector<std::pair<int32_t, int32_t>> lit;
     for (int32_t y = 0; y < bitmap.height(); ++y)
         for (int32_t x = 0; x < bitmap.width(); ++x)
-            if ((at(bitmap, x, y) & 0xFFFFFF) != 0)
-                lit.emplace_back(x, y);
+            if ((at(bitmap, x, y) & 0xFFFFFF) != 0) lit.emplace_back(x, y);
     return lit;
 }
 
@@ -30,8 +29,7 @@ TEST(Blur, KeepsAFlatPictureFlat)
     for (int32_t size : {1, 2, 5, 20, 1000000000}) {
         auto bitmap = testing::makeFlat(17, 9, bgra(201, 7, 99, 33));
         ASSERT_TRUE(blur(bitmap, size));
-        for (uint32_t sample : bitmap.pixels())
-            ASSERT_EQ(sample, bgra(201, 7, 99, 33)) << "size " << size;
+        for (uint32_t sample : bitmap.pixels()) ASSERT_EQ(sample, bgra(201, 7, 99, 33)) << "size " << size;
     }
 }
 
@@ -92,7 +90,7 @@ TEST(Blur, WorksOnASingleSampleAndASingleRow)
     auto row = testing::makeImpulse(5, 1, 2, 0, kWhite);
     ASSERT_TRUE(blur(row, 1));
     EXPECT_EQ(testing::samplesOf(row), (std::vector<uint32_t>{bgra(0, 0, 0), bgra(85, 85, 85), bgra(85, 85, 85),
-                                                               bgra(85, 85, 85), bgra(0, 0, 0)}));
+                                                              bgra(85, 85, 85), bgra(0, 0, 0)}));
 }
 
 /// The box blur by its definition: means along the rows, rounded half up, then means of
@@ -111,8 +109,7 @@ std::vector<uint32_t> referenceBlur(const std::vector<uint32_t>& in, int32_t wid
             out[index(x, y)] = in[index(x, y)] & 0xFF000000u;
             for (int c = 0; c < 3; ++c) {
                 int32_t sum = 0;
-                for (int32_t k = -radius; k <= radius; ++k)
-                    sum += channel(in[index(x + k, y)], c);
+                for (int32_t k = -radius; k <= radius; ++k) sum += channel(in[index(x + k, y)], c);
                 rows[index(x, y)] |= mean(sum) << (8 * c);
             }
         }
@@ -121,8 +118,7 @@ std::vector<uint32_t> referenceBlur(const std::vector<uint32_t>& in, int32_t wid
         for (int32_t x = 0; x < width; ++x) {
             for (int c = 0; c < 3; ++c) {
                 int32_t sum = 0;
-                for (int32_t k = -radius; k <= radius; ++k)
-                    sum += channel(rows[index(x, y + k)], c);
+                for (int32_t k = -radius; k <= radius; ++k) sum += channel(rows[index(x, y + k)], c);
                 out[index(x, y)] |= mean(sum) << (8 * c);
             }
         }
@@ -188,8 +184,7 @@ TEST(MotionBlur, RunsAlongTheColumnHoldTheEdgeRowAndKeepAlpha)
     // on. Towards the last row it is the two below, the last row repeated: 10 * (y + 1).
     const int32_t rows = 9;
     std::vector<uint32_t> samples;
-    for (int32_t y = 0; y < rows; ++y)
-        samples.insert(samples.end(), 4, bgra(10 * y, 10 * y, 10 * y, 7 + y));
+    for (int32_t y = 0; y < rows; ++y) samples.insert(samples.end(), 4, bgra(10 * y, 10 * y, 10 * y, 7 + y));
     for (const int32_t angle : {9000, 27000}) {
         auto bitmap = testing::makeBitmap(4, rows, samples);
         ASSERT_TRUE(motionBlur(bitmap, 3, angle, true));
@@ -211,8 +206,7 @@ TEST(MotionBlur, ARunLongerThanThePictureAveragesTheEdgeRowIn)
     // picture's larger side. Towards row 0, the last row averages itself, the row above
     // and row 0 seven times.
     std::vector<uint32_t> samples;
-    for (const int value : {0, 90, 180})
-        samples.insert(samples.end(), 9, bgra(value, value, value));
+    for (const int value : {0, 90, 180}) samples.insert(samples.end(), 9, bgra(value, value, value));
     auto bitmap = testing::makeBitmap(9, 3, samples);
     ASSERT_TRUE(motionBlur(bitmap, 9, 9000, true));
     EXPECT_EQ(at(bitmap, 4, 2), bgra(30, 30, 30));
@@ -234,8 +228,7 @@ TEST(MotionBlur, KeepsFlatPicturesFlatAndRefusesEmptyRuns)
     ASSERT_TRUE(motionBlur(bitmap, 1, 0, true));
     EXPECT_FALSE(motionBlur(bitmap, 0, 0, true));
     EXPECT_FALSE(motionBlur(bitmap, -7, 0, true));
-    for (uint32_t sample : bitmap.pixels())
-        ASSERT_EQ(sample, bgra(3, 200, 150, 40));
+    for (uint32_t sample : bitmap.pixels()) ASSERT_EQ(sample, bgra(3, 200, 150, 40));
 }
 
 TEST(Noise, StaysWithinItsLevelAndOnTheChosenChannels)

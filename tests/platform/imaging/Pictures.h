@@ -41,9 +41,6 @@ inline std::vector<uint32_t> samplesOf(const BitmapHandle& bitmap)
     return {bitmap.pixels().begin(), bitmap.pixels().end()};
 }
 
-inline uint32_t at(const BitmapHandle& bitmap, int32_t x, int32_t y)
-{
-    return bitmap.row(y)[size_t(x)];
-}
+inline uint32_t at(const BitmapHandle& bitmap, int32_t x, int32_t y) { return bitmap.row(y)[size_t(x)]; }
 
 }  // namespace qx::imaging::testing

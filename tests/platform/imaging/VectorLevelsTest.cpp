@@ -18,8 +18,7 @@ using Operation = std::function<bool(BitmapHandle&)>;
 std::vector<uint32_t> colourSweep()
 {
     std::vector<uint32_t> samples(61 * 67);
-    for (size_t i = 0; i < samples.size(); ++i)
-        samples[i] = uint32_t(i * 2654435761u) ^ uint32_t(i << 7);
+    for (size_t i = 0; i < samples.size(); ++i) samples[i] = uint32_t(i * 2654435761u) ^ uint32_t(i << 7);
     return samples;
 }
 
@@ -41,7 +40,11 @@ const std::vector<std::pair<std::string, Operation>>& operations()
         {"tint", [](BitmapHandle& b) { return tint(b, -120, 700, 500, 1000, 400, 30); }},
         {"posterize 20", [](BitmapHandle& b) { return posterize(b, 20); }},
         {"posterize 187", [](BitmapHandle& b) { return posterize(b, 187); }},
-        {"noise", [](BitmapHandle& b) { seedNoise(11); return addNoise(b, 300, 0); }},
+        {"noise",
+         [](BitmapHandle& b) {
+             seedNoise(11);
+             return addNoise(b, 300, 0);
+         }},
         {"blur 2", [](BitmapHandle& b) { return blur(b, 2); }},
         {"blur 130", [](BitmapHandle& b) { return blur(b, 130); }},
         {"motion blur up 5", [](BitmapHandle& b) { return motionBlur(b, 5, 9000, true); }},

@@ -43,8 +43,7 @@ struct HostGraph {
                                      return S_OK;
                                  },
                                  std::move(sinkAllocator)))
-    {
-    }
+    {}
     HRESULT connectAndRun()
     {
         if (const HRESULT hr = source->Output().Connect(&filter->InputPin(), nullptr); FAILED(hr)) return hr;

@@ -50,8 +50,7 @@ public:
     /// A source that offers `type` and asks for `buffers` buffers of `bufferSize` bytes.
     SourceFilter(CMediaType type, LONG bufferSize, LONG buffers = 1)
         : CBaseFilter(u"Source", GUID_NULL), pin_(*this, std::move(type), bufferSize, buffers)
-    {
-    }
+    {}
 
     int GetPinCount() override { return 1; }
     CBasePin* GetPin(int n) override { return n == 0 ? &pin_ : nullptr; }
@@ -78,8 +77,7 @@ private:
     public:
         Pin(CBaseFilter& filter, CMediaType type, LONG bufferSize, LONG buffers)
             : CBaseOutputPin(filter, u"Output"), type_(std::move(type)), bufferSize_(bufferSize), buffers_(buffers)
-        {
-        }
+        {}
         HRESULT CheckMediaType(const CMediaType* pmt) override { return *pmt == type_ ? S_OK : S_FALSE; }
         HRESULT GetMediaType(int iPosition, CMediaType* pMediaType) override
         {
@@ -111,8 +109,7 @@ public:
     /// A sink that takes every type `accept` answers S_OK for (by default, any).
     explicit SinkFilter(Acceptor accept = [](const CMediaType&) { return S_OK; })
         : CBaseFilter(u"Sink", GUID_NULL), pin_(*this, std::move(accept))
-    {
-    }
+    {}
 
     int GetPinCount() override { return 1; }
     CBasePin* GetPin(int n) override { return n == 0 ? &pin_ : nullptr; }
@@ -125,7 +122,9 @@ public:
 private:
     class Pin final : public CBaseInputPin {
     public:
-        Pin(SinkFilter& filter, Acceptor accept) : CBaseInputPin(filter, u"Input"), sink_(filter), accept_(std::move(accept)) {}
+        Pin(SinkFilter& filter, Acceptor accept)
+            : CBaseInputPin(filter, u"Input"), sink_(filter), accept_(std::move(accept))
+        {}
         HRESULT CheckMediaType(const CMediaType* pmt) override { return accept_(*pmt); }
         HRESULT GetAllocator(IMemAllocator** ppAllocator) override
         {

@@ -15,8 +15,8 @@ TEST(WideText, RoundTripsEveryPlane)
 TEST(WideText, IllFormedInputBecomesReplacementCharacters)
 {
     EXPECT_EQ(fromUtf8("a\xC3"), u"a\uFFFD");
-    EXPECT_EQ(fromUtf8("\xC0\xAF"), u"\uFFFD");          // overlong '/'
-    EXPECT_EQ(fromUtf8("\xED\xA0\x80"), u"\uFFFD");      // encoded surrogate
+    EXPECT_EQ(fromUtf8("\xC0\xAF"), u"\uFFFD");      // overlong '/'
+    EXPECT_EQ(fromUtf8("\xED\xA0\x80"), u"\uFFFD");  // encoded surrogate
     EXPECT_EQ(toUtf8(std::u16string(1, char16_t(0xD800))), "\xEF\xBF\xBD");
 }
 

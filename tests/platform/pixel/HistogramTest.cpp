@@ -24,12 +24,9 @@ std::vector<uint8_t> scrambled(size_t length)
 std::vector<HistogramKernel> kernelsOfThisProcessor()
 {
     switch (histogramKernel()) {
-    case HistogramKernel::avx512:
-        return {HistogramKernel::scalar, HistogramKernel::avx2, HistogramKernel::avx512};
-    case HistogramKernel::avx2:
-        return {HistogramKernel::scalar, HistogramKernel::avx2};
-    case HistogramKernel::scalar:
-        break;
+    case HistogramKernel::avx512: return {HistogramKernel::scalar, HistogramKernel::avx2, HistogramKernel::avx512};
+    case HistogramKernel::avx2: return {HistogramKernel::scalar, HistogramKernel::avx2};
+    case HistogramKernel::scalar: break;
     }
     return {HistogramKernel::scalar};
 }
@@ -53,7 +50,8 @@ TEST(Histogram, EveryKernelCountsAsTheScalarOneAtEveryLength)
             const auto reference = countSixteenBins(bytes, HistogramKernel::scalar);
             EXPECT_EQ(std::accumulate(reference.begin(), reference.end(), 0), int32_t(length));
             for (const auto kernel : kernelsOfThisProcessor())
-                EXPECT_EQ(countSixteenBins(bytes, kernel), reference) << "length " << length << " kernel " << int(kernel);
+                EXPECT_EQ(countSixteenBins(bytes, kernel), reference)
+                    << "length " << length << " kernel " << int(kernel);
         }
     }
 }

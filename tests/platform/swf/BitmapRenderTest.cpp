@@ -68,8 +68,10 @@ TEST(BitmapRender, JpegPicturesWithAndWithoutTheirOwnTables)
     const std::vector<uint32_t> orange(64, 0xFFE08020);
     for (const bool tables : {false, true}) {
         SwfWriter writer = stageOf(16, 16);
-        if (tables) writer.defineJpegWithTables(1, 8, 8, orange);
-        else writer.defineJpeg(1, 8, 8, orange);
+        if (tables)
+            writer.defineJpegWithTables(1, 8, 8, orange);
+        else
+            writer.defineJpeg(1, 8, 8, orange);
         const auto frame = drawFill(writer, 1, 16, 16, 2);
         EXPECT_TRUE(near(colorAt(*frame, 8, 8), {0xE0, 0x80, 0x20, 255}, 4)) << (tables ? "DefineBits" : "JPEG2");
     }

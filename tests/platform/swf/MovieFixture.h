@@ -63,11 +63,12 @@ inline Rgba colorAt(const draw2d::Bitmap& bitmap, int x, int y)
 inline ::testing::AssertionResult near(Rgba actual, Rgba expected, int tolerance = 0)
 {
     const auto off = [&](uint8_t a, uint8_t b) { return std::abs(int(a) - int(b)) > tolerance; };
-    if (off(actual.r, expected.r) || off(actual.g, expected.g) || off(actual.b, expected.b) || off(actual.a, expected.a)) {
-        return ::testing::AssertionFailure() << "colour " << int(actual.r) << "," << int(actual.g) << "," << int(actual.b)
-                                             << "," << int(actual.a) << " is not " << int(expected.r) << ","
-                                             << int(expected.g) << "," << int(expected.b) << "," << int(expected.a)
-                                             << " within " << tolerance;
+    if (off(actual.r, expected.r) || off(actual.g, expected.g) || off(actual.b, expected.b) ||
+        off(actual.a, expected.a)) {
+        return ::testing::AssertionFailure()
+               << "colour " << int(actual.r) << "," << int(actual.g) << "," << int(actual.b) << "," << int(actual.a)
+               << " is not " << int(expected.r) << "," << int(expected.g) << "," << int(expected.b) << ","
+               << int(expected.a) << " within " << tolerance;
     }
     return ::testing::AssertionSuccess();
 }

@@ -4,8 +4,8 @@
 // end. Each is refused or drawn in part, never read out of bounds, never endless.
 #include "platform/swf/ByteReader.h"
 #include "platform/swf/Inflate.h"
-#include "tests/platform/swf/MovieFixture.h"
 #include "platform/swf/Tags.h"
+#include "tests/platform/swf/MovieFixture.h"
 #include "tools/swf/SampleMovies.h"
 
 #include <chrono>

@@ -136,7 +136,7 @@ TEST(ShapeRender, EdgesBetweenTwoFillsAreSharedByBoth)
     ShapeBuilder shape;
     shape.fills = {solidFill(kRed), solidFill(kBlue)};
     shape.moveTo(400, 0).fill0(2).fill1(1).lineTo(400, 400);             // shared edge, red on its right
-    shape.fill0(0).fill1(1).lineTo(0, 400).lineTo(0, 0).lineTo(400, 0);   // red half, left
+    shape.fill0(0).fill1(1).lineTo(0, 400).lineTo(0, 0).lineTo(400, 0);  // red half, left
     shape.moveTo(400, 400).fill0(0).fill1(2).lineTo(800, 400).lineTo(800, 0).lineTo(400, 0);
     writer.defineShape(1, shape);
     writer.place(1, 1);

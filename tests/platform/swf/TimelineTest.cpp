@@ -29,8 +29,8 @@ TagList steppingSprite()
 {
     TagList sprite;
     for (int f = 0; f < 3; ++f) {
-        sprite.place(1, f == 0 ? std::optional<uint16_t>(1) : std::nullopt, moveBy(f * 10, 0), std::nullopt, std::nullopt,
-                     std::nullopt, f > 0);
+        sprite.place(1, f == 0 ? std::optional<uint16_t>(1) : std::nullopt, moveBy(f * 10, 0), std::nullopt,
+                     std::nullopt, std::nullopt, f > 0);
         sprite.showFrame();
     }
     return sprite;
@@ -41,8 +41,8 @@ TEST(Timeline, SpriteAdvancesAFramePerParentFrameAndLoops)
     SwfWriter writer = stageOf(40, 10);
     writer.defineShape(1, rectangleShape(0, 0, 10, 10, kRed));
     writer.defineSprite(2, steppingSprite());
-    writer.showFrame();                // frame 0: nothing yet
-    writer.place(1, 2);                // placed on frame 1
+    writer.showFrame();  // frame 0: nothing yet
+    writer.place(1, 2);  // placed on frame 1
     for (int f = 1; f < 8; ++f) writer.showFrame();
     const auto movie = loadMovie(writer.finish());
     ASSERT_EQ(movie->frameCount(), 8u);
@@ -122,9 +122,11 @@ protected:
     {
         path_ = std::filesystem::temp_directory_path() / ("qx-swf-ffmpeg-" + std::to_string(::getpid()) + ".swf");
         // Five grey frames, 50 levels lighter each frame, as ffmpeg's SWF writer stores video.
-        const std::string command = "ffmpeg -nostdin -loglevel error -y -f lavfi -i "
-                                    "\"color=c=black:s=64x48:r=10,format=rgb24,geq=r='N*50':g='N*50':b='N*50'\" "
-                                    "-frames:v 5 -c:v mjpeg -q:v 2 -f swf '" + path_.string() + "'";
+        const std::string command =
+            "ffmpeg -nostdin -loglevel error -y -f lavfi -i "
+            "\"color=c=black:s=64x48:r=10,format=rgb24,geq=r='N*50':g='N*50':b='N*50'\" "
+            "-frames:v 5 -c:v mjpeg -q:v 2 -f swf '" +
+            path_.string() + "'";
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
     }
     void TearDown() override { std::filesystem::remove(path_); }

@@ -1,8 +1,8 @@
 // The movie reader over files made by ffmpeg: frames in order, the frame shown at any
 // time (forwards, backwards, far ahead across key frames, before the start and after the
 // end), still pictures, and the component form found by class identifier.
-#include "platform/com/ClassRegistry.h"
 #include "platform/video/MovieReader.h"
+#include "platform/com/ClassRegistry.h"
 #include "platform/video/MovieReaderComponent.h"
 
 #include <gtest/gtest.h>
@@ -27,10 +27,12 @@ protected:
         fs::create_directories(dir_);
         // 20 frames at 10 per second, frame n with red n * 10 + 5: lossless, and with a key
         // frame only every 4 frames.
-        const std::string source = "-f lavfi -i \"color=c=black:s=32x16:r=10,format=rgb24,geq=r='N*10+5':g=40:b=90\" -frames:v 20 ";
+        const std::string source =
+            "-f lavfi -i \"color=c=black:s=32x16:r=10,format=rgb24,geq=r='N*10+5':g=40:b=90\" -frames:v 20 ";
         run("ffmpeg -nostdin -loglevel error -y " + source + "-c:v ffv1 -pix_fmt bgr0 '" + file("clip.mkv") + "'");
         run("ffmpeg -nostdin -loglevel error -y " + source + "-c:v mpeg4 -g 4 -q:v 1 '" + file("gop.mp4") + "'");
-        run("ffmpeg -nostdin -loglevel error -y -f lavfi -i \"color=c=0x336699:s=8x6,format=rgb24\" -frames:v 1 '" + file("still.png") + "'");
+        run("ffmpeg -nostdin -loglevel error -y -f lavfi -i \"color=c=0x336699:s=8x6,format=rgb24\" -frames:v 1 '" +
+            file("still.png") + "'");
     }
     static void TearDownTestSuite() { fs::remove_all(dir_); }
 
@@ -100,8 +102,9 @@ TEST_F(MovieFiles, FilesThatAreNoVideoSayWhy)
 TEST_F(MovieFiles, ComponentIsFoundOnlyOnceRegistered)
 {
     IUnknown* object = nullptr;
-    EXPECT_EQ(CoCreateInstance(CLSID_MovieReader, nullptr, CLSCTX_ALL, IUnknown::iid, reinterpret_cast<void**>(&object)),
-              REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(
+        CoCreateInstance(CLSID_MovieReader, nullptr, CLSCTX_ALL, IUnknown::iid, reinterpret_cast<void**>(&object)),
+        REGDB_E_CLASSNOTREG);
     ASSERT_EQ(RegisterMovieReader(), S_OK);
     com::ComPtr<IFileSourceFilter> source;
     ASSERT_EQ(CoCreateInstance(CLSID_MovieReader, nullptr, CLSCTX_ALL, IFileSourceFilter::iid,

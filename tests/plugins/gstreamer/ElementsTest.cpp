@@ -131,7 +131,7 @@ TEST_F(Elements, CropKeepsTheFirstInputSizeForSidesLeftAtZero)
     const auto out = pushAndPull(h.get(), numberedBgrx(6, 2), 40 * GST_MSECOND);
     EXPECT_EQ(outputSize(h.get()), std::pair(4, 4));
     ASSERT_EQ(out.size(), 4u * 4u * 4u);
-    EXPECT_EQ(sampleAt(out, 4, 0, 1), 0xFF000000u | 2u);  // column 1 of the 6
+    EXPECT_EQ(sampleAt(out, 4, 0, 1), 0xFF000000u | 2u);   // column 1 of the 6
     EXPECT_EQ(sampleAt(out, 4, 3, 2), 0xFF000000u | 11u);  // column 4 of the second row
     EXPECT_EQ(sampleAt(out, 4, 0, 0), 0u);
 }
@@ -182,7 +182,8 @@ std::vector<uint8_t> yv12Frame(int width, int height, uint8_t luma)
     gst_video_info_set_format(&info, GST_VIDEO_FORMAT_YV12, guint(width), guint(height));
     std::vector<uint8_t> bytes(GST_VIDEO_INFO_SIZE(&info), 128);
     for (int y = 0; y < height; ++y)
-        std::memset(bytes.data() + GST_VIDEO_INFO_PLANE_OFFSET(&info, 0) + size_t(y) * size_t(GST_VIDEO_INFO_PLANE_STRIDE(&info, 0)),
+        std::memset(bytes.data() + GST_VIDEO_INFO_PLANE_OFFSET(&info, 0) +
+                        size_t(y) * size_t(GST_VIDEO_INFO_PLANE_STRIDE(&info, 0)),
                     luma, size_t(width));
     return bytes;
 }
@@ -280,7 +281,7 @@ TEST_F(Elements, SceneCutPostsEachCutAndTheListAtTheEnd)
     // later, as the detector reports them.
     using Cut = std::tuple<guint64, guint64, guint64>;
     EXPECT_EQ(messages.cuts, (std::vector<Cut>{{1180 * GST_MSECOND, 1080 * GST_MSECOND, 2},
-                                                {1260 * GST_MSECOND, 1160 * GST_MSECOND, 4}}));
+                                               {1260 * GST_MSECOND, 1160 * GST_MSECOND, 4}}));
     ASSERT_TRUE(messages.listed);
     EXPECT_EQ(messages.listedTimes, (std::vector<guint64>{1180 * GST_MSECOND, 1260 * GST_MSECOND}));
     EXPECT_EQ(messages.listedFrames, (std::vector<guint64>{2, 4}));

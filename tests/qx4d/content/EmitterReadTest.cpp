@@ -181,23 +181,27 @@ TEST(EmitterReadTest, CurvesTakeTheirRepeatsFromTheCellCurvesSetting)
     EXPECT_EQ(At(still->sizeScaleX, 2.0f), 3.0f) << "held after the last key";
     // With repeats of the cell curve every curve repeats, squeezed by its own count.
     const auto d = Read(R"(<UE2SpriteEmitter><Texture SubdivisionScaleRepeats="1"/>
-        <Color ColorScaleRepeats="1"><ColorScaleR>)" + curve + R"(</ColorScaleR></Color></UE2SpriteEmitter>)");
+        <Color ColorScaleRepeats="1"><ColorScaleR>)" +
+                        curve + R"(</ColorScaleR></Color></UE2SpriteEmitter>)");
     EXPECT_EQ(d->colorScale[0].GetPostBehavior(), Envelope::BehaviorRepeat);
     EXPECT_EQ(d->colorScale[0].LastKey().time, 0.5f);
 }
 
 TEST(EmitterReadTest, DomainsAndCollisionPlanes)
 {
-    const auto box = ReadElement("Location", "", R"x(<PointDomain Center="1 1 1"/><BoxDomain Min="(0,1,2)" Max="1, 3, 2"/>)x");
+    const auto box =
+        ReadElement("Location", "", R"x(<PointDomain Center="1 1 1"/><BoxDomain Min="(0,1,2)" Max="1, 3, 2"/>)x");
     const auto* domain = dynamic_cast<const BoxDomain*>(box->domain.get());
     ASSERT_NE(domain, nullptr) << "the last domain stands";
     EXPECT_EQ(domain->size, (Float3{1, 2, 0}));
-    const auto sphere = ReadElement("Location", "", R"(<SphereDomain Center="0 0 0" InnerRadius="2" OuterRadius="2"/>)");
+    const auto sphere =
+        ReadElement("Location", "", R"(<SphereDomain Center="0 0 0" InnerRadius="2" OuterRadius="2"/>)");
     EXPECT_TRUE(dynamic_cast<const SphereDomain&>(*sphere->domain).isShell);
     Float3 onShell;
     sphere->domain->Generate(onShell);
     EXPECT_NEAR(std::hypot(onShell[0], onShell[1], onShell[2]), 2.0, 1e-5);
-    EXPECT_TRUE(dynamic_cast<const PointDomain*>(ReadElement("Location", "", R"(<boxdomain Max="1 1 1"/>)")->domain.get()))
+    EXPECT_TRUE(
+        dynamic_cast<const PointDomain*>(ReadElement("Location", "", R"(<boxdomain Max="1 1 1"/>)")->domain.get()))
         << "domain names match exactly";
     // Four values in attribute order, whatever their names; missing ones keep 0, 1, 0, 0.
     const auto planes = ReadElement("Collision", "", R"(<Floor a="0" b="0" c="1" d="-2"/><Wall nx="1"/>)");
@@ -211,13 +215,14 @@ TEST(EmitterReadTest, DomainsAndCollisionPlanes)
 TEST(EmitterReadTest, CountsThatWouldExhaustMemoryAreBounded)
 {
     std::string planes;
-    for (int i = 0; i < 100; ++i)
-        planes += "<P/>";
+    for (int i = 0; i < 100; ++i) planes += "<P/>";
     const auto d = Read(R"(<UE2SpriteEmitter><General MaxParticles="2000000000"/>
         <Texture USubdivisions="100000" VSubdivisions="100000" SubdivisionStart="-2147483648" SubdivisionEnd="2147483647"/>
-        <Collision>)" + planes + R"(</Collision></UE2SpriteEmitter>)");
+        <Collision>)" + planes +
+                        R"(</Collision></UE2SpriteEmitter>)");
     EXPECT_EQ(d->maxParticles, UE2SpriteEmitter::kMaxParticlesCap);
-    EXPECT_EQ(d->SubdivisionCount(), size_t(UE2SpriteEmitter::kMaxSubdivisionsPerAxis * UE2SpriteEmitter::kMaxSubdivisionsPerAxis));
+    EXPECT_EQ(d->SubdivisionCount(),
+              size_t(UE2SpriteEmitter::kMaxSubdivisionsPerAxis * UE2SpriteEmitter::kMaxSubdivisionsPerAxis));
     EXPECT_LE(d->subdivisionScale.KeyCount(), d->SubdivisionCount());
     EXPECT_EQ(d->collisionPlanes.size(), UE2SpriteEmitter::kMaxCollisionPlanes);
     EXPECT_EQ(ReadElement("General", R"(MaxParticles="-5")")->maxParticles, 0);

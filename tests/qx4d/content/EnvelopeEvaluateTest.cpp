@@ -132,12 +132,12 @@ TEST_P(EnvelopeBehavior, BeforeAndAfterTheKeys)
 {
     static const std::vector<float> times = {-2.5f, 0.0f, 1.0f, 4.0f, 5.5f, 7.25f, 9.0f};
     static const std::vector<std::vector<float>> expected = {
-        {0, 0, 0, 0, 0, 0, 0},                                          // reset, 0 at the end keys too
-        {2, 2, 2, 4, 4, 4, 4},                                          // constant
-        {5.25833321f, 6, 2, 2, 5, 2.5f, 6},                             // repeat
-        {5.25833321f, 4, 2, 4, 5, 2.5f, 6},                             // oscillate
-        {1.25833333f, 4, 2, 4, 7, 6.5f, 10},                            // offset repeat
-        {-5, 0, 2, 4, 1.9000001f, -0.549999952f, -3},                   // linear
+        {0, 0, 0, 0, 0, 0, 0},                         // reset, 0 at the end keys too
+        {2, 2, 2, 4, 4, 4, 4},                         // constant
+        {5.25833321f, 6, 2, 2, 5, 2.5f, 6},            // repeat
+        {5.25833321f, 4, 2, 4, 5, 2.5f, 6},            // oscillate
+        {1.25833333f, 4, 2, 4, 7, 6.5f, 10},           // offset repeat
+        {-5, 0, 2, 4, 1.9000001f, -0.549999952f, -3},  // linear
     };
     Envelope envelope;
     AddKeys(envelope, {{2, 1, kTCB, {}}, {6, 3, kLinear, {}}, {4, 4, kTCB, {0.3f, 0, 0}}});
@@ -172,8 +172,8 @@ TEST(EnvelopeBehaviorEdges, UnknownCodesFallThroughToTheEndSegment)
     AddKeys(envelope, {{0, 0, kLinear, {}}, {10, 1, kLinear, {}}});
     envelope.SetPreBehavior(9);
     envelope.SetPostBehavior(-3);
-    EXPECT_FLOAT_EQ(At(envelope, 5.0f), 10.0f);   // the time is clamped to the last key
-    EXPECT_FLOAT_EQ(At(envelope, -1.0f), -10.0f); // the first segment, extended
+    EXPECT_FLOAT_EQ(At(envelope, 5.0f), 10.0f);    // the time is clamped to the last key
+    EXPECT_FLOAT_EQ(At(envelope, -1.0f), -10.0f);  // the first segment, extended
 }
 
 TEST(EnvelopeKeys, FewerThanTwoKeysIgnoreTheBehaviours)
@@ -265,8 +265,10 @@ TEST(HarmonicOscillatorWave, ModifiersAddToTheCurve)
     Envelope envelope;
     AddKeys(envelope, {{0, 0, kLinear, {}}, {4, 2, kLinear, {}}});
     // Added last, evaluated first.
-    envelope.AddModifier(std::make_unique<HarmonicOscillator>(std::array<float, 7>{2.0f, 1.5f, 0.0f, -0.5f, 0.0f, 0.0f, 4.0f}));
-    envelope.AddModifier(std::make_unique<HarmonicOscillator>(std::array<float, 7>{0.5f, 2.0f, 0.25f, 0.5f, 1.0f, 1.0f, 9.0f}));
+    envelope.AddModifier(
+        std::make_unique<HarmonicOscillator>(std::array<float, 7>{2.0f, 1.5f, 0.0f, -0.5f, 0.0f, 0.0f, 4.0f}));
+    envelope.AddModifier(
+        std::make_unique<HarmonicOscillator>(std::array<float, 7>{0.5f, 2.0f, 0.25f, 0.5f, 1.0f, 1.0f, 9.0f}));
     ExpectCurve(envelope, {0.5f, 1.5f, 3.0f}, {1.00000048f, 5.62951612f, 5.24750471f});
 }
 

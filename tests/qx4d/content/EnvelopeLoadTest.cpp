@@ -194,7 +194,7 @@ TEST(EnvelopeChunkLoader, AllSubChunks)
 TEST(EnvelopeChunkLoader, CutShortKeysReadZeros)
 {
     ChunkBytes data;
-    data.Open("KEY ").F32(6).F32(2).Close();  // no shape, no parameters
+    data.Open("KEY ").F32(6).F32(2).Close();      // no shape, no parameters
     data.Open("KEY ").F32(7).Raw("\x00\x00", 2);  // the body ends inside the time
     data.Close();
     Chunk chunk(0, data.bytes.data(), data.bytes.size());
@@ -229,8 +229,8 @@ struct Repeating {
 TEST(EnvelopeElementLoader, KeysFromChildAttributes)
 {
     auto curve = Element(u"Size", {{u"preBEHAVIOR", u"0"}});
-    curve->children.push_back(Element(u"Key", {{u"Time", u"0.5"}, {u"Value", u"2"}, {u"Shape", u"Bezier"},
-                                              {u"Params", u"1, 2,3 ,, 4  5,6"}}));
+    curve->children.push_back(Element(
+        u"Key", {{u"Time", u"0.5"}, {u"Value", u"2"}, {u"Shape", u"Bezier"}, {u"Params", u"1, 2,3 ,, 4  5,6"}}));
     curve->children.push_back(Element(u"Key", {{u"TIME", u"1.5"}, {u"value", u"4"}, {u"Shape", u"Linear"}}));
     curve->children.push_back(Element(u"Key", {{u"Time", u"2"}, {u"Shape", u"linear"}, {u"Params", u"9 9"}}));
     // Attributes before the key's "Time" have no key to go to.

@@ -86,11 +86,12 @@ TEST_F(MaterialReadTest, SurfaceAttributes)
 // Every word of the blend and cull tables, each on its own.
 TEST_F(MaterialReadTest, BlendAndCullWords)
 {
-    const char* const blends[] = {"Zero",      "One",          "SrcColor",  "InvSrcColor", "SrcAlpha",
-                                  "InvSrcAlpha", "DestAlpha", "InvDestAlpha", "DestColor", "InvDestColor"};
+    const char* const blends[] = {"Zero",        "One",       "SrcColor",     "InvSrcColor", "SrcAlpha",
+                                  "InvSrcAlpha", "DestAlpha", "InvDestAlpha", "DestColor",   "InvDestColor"};
     for (int code = 1; code <= 10; ++code) {
         Material material;
-        LoadXml(material, std::string("<Surface SrcBlend=\"") + blends[code - 1] + "\" DestBlend=\"" + blends[code - 1] + "\"/>");
+        LoadXml(material,
+                std::string("<Surface SrcBlend=\"") + blends[code - 1] + "\" DestBlend=\"" + blends[code - 1] + "\"/>");
         EXPECT_EQ(material.srcBlend, code) << blends[code - 1];
         EXPECT_EQ(material.destBlend, code) << blends[code - 1];
     }
@@ -140,7 +141,9 @@ TEST_F(MaterialReadTest, OnlyTheFirstSurfaceCounts)
 TEST_F(MaterialReadTest, FileThatStopsEarly)
 {
     Material material;
-    LoadXml(material, R"(<Material><Surface Name="cut" CullMode="Front"><Texture SemanticName="Alpha"/></Surface><Extra><Deeper>)");
+    LoadXml(
+        material,
+        R"(<Material><Surface Name="cut" CullMode="Front"><Texture SemanticName="Alpha"/></Surface><Extra><Deeper>)");
     EXPECT_EQ(material.name, u"cut");
     EXPECT_EQ(material.cullMode, 2);
     EXPECT_EQ(material.textures.size(), 1u);
@@ -181,8 +184,7 @@ TEST_F(MaterialReadTest, TexturesInDocumentOrder)
     EXPECT_EQ(first.startComponent, 1);
     EXPECT_EQ(first.componentCount, 3);
     const uint8_t semantics[] = {10, 4, 6, 7, 8, 0};
-    for (size_t i = 0; i < 6; ++i)
-        EXPECT_EQ(material.textures[i + 1].semanticName, semantics[i]) << i;
+    for (size_t i = 0; i < 6; ++i) EXPECT_EQ(material.textures[i + 1].semanticName, semantics[i]) << i;
     EXPECT_EQ(material.textures[6].samplerSlot, 5);
     EXPECT_EQ(material.ColorTextureLayer1Opacity, 1.0f);  // Opacity is dropped
 }
@@ -244,8 +246,7 @@ TEST(StandardMaterialsTest, SixMaterialsOfThePack)
         ASSERT_TRUE(material.Load(entry.file));
         EXPECT_FALSE(material.name.empty());
         std::vector<uint8_t> semantics;
-        for (const MaterialTexture& texture : material.textures)
-            semantics.push_back(texture.semanticName);
+        for (const MaterialTexture& texture : material.textures) semantics.push_back(texture.semanticName);
         EXPECT_EQ(semantics, entry.semantics);
         EXPECT_EQ(material.srcBlend, 5);
         EXPECT_EQ(material.destBlend, 6);

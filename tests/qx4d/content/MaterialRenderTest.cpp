@@ -40,9 +40,9 @@ void AddTriangle(std::vector<Vertex>& out, const Vertex& a, Vertex b, Vertex c)
 {
     const double e1[3] = {b.x - a.x, b.y - a.y, b.z - a.z};
     const double e2[3] = {c.x - a.x, c.y - a.y, c.z - a.z};
-    const double cross[3] = {e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2], e1[0] * e2[1] - e1[1] * e2[0]};
-    if (cross[0] * a.nx + cross[1] * a.ny + cross[2] * a.nz < 0)
-        std::swap(b, c);
+    const double cross[3] = {e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2],
+                             e1[0] * e2[1] - e1[1] * e2[0]};
+    if (cross[0] * a.nx + cross[1] * a.ny + cross[2] * a.nz < 0) std::swap(b, c);
     out.insert(out.end(), {a, b, c});
 }
 
@@ -60,10 +60,8 @@ std::vector<Vertex> UnitSphere()
         for (int segment = 0; segment < kSegments; ++segment) {
             const Vertex a = at(ring, segment), b = at(ring + 1, segment), c = at(ring + 1, segment + 1),
                          d = at(ring, segment + 1);
-            if (ring + 1 < kRings)
-                AddTriangle(triangles, a, b, c);
-            if (ring > 0)
-                AddTriangle(triangles, a, c, d);
+            if (ring + 1 < kRings) AddTriangle(triangles, a, b, c);
+            if (ring > 0) AddTriangle(triangles, a, c, d);
         }
     }
     return triangles;
@@ -111,7 +109,8 @@ protected:
         Device().SetVertexDeclaration(declaration);
         material.Apply(0, scene);
         SetShaderConstants(material, scene, camera, model);
-        Device().DrawPrimitiveUP(gpu::D3DPT_TRIANGLELIST, unsigned(vertices.size() / 3), vertices.data(), sizeof(Vertex));
+        Device().DrawPrimitiveUP(gpu::D3DPT_TRIANGLELIST, unsigned(vertices.size() / 3), vertices.data(),
+                                 sizeof(Vertex));
     }
     /// The pixels after the frame, 0xAARRGGBB.
     std::vector<uint32_t> Finish()
@@ -128,7 +127,8 @@ protected:
     static uint32_t At(const std::vector<uint32_t>& pixels, float x, float y)
     {
         const long column = std::lround((x / 1.2f + 1) * kSize / 2), row = std::lround((1 - y / 1.2f) * kSize / 2);
-        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize + size_t(std::clamp(column, 0L, long(kSize - 1)))];
+        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize +
+                      size_t(std::clamp(column, 0L, long(kSize - 1)))];
     }
     static int Green(uint32_t pixel) { return int((pixel >> 8) & 0xFF); }
     static int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
@@ -220,8 +220,8 @@ TEST_F(MaterialRenderTest, PointLightFallsOffWithDistance)
     const std::vector<uint32_t> pixels = Finish();
     const int centre = Green(At(pixels, 0, 0)), half = Green(At(pixels, 0.5f, 0)), far = Green(At(pixels, 0.9f, 0));
     EXPECT_NEAR(centre, 253, 6);
-    EXPECT_NEAR(half, 90, 8);   // d = 0.707: 0.5 * 0.707
-    EXPECT_NEAR(far, 29, 6);    // d = 1.030: 0.236 * 0.486
+    EXPECT_NEAR(half, 90, 8);  // d = 0.707: 0.5 * 0.707
+    EXPECT_NEAR(far, 29, 6);   // d = 1.030: 0.236 * 0.486
     EXPECT_GT(centre, half);
     EXPECT_GT(half, far);
 }

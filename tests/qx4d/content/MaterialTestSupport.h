@@ -37,11 +37,12 @@ inline std::vector<gpu::D3DVERTEXELEMENT9> Declaration(const std::vector<std::pa
     uint16_t offset = 0;
     for (const auto& [usage, index] : usages) {
         gpu::D3DVERTEXELEMENT9 record{0, offset, gpu::D3DDECLTYPE_FLOAT3, 0, qx::BYTE(usage), qx::BYTE(index)};
-        if (usage == gpu::D3DDECLUSAGE_TEXCOORD)
-            record.Type = gpu::D3DDECLTYPE_FLOAT2;
+        if (usage == gpu::D3DDECLUSAGE_TEXCOORD) record.Type = gpu::D3DDECLTYPE_FLOAT2;
         if (usage == gpu::D3DDECLUSAGE_BLENDWEIGHT || usage == gpu::D3DDECLUSAGE_BLENDINDICES)
             record.Type = gpu::D3DDECLTYPE_FLOAT4;
-        offset = uint16_t(offset + (record.Type == gpu::D3DDECLTYPE_FLOAT2 ? 8 : record.Type == gpu::D3DDECLTYPE_FLOAT4 ? 16 : 12));
+        offset = uint16_t(offset + (record.Type == gpu::D3DDECLTYPE_FLOAT2   ? 8
+                                    : record.Type == gpu::D3DDECLTYPE_FLOAT4 ? 16
+                                                                             : 12));
         records.push_back(record);
     }
     records.push_back(gpu::D3DDECL_END);
@@ -73,16 +74,14 @@ inline std::string Section(const std::string& text, std::string_view first, std:
     size_t start = 0;
     while (start < text.size()) {
         size_t end = text.find('\n', start);
-        if (end == std::string::npos)
-            end = text.size();
+        if (end == std::string::npos) end = text.size();
         const std::string_view line(text.data() + start, end - start);
         const std::string_view bare = line.substr(std::min(line.find_first_not_of('\t'), line.size()));
         const bool started = !out.empty();
         if (started || bare == first) {
             out.append(line);
             out.push_back('\n');
-            if (started && bare == last)
-                return out;
+            if (started && bare == last) return out;
         }
         start = end + 1;
     }

@@ -1,8 +1,8 @@
 // The MDD player on data written by the project's writer: where the timeline stands at a
 // time, how two stored frames blend, flat and smooth normals worked out by hand, and data
 // that promises more than it holds.
-#include "qx4d/content/Chunk.h"
 #include "qx4d/content/MddPlayer.h"
+#include "qx4d/content/Chunk.h"
 #include "tools/objectfile/ObjectModel.h"
 
 #include <gtest/gtest.h>
@@ -21,8 +21,7 @@ MddModel MovingTriangle()
     MddModel mdd;
     mdd.framesPerSecond = 10.0f;
     mdd.vertexCount = 3;
-    for (float dx : {0.0f, 1.0f, 2.0f})
-        mdd.frames.push_back({{dx, 0, 0}, {dx + 1, 0, 0}, {dx, 1, 0}});
+    for (float dx : {0.0f, 1.0f, 2.0f}) mdd.frames.push_back({{dx, 0, 0}, {dx + 1, 0, 0}, {dx, 1, 0}});
     mdd.timeline = {0, 1, 2};
     mdd.triangles = {0, 1, 2};
     mdd.uvSetCount = 1;

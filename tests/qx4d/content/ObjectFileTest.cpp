@@ -20,8 +20,7 @@ class ObjectFileTest : public ObjectTest {
 protected:
     void SetUp() override
     {
-        if (!StartWithObjects(16))
-            GTEST_SKIP() << "no EGL device";
+        if (!StartWithObjects(16)) GTEST_SKIP() << "no EGL device";
     }
     /// Writes `model` and loads it.
     Object& Load(const ObjectModel& model)
@@ -83,8 +82,7 @@ TEST_F(ObjectFileTest, EmptyListsUnknownItemsAndMissingFiles)
     ChunkWriter file;
     file.Open("FORM").Open("OBJ ").U32(2);
     file.Open("WHAT").Text("odd").U32(0xFFFFFFFF).F32(7).F32(8).F32(9);
-    for (int i = 0; i < 6; ++i)
-        file.F32(1);
+    for (int i = 0; i < 6; ++i) file.F32(1);
     file.Close();
     file.Open("NULL").Text("after").U32(0).F32(0).F32(0).F32(0).F32(0).F32(0).F32(0).F32(1).F32(1).F32(1).Close();
     file.Close().Close();

@@ -56,8 +56,7 @@ protected:
     /// Starts the engine with "OBJECTS:" in a temporary folder; false without EGL.
     bool StartWithObjects(unsigned size)
     {
-        if (!StartEngine(size))
-            return false;
+        if (!StartEngine(size)) return false;
         EXPECT_TRUE(files.Mount(u"OBJECTS", folder.Wide()));
         return true;
     }

@@ -25,8 +25,7 @@ class ObjectRenderTest : public ObjectTest {
 protected:
     void SetUp() override
     {
-        if (!StartWithObjects(kSize))
-            GTEST_SKIP() << "no EGL device";
+        if (!StartWithObjects(kSize)) GTEST_SKIP() << "no EGL device";
         // One light that adds nothing: the surfaces show their luminous colour alone.
         ShaderLight dark;
         dark.intensity = 0.0f;
@@ -57,8 +56,7 @@ protected:
         object.Update(0.0f, placement);
         for (const Object::ItemRecord& record : object.records) {
             MeshItem* mesh = Object::DrawnMesh(record.item);
-            if (!mesh)
-                continue;
+            if (!mesh) continue;
             const std::vector<Matrix3x4> matrices =
                 mesh->material.bones > 0 ? mesh->bones : std::vector<Matrix3x4>{record.item->matrix};
             mesh->Draw(0, matrices, camera);
@@ -76,8 +74,8 @@ protected:
     static uint32_t At(const std::vector<uint32_t>& pixels, float x, float y)
     {
         const long column = std::lround((x / 1.2f + 1) * kSize / 2), row = std::lround((1 - y / 1.2f) * kSize / 2);
-        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize
-                      + size_t(std::clamp(column, 0L, long(kSize - 1)))];
+        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize +
+                      size_t(std::clamp(column, 0L, long(kSize - 1)))];
     }
 
     ShadingScene lit;
@@ -160,7 +158,8 @@ TEST_F(ObjectRenderTest, MddFramesBlendBetweenTheirPlaces)
     tools::MddModel mdd;
     mdd.vertexCount = 4;
     const auto squareAt = [](float cx) {
-        return std::vector<Float3>{{cx - 0.2f, 0.2f, 0}, {cx + 0.2f, 0.2f, 0}, {cx + 0.2f, -0.2f, 0}, {cx - 0.2f, -0.2f, 0}};
+        return std::vector<Float3>{
+            {cx - 0.2f, 0.2f, 0}, {cx + 0.2f, 0.2f, 0}, {cx + 0.2f, -0.2f, 0}, {cx - 0.2f, -0.2f, 0}};
     };
     mdd.frames = {squareAt(-0.8f), squareAt(0.8f)};
     mdd.framesPerSecond = 1.0f;

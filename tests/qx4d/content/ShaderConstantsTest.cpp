@@ -15,8 +15,7 @@ using Rows = std::vector<std::array<float, 4>>;
 Rows RowsOf(const std::vector<float>& run)
 {
     Rows rows;
-    for (size_t i = 0; i + 3 < run.size(); i += 4)
-        rows.push_back({run[i], run[i + 1], run[i + 2], run[i + 3]});
+    for (size_t i = 0; i + 3 < run.size(); i += 4) rows.push_back({run[i], run[i + 1], run[i + 2], run[i + 3]});
     EXPECT_EQ(run.size() % 4, 0u);
     return rows;
 }
@@ -63,8 +62,7 @@ protected:
         spot.intensity = 1.0f;
         spot.range = 3.0f;
         scene.lights = {distant, point, spot};
-        for (int i = 0; i < 16; ++i)
-            camera.viewProjection[size_t(i)] = float(i + 1);
+        for (int i = 0; i < 16; ++i) camera.viewProjection[size_t(i)] = float(i + 1);
         camera.position = {7, 8, 9};
     }
 
@@ -80,14 +78,26 @@ TEST_F(ShaderConstantsTest, VertexRunInTheGeneratorsOrder)
     const ShaderConstantRuns runs = ComputeShaderConstants(material, scene, camera, model);
     const float cosInner = float(std::cos(0.4)), cosCone = float(std::cos(0.5));
     ExpectRows(RowsOf(runs.vertex), {
-        {1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}, {13, 14, 15, 16},  // g_ViewProj
-        {7, 8, 9, 0},                                                      // g_vEyePos
-        {0.13f, 0.105f, 0.58f, 0.75f},                                     // g_GlobalAmbient
-        {0, 0, 1, 0}, {0.8f, 0.2f, 0.4f, 7}, {1.2f, 0.6f, 0.3f, 20},       // distant with specular
-        {4, 5, 6, cosInner}, {0, -1, 0, cosCone}, {0.2f, 0.1f, 0.4f, 3}, {0.3f, 0.3f, 0.3f, 20},  // spot
-        {0, -4, 0, 10}, {2, 0, 0, 20}, {0, 0, 8, 30},                      // g_Model
-        {0, -0.25f, 0, 0}, {0.5f, 0, 0, 0}, {0, 0, 0.125f, 0},             // g_ModelIT
-    });
+                                        {1, 2, 3, 4},
+                                        {5, 6, 7, 8},
+                                        {9, 10, 11, 12},
+                                        {13, 14, 15, 16},               // g_ViewProj
+                                        {7, 8, 9, 0},                   // g_vEyePos
+                                        {0.13f, 0.105f, 0.58f, 0.75f},  // g_GlobalAmbient
+                                        {0, 0, 1, 0},
+                                        {0.8f, 0.2f, 0.4f, 7},
+                                        {1.2f, 0.6f, 0.3f, 20},  // distant with specular
+                                        {4, 5, 6, cosInner},
+                                        {0, -1, 0, cosCone},
+                                        {0.2f, 0.1f, 0.4f, 3},
+                                        {0.3f, 0.3f, 0.3f, 20},  // spot
+                                        {0, -4, 0, 10},
+                                        {2, 0, 0, 20},
+                                        {0, 0, 8, 30},  // g_Model
+                                        {0, -0.25f, 0, 0},
+                                        {0.5f, 0, 0, 0},
+                                        {0, 0, 0.125f, 0},  // g_ModelIT
+                                    });
 }
 
 TEST_F(ShaderConstantsTest, PixelRunHoldsTheEyeAndThePerPixelLights)

@@ -114,8 +114,12 @@ TEST_F(ShaderWriterTest, MissingIncludeFileFails)
 TEST_F(ShaderWriterTest, InputRecordsInDeclarationOrderUpToTheEndMarker)
 {
     Material material;
-    auto declaration = Declaration({{kPos, 0}, {gpu::D3DDECLUSAGE_COLOR, 1}, {gpu::D3DDECLUSAGE_PSIZE, 0},
-                                    {kBinormal, 2}, {kTangent, 1}, {kTex, 3}});
+    auto declaration = Declaration({{kPos, 0},
+                                    {gpu::D3DDECLUSAGE_COLOR, 1},
+                                    {gpu::D3DDECLUSAGE_PSIZE, 0},
+                                    {kBinormal, 2},
+                                    {kTangent, 1},
+                                    {kTex, 3}});
     // A record after the end marker is not read.
     declaration.push_back({0, 0, gpu::D3DDECLTYPE_FLOAT3, 0, kNormal, 0});
     EXPECT_EQ(Section(Generated(material, declaration), "struct VS_INPUT", "};"), Tabbed(R"(struct VS_INPUT
@@ -163,7 +167,8 @@ SpotLight g_Light3 : register(c17);
 float4x3 g_Model : register(c20);
 float3x3 g_ModelIT : register(c23);
 )");
-    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"), Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
+    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"),
+              Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
 {
     float3 pos = IN.Pos0;
     float3 normal = IN.Normal0;
@@ -181,8 +186,12 @@ float3x3 g_ModelIT : register(c23);
     DoSpotLight(worldNormal, worldPos, g_Light3, OUT.Diffuse, FALL_OFF, false);
 }
 )"));
-    EXPECT_EQ(Section(text, "void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)", "}"),
-              Tabbed(R"(void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)
+    EXPECT_EQ(
+        Section(
+            text,
+            "void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)",
+            "}"),
+        Tabbed(R"(void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)
 {
     diffuseLighting = float3(0.0, 0.0, 0.0);
     specularLighting = float3(0.0, 0.0, 0.0);
@@ -216,7 +225,8 @@ SpotLight g_Light3 : register(c12);
 float4x3 g_Model : register(c8);
 float3x3 g_ModelIT : register(c11);
 )");
-    EXPECT_EQ(Section(text, "float3 worldViewDir = normalize(g_vEyePos - worldPos);", "}"), Tabbed(R"(    float3 worldViewDir = normalize(g_vEyePos - worldPos);
+    EXPECT_EQ(Section(text, "float3 worldViewDir = normalize(g_vEyePos - worldPos);", "}"),
+              Tabbed(R"(    float3 worldViewDir = normalize(g_vEyePos - worldPos);
     OUT.WorldNormal = worldNormal;
     OUT.WorldPos = worldPos;
     OUT.WorldViewDir = worldViewDir;
@@ -229,8 +239,12 @@ float3x3 g_ModelIT : register(c11);
     return normal;
 }
 )"));
-    EXPECT_EQ(Section(text, "void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)", "}"),
-              Tabbed(R"(void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)
+    EXPECT_EQ(
+        Section(
+            text,
+            "void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)",
+            "}"),
+        Tabbed(R"(void GetLighting(VS_OUTPUT IN, out float3 diffuseLighting, out float3 specularLighting, float2 offset)
 {
     diffuseLighting = float3(0.0, 0.0, 0.0);
     specularLighting = float3(0.0, 0.0, 0.0);
@@ -317,7 +331,8 @@ TEST_F(ShaderWriterTest, FogModes)
         EXPECT_EQ(Section(text, "OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);", "}"),
                   Tabbed(std::string(R"(    OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);
     float3 worldViewDir = normalize(g_vEyePos - worldPos);
-    OUT.Fog = DoFog(distance(g_vEyePos, worldPos), g_Fog.x, g_Fog.y, )") + modes[mode - 1] + ");\n}\n"));
+    OUT.Fog = DoFog(distance(g_vEyePos, worldPos), g_Fog.x, g_Fog.y, )") +
+                         modes[mode - 1] + ");\n}\n"));
         EXPECT_EQ(Section(text, "technique t0", "}"), Tabbed(R"(technique t0
 {
     pass p0
@@ -366,7 +381,8 @@ TEST_F(ShaderWriterTest, TechniqueStates)
 pass restore
 )"));
     EXPECT_NE(Generated(material, Declaration({{kPos, 0}}))
-                  .find(Tabbed("pass restore\n{\n    CullMode = CCW;\n    ZEnable = TRUE;\n    ZWriteEnable = TRUE;\n}\n}\n")),
+                  .find(Tabbed(
+                      "pass restore\n{\n    CullMode = CCW;\n    ZEnable = TRUE;\n    ZWriteEnable = TRUE;\n}\n}\n")),
               std::string::npos);
 
     Material blended;
@@ -374,8 +390,9 @@ pass restore
     blended.srcBlend = 2;
     blended.destBlend = 10;
     const std::string text = Generated(blended, Declaration({{kPos, 0}}));
-    EXPECT_NE(text.find("\tCullMode = CW;\n\tAlphaBlendEnable = TRUE;\n\tSrcBlend = ONE;\n\tDestBlend = INVDESTCOLOR;\n"),
-              std::string::npos);
+    EXPECT_NE(
+        text.find("\tCullMode = CW;\n\tAlphaBlendEnable = TRUE;\n\tSrcBlend = ONE;\n\tDestBlend = INVDESTCOLOR;\n"),
+        std::string::npos);
     blended.srcBlend = 11;  // no line for codes beyond 10
     blended.destBlend = 0;
     EXPECT_NE(Generated(blended, Declaration({{kPos, 0}})).find("\tAlphaBlendEnable = TRUE;\n\tVertexShader"),
@@ -388,7 +405,9 @@ TEST_F(ShaderWriterTest, Bones)
     material.flags = 3;
     material.bones = 4;
     const std::string text = Generated(
-        material, Declaration({{kPos, 0}, {kNormal, 0}, {gpu::D3DDECLUSAGE_BLENDWEIGHT, 0}, {gpu::D3DDECLUSAGE_BLENDINDICES, 0}}));
+        material,
+        Declaration(
+            {{kPos, 0}, {kNormal, 0}, {gpu::D3DDECLUSAGE_BLENDWEIGHT, 0}, {gpu::D3DDECLUSAGE_BLENDINDICES, 0}}));
     EXPECT_EQ(Section(text, "struct VS_INPUT", "};"), Tabbed(R"(struct VS_INPUT
 {
     float3 Pos0 : POSITION0;
@@ -399,7 +418,8 @@ TEST_F(ShaderWriterTest, Bones)
 )"));
     EXPECT_EQ(Section(text, "float3 g_GlobalAmbient : register(c6);", ""),
               "float3 g_GlobalAmbient : register(c6);\nfloat4x3 g_Model[4] : register(c7);\n\n");
-    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"), Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
+    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"),
+              Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
 {
     float3 pos = IN.Pos0;
     float3 normal = IN.Normal0;
@@ -443,10 +463,16 @@ TEST_F(ShaderWriterTest, TwoPositionStreamsTweened)
 {
     Material material;
     material.flags = 0x8003;
-    const std::string text = Generated(material, Declaration({{kPos, 0}, {kPos, 1}, {kNormal, 0}, {kNormal, 1},
-                                                              {kTangent, 0}, {kTangent, 1}, {kBinormal, 0},
+    const std::string text = Generated(material, Declaration({{kPos, 0},
+                                                              {kPos, 1},
+                                                              {kNormal, 0},
+                                                              {kNormal, 1},
+                                                              {kTangent, 0},
+                                                              {kTangent, 1},
+                                                              {kBinormal, 0},
                                                               {kBinormal, 1}}));
-    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);"),
+    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)",
+                      "OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);"),
               Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
 {
     float3 pos = lerp(IN.Pos0, IN.Pos1, g_TweenFactor);
@@ -467,8 +493,8 @@ TEST_F(ShaderWriterTest, TwoPositionStreamsAdded)
 {
     Material material;
     material.flags = 3;
-    const std::string text = Generated(material, Declaration({{kPos, 0}, {kNormal, 0}, {kPos, 1}, {kNormal, 1},
-                                                              {kTangent, 0}}));
+    const std::string text =
+        Generated(material, Declaration({{kPos, 0}, {kNormal, 0}, {kPos, 1}, {kNormal, 1}, {kTangent, 0}}));
     // The tangent has no second stream: the chain stops after the normal.
     EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "float4x3 model = g_Model;"),
               Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
@@ -480,7 +506,8 @@ TEST_F(ShaderWriterTest, TwoPositionStreamsAdded)
     // Without a second normal the chain stops after the position.
     const std::string bare = Generated(material, Declaration({{kPos, 0}, {kPos, 1}, {kNormal, 0}}));
     EXPECT_EQ(Section(bare, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "float4x3 model = g_Model;"),
-              Tabbed("void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)\n{\n    float3 pos = IN.Pos0 + IN.Pos1;\n    float4x3 model = g_Model;\n"));
+              Tabbed("void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)\n{\n    float3 pos = IN.Pos0 + IN.Pos1;\n    "
+                     "float4x3 model = g_Model;\n"));
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ sampler g_Sampler0 : register(s0);
 sampler g_Sampler1 : register(s1);
 float4x4 g_ViewProj : register(c2);
 )");
-    EXPECT_EQ(Section(text, "OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);", "}"), Tabbed(R"(    OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);
+    EXPECT_EQ(Section(text, "OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);", "}"),
+              Tabbed(R"(    OUT.Pos = mul(float4(worldPos, 1.0), g_ViewProj);
     float3 worldViewDir = normalize(g_vEyePos - worldPos);
     OUT.TexCoord0 = IN.TexCoord0;
     float3 refl = reflect(worldViewDir, worldNormal);
@@ -37,7 +38,8 @@ float4x4 g_ViewProj : register(c2);
 }
 )"));
     EXPECT_NE(text.find("\tbaseColor = tex2D(g_Sampler0, IN.TexCoord0).xyz;\n"), std::string::npos);
-    EXPECT_EQ(Section(text, "specularLighting = float3(0.0, 0.0, 0.0);", "}"), Tabbed(R"(    specularLighting = float3(0.0, 0.0, 0.0);
+    EXPECT_EQ(Section(text, "specularLighting = float3(0.0, 0.0, 0.0);", "}"),
+              Tabbed(R"(    specularLighting = float3(0.0, 0.0, 0.0);
     diffuseLighting = float3(1.0, 1.0, 1.0);
     diffuseLighting += tex2D(g_Sampler1, IN.TexCoord1).xyz * g_pAlphaReflective.y;
 }
@@ -81,7 +83,8 @@ DistantLightSpec g_Light0 : register(c3);
 float4x3 g_Model : register(c8);
 float3x3 g_ModelIT : register(c11);
 )");
-    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"), Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
+    EXPECT_EQ(Section(text, "void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)", "}"),
+              Tabbed(R"(void vs_main(VS_INPUT IN, out VS_OUTPUT OUT)
 {
     float3 pos = IN.Pos0;
     float3 normal = IN.Normal0;
@@ -115,7 +118,8 @@ float3x3 g_ModelIT : register(c11);
     return normal;
 }
 )"));
-    EXPECT_EQ(Section(text, "float3 viewDir = normalize(IN.WorldViewDir);", "}"), Tabbed(R"(    float3 viewDir = normalize(IN.WorldViewDir);
+    EXPECT_EQ(Section(text, "float3 viewDir = normalize(IN.WorldViewDir);", "}"),
+              Tabbed(R"(    float3 viewDir = normalize(IN.WorldViewDir);
     DoDistantLightSpec(normal, viewDir, g_Light0, diffuseLighting, specularLighting);
     specularLighting *= tex2D(g_Sampler2, IN.TexCoord0).x;
 }
@@ -243,7 +247,8 @@ TEST_F(ShaderWriterTest, LargestSlotsAreWrittenAsTheyStand)
     material.reflective = true;
     material.textures = {Texture(kSemanticBaseColor, 255, 255), Texture(kSemanticBaseColor, 255, 0)};
     const std::string text = Generated(material, Declaration({{kPos, 0}, {kNormal, 0}, {kTex, 255}}));
-    EXPECT_NE(text.find("\tfloat2 TexCoord255 : TEXCOORD255;\n\tfloat2 TexCoord256 : TEXCOORD256;\n"), std::string::npos);
+    EXPECT_NE(text.find("\tfloat2 TexCoord255 : TEXCOORD255;\n\tfloat2 TexCoord256 : TEXCOORD256;\n"),
+              std::string::npos);
     EXPECT_NE(text.find("float4 g_psFogColor : register(c1);\nsampler g_Sampler255 : register(s255);\nfloat4x4"),
               std::string::npos);
 }

@@ -127,10 +127,7 @@ TEST_F(FileManagerFolders, MountFailsWithoutFolderOrArchive)
     EXPECT_EQ(load(u"Z:title.txt"), "<null>");
 }
 
-TEST_F(FileManagerFolders, IsTheEngineWideInstanceWhileItLives)
-{
-    EXPECT_EQ(FileManager::Instance(), &files);
-}
+TEST_F(FileManagerFolders, IsTheEngineWideInstanceWhileItLives) { EXPECT_EQ(FileManager::Instance(), &files); }
 
 TEST(FileManagerSingleton, ClearedWhenDestroyed)
 {

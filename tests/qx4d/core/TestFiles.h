@@ -41,7 +41,8 @@ public:
     TempFolder()
     {
         std::random_device seed;
-        path = std::filesystem::temp_directory_path() / ("qx4d-test-" + std::to_string(seed()) + std::to_string(seed()));
+        path =
+            std::filesystem::temp_directory_path() / ("qx4d-test-" + std::to_string(seed()) + std::to_string(seed()));
         std::filesystem::create_directories(path);
     }
     ~TempFolder()

@@ -42,10 +42,14 @@ TEST(TextReaderDecoding, ThreeEncodings)
     ASSERT_TRUE(load(reader, "caf\xE9 \x80"));  // Windows-1252
     EXPECT_EQ(allTokens(reader), (std::vector<String>{u"café", u"€"}));
 
-    ASSERT_TRUE(load(reader, "\xEF\xBB\xBF" "caf\xC3\xA9 \xE2\x82\xAC"));
+    ASSERT_TRUE(load(reader,
+                     "\xEF\xBB\xBF"
+                     "caf\xC3\xA9 \xE2\x82\xAC"));
     EXPECT_EQ(allTokens(reader), (std::vector<String>{u"café", u"€"}));
 
-    ASSERT_TRUE(load(reader, std::string("\xFF\xFE" "a\0\xE9\0 \0\xAC\x20", 10)));
+    ASSERT_TRUE(load(reader, std::string("\xFF\xFE"
+                                         "a\0\xE9\0 \0\xAC\x20",
+                                         10)));
     EXPECT_EQ(allTokens(reader), (std::vector<String>{u"aé", u"€"}));
 }
 
@@ -79,7 +83,9 @@ TEST(TextReaderDecoding, EmptyTextsAndRefusedBuffers)
 TEST(TextReaderDecoding, OddUtf16SizeLeavesOutTheLoneByte)
 {
     TextReader reader;
-    ASSERT_TRUE(load(reader, std::string("\xFF\xFE" "a\0b\0c", 7)));
+    ASSERT_TRUE(load(reader, std::string("\xFF\xFE"
+                                         "a\0b\0c",
+                                         7)));
     EXPECT_EQ(allTokens(reader), (std::vector<String>{u"ab"}));
 }
 
@@ -256,7 +262,7 @@ TEST(TextReaderValues, ReadValueQuotesAndLineEnds)
     reader.ReadValue(value);
     EXPECT_EQ(value, u"//");  // comment marks mean nothing to a value
     reader.ReadValue(value);
-    EXPECT_EQ(value, u"x");   // the text behind the closing quote is left
+    EXPECT_EQ(value, u"x");  // the text behind the closing quote is left
     reader.ReadValue(value);
     EXPECT_EQ(value, u"y");
     reader.ReadValue(reader);
@@ -269,7 +275,9 @@ TEST(TextReaderOpen, ReadsThroughTheFileManager)
     EXPECT_FALSE(reader.Open(u"SCENES:scene.txt"));  // no file manager yet
 
     test::TempFolder folder;
-    folder.Write("scene.txt", "\xEF\xBB\xBF" "Name \"A b\"");
+    folder.Write("scene.txt",
+                 "\xEF\xBB\xBF"
+                 "Name \"A b\"");
     folder.Write("empty.txt", "");
     FileManager files;
     ASSERT_TRUE(files.Mount(u"SCENES", folder.Wide()));

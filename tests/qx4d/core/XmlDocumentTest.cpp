@@ -12,10 +12,7 @@ namespace {
 
 using test::bytesOf;
 
-bool parse(XmlDocument& document, std::string_view text)
-{
-    return document.Parse(bytesOf(text), int64_t(text.size()));
-}
+bool parse(XmlDocument& document, std::string_view text) { return document.Parse(bytesOf(text), int64_t(text.size())); }
 
 TEST(XmlDocument, BuildsTheElementTreeWithAttributesInFileOrder)
 {

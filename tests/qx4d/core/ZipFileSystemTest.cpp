@@ -14,7 +14,10 @@ namespace {
 
 using test::loadText;
 
-std::u16string archive(const std::string& name) { return qx::os::fromUtf8(std::string(QX_CONTENT_ARCHIVES "/") + name); }
+std::u16string archive(const std::string& name)
+{
+    return qx::os::fromUtf8(std::string(QX_CONTENT_ARCHIVES "/") + name);
+}
 
 std::string repeat(std::string_view text, int count)
 {

@@ -27,8 +27,9 @@ struct Triangle {
     }
     void SetMesh(int positionAccessor, int normalAccessor, int indexAccessor)
     {
-        file.meshes = {R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positionAccessor) + R"(,"NORMAL":)"
-                       + std::to_string(normalAccessor) + R"(},"indices":)" + std::to_string(indexAccessor) + "}]}"};
+        file.meshes = {R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positionAccessor) +
+                       R"(,"NORMAL":)" + std::to_string(normalAccessor) + R"(},"indices":)" +
+                       std::to_string(indexAccessor) + "}]}"};
     }
     GltfFile& Good()
     {
@@ -59,7 +60,8 @@ std::string WriteText(TempFolder& folder, const std::string& name, const std::st
 const BadCase kCases[] = {
     {"missing file", [](TempFolder&) { return std::string("absent.gltf"); }, "absent.gltf: no such file"},
     {"not a model", [](TempFolder& f) { return WriteText(f, "model.fbx", "x"); }, "not a model the importer reads"},
-    {"broken JSON", [](TempFolder& f) { return WriteText(f, "broken.gltf", R"({"asset":{"version":"2.0"},"nodes":[)"); },
+    {"broken JSON",
+     [](TempFolder& f) { return WriteText(f, "broken.gltf", R"({"asset":{"version":"2.0"},"nodes":[)"); },
      "broken.gltf: "},
     {"index out of range",
      [](TempFolder& f) {
@@ -139,10 +141,10 @@ const BadCase kCases[] = {
          const int indexView = t.file.View(&index, 1);
          const float value[3] = {1, 1, 1};
          const int valueView = t.file.View(value, 12);
-         const int sparse = t.file.Accessor(0, GltfFile::kFloat, 3, "VEC3",
-                                            R"(,"sparse":{"count":1,"indices":{"bufferView":)" + std::to_string(indexView)
-                                                + R"(,"componentType":5121},"values":{"bufferView":)"
-                                                + std::to_string(valueView) + "}}");
+         const int sparse = t.file.Accessor(
+             0, GltfFile::kFloat, 3, "VEC3",
+             R"(,"sparse":{"count":1,"indices":{"bufferView":)" + std::to_string(indexView) +
+                 R"(,"componentType":5121},"values":{"bufferView":)" + std::to_string(valueView) + "}}");
          t.SetMesh(sparse, t.normals, t.indices);
          return WriteGlb(f, t.file);
      },
@@ -201,9 +203,9 @@ const BadCase kCases[] = {
          AddSkinnedFigure(file);
          const int times = file.Scalars({0, 1, 2});
          const int values = file.Data(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1}, GltfFile::kFloat, "VEC4");
-         file.animations = {R"({"samplers":[{"input":)" + std::to_string(times) + R"(,"output":)"
-                            + std::to_string(values)
-                            + R"(}],"channels":[{"sampler":0,"target":{"node":2,"path":"rotation"}}]})"};
+         file.animations = {R"({"samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" +
+                            std::to_string(values) +
+                            R"(}],"channels":[{"sampler":0,"target":{"node":2,"path":"rotation"}}]})"};
          return WriteGlb(f, file);
      },
      "8 output values for 3 keys"},
@@ -262,8 +264,7 @@ TEST_P(BadInputTest, IsRefusedWithOneLineAndNothingWritten)
 INSTANTIATE_TEST_SUITE_P(Cases, BadInputTest, ::testing::ValuesIn(kCases), [](const auto& test) {
     std::string name = test.param.name;
     for (char& c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
     return name;
 });
 

@@ -23,14 +23,12 @@ public:
     /// Appends bytes to the buffer, 4-byte aligned, as a new buffer view; its index.
     int View(const void* data, size_t bytes, size_t stride = 0)
     {
-        while (buffer.size() % 4)
-            buffer.push_back(0);
+        while (buffer.size() % 4) buffer.push_back(0);
         const size_t offset = buffer.size();
         buffer.insert(buffer.end(), static_cast<const uint8_t*>(data), static_cast<const uint8_t*>(data) + bytes);
-        std::string view = R"({"buffer":0,"byteOffset":)" + std::to_string(offset) + R"(,"byteLength":)"
-                         + std::to_string(bytes);
-        if (stride)
-            view += R"(,"byteStride":)" + std::to_string(stride);
+        std::string view =
+            R"({"buffer":0,"byteOffset":)" + std::to_string(offset) + R"(,"byteLength":)" + std::to_string(bytes);
+        if (stride) view += R"(,"byteStride":)" + std::to_string(stride);
         bufferViews.push_back(view + "}");
         return int(bufferViews.size() - 1);
     }
@@ -38,12 +36,10 @@ public:
     int Accessor(int view, int componentType, size_t count, const std::string& type, const std::string& extra = "",
                  size_t byteOffset = 0)
     {
-        std::string accessor = R"({"componentType":)" + std::to_string(componentType) + R"(,"count":)"
-                             + std::to_string(count) + R"(,"type":")" + type + "\"";
-        if (view >= 0)
-            accessor += R"(,"bufferView":)" + std::to_string(view);
-        if (byteOffset)
-            accessor += R"(,"byteOffset":)" + std::to_string(byteOffset);
+        std::string accessor = R"({"componentType":)" + std::to_string(componentType) + R"(,"count":)" +
+                               std::to_string(count) + R"(,"type":")" + type + "\"";
+        if (view >= 0) accessor += R"(,"bufferView":)" + std::to_string(view);
+        if (byteOffset) accessor += R"(,"byteOffset":)" + std::to_string(byteOffset);
         accessors.push_back(accessor + extra + "}");
         return int(accessors.size() - 1);
     }
@@ -92,11 +88,9 @@ public:
     {
         bufferUri.clear();
         std::string json = Json();
-        while (json.size() % 4)
-            json += ' ';
+        while (json.size() % 4) json += ' ';
         std::string bin(buffer.begin(), buffer.end());
-        while (bin.size() % 4)
-            bin += '\0';
+        while (bin.size() % 4) bin += '\0';
         std::string out = "glTF";
         Word(out, 2);
         Word(out, uint32_t(12 + 8 + json.size() + (bin.empty() ? 0 : 8 + bin.size())));
@@ -125,11 +119,9 @@ private:
     }
     static void Section(std::string& json, const char* name, const std::vector<std::string>& items)
     {
-        if (items.empty())
-            return;
+        if (items.empty()) return;
         json += ",\"" + std::string(name) + "\":[";
-        for (size_t i = 0; i < items.size(); ++i)
-            json += (i ? "," : "") + items[i];
+        for (size_t i = 0; i < items.size(); ++i) json += (i ? "," : "") + items[i];
         json += "]";
     }
     static void Word(std::string& out, uint32_t value)

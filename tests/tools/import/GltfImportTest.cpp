@@ -24,8 +24,8 @@ void ExpectWindingAgreesWithNormals(const tools::MeshModel& mesh)
 {
     const std::vector<Float3> positions = Positions(mesh), normals = Normals(mesh);
     for (size_t t = 0; t + 2 < mesh.indices.size(); t += 3) {
-        const Float3 front = FrontNormal(positions[mesh.indices[t]], positions[mesh.indices[t + 1]],
-                                         positions[mesh.indices[t + 2]]);
+        const Float3 front =
+            FrontNormal(positions[mesh.indices[t]], positions[mesh.indices[t + 1]], positions[mesh.indices[t + 2]]);
         for (size_t k = 0; k < 3; ++k) {
             const Float3& n = normals[mesh.indices[t + k]];
             EXPECT_GT(front[0] * n[0] + front[1] * n[1] + front[2] * n[2], 0.0f) << "triangle " << t / 3;
@@ -36,10 +36,8 @@ void ExpectWindingAgreesWithNormals(const tools::MeshModel& mesh)
 std::string Mesh(int positions, int indices, const std::string& more = "", int material = -1)
 {
     std::string primitive = R"({"attributes":{"POSITION":)" + std::to_string(positions) + more + "}";
-    if (indices >= 0)
-        primitive += R"(,"indices":)" + std::to_string(indices);
-    if (material >= 0)
-        primitive += R"(,"material":)" + std::to_string(material);
+    if (indices >= 0) primitive += R"(,"indices":)" + std::to_string(indices);
+    if (material >= 0) primitive += R"(,"material":)" + std::to_string(material);
     return R"({"primitives":[)" + primitive + "}]}";
 }
 
@@ -72,8 +70,8 @@ TEST_F(GltfImportTest, NodeTransformsAreBakedIntoEachPlacedMeshAndMirroredIntoTh
     const double half = std::sqrt(0.5);
     file.scenes = {R"({"nodes":[0,2]})"};
     file.nodes = {R"({"name":"parent","translation":[10,0,0],"children":[1]})",
-                  R"({"name":"child","mesh":0,"scale":[2,2,2],"rotation":[0,)" + std::to_string(half) + ",0,"
-                      + std::to_string(half) + "]}",
+                  R"({"name":"child","mesh":0,"scale":[2,2,2],"rotation":[0,)" + std::to_string(half) + ",0," +
+                      std::to_string(half) + "]}",
                   R"({"name":"again","mesh":0,"translation":[0,0,5]})"};
     const Converted converted = ConvertGlb(file);
     ASSERT_EQ(converted.conversion.object.items.size(), 2u) << "one item a placed mesh; the parent has none";
@@ -86,20 +84,21 @@ TEST_F(GltfImportTest, NodeTransformsAreBakedIntoEachPlacedMeshAndMirroredIntoTh
         EXPECT_EQ(item.scale, (Float3{1, 1, 1}));
     }
     // R_y(90) takes (x, y, z) to (z, y, -x); the engine has z the other way round.
-    EXPECT_THAT(Positions(converted.Mesh(0)), ElementsAre(NearPoint(Float3{10, 0, 0}, 1e-5f),
-                                                          NearPoint(Float3{10, 0, 2}, 1e-5f),
-                                                          NearPoint(Float3{10, 2, 0}, 1e-5f)));
+    EXPECT_THAT(Positions(converted.Mesh(0)),
+                ElementsAre(NearPoint(Float3{10, 0, 0}, 1e-5f), NearPoint(Float3{10, 0, 2}, 1e-5f),
+                            NearPoint(Float3{10, 2, 0}, 1e-5f)));
     EXPECT_THAT(Normals(converted.Mesh(0)), ElementsAre(NearPoint(Float3{1, 0, 0}, 1e-5f), testing::_, testing::_));
-    EXPECT_THAT(Positions(converted.Mesh(1)), ElementsAre(NearPoint(Float3{0, 0, -5}, 0), NearPoint(Float3{1, 0, -5}, 0),
-                                                          NearPoint(Float3{0, 1, -5}, 0)));
+    EXPECT_THAT(
+        Positions(converted.Mesh(1)),
+        ElementsAre(NearPoint(Float3{0, 0, -5}, 0), NearPoint(Float3{1, 0, -5}, 0), NearPoint(Float3{0, 1, -5}, 0)));
     EXPECT_THAT(Normals(converted.Mesh(1)), ElementsAre(NearPoint(Float3{0, 0, -1}, 0), testing::_, testing::_));
     // The engine's front faces are clockwise: each triangle turns round.
     EXPECT_EQ(converted.Mesh(1).indices, (std::vector<uint32_t>{0, 2, 1}));
     ExpectWindingAgreesWithNormals(converted.Mesh(0));
     ExpectWindingAgreesWithNormals(converted.Mesh(1));
     // Texture coordinates keep glTF's top-left origin, which is Direct3D's.
-    EXPECT_THAT(Uvs(converted.Mesh(1)), ElementsAre(std::array<float, 2>{0, 1}, std::array<float, 2>{1, 1},
-                                                    std::array<float, 2>{0, 0}));
+    EXPECT_THAT(Uvs(converted.Mesh(1)),
+                ElementsAre(std::array<float, 2>{0, 1}, std::array<float, 2>{1, 1}, std::array<float, 2>{0, 0}));
 }
 
 TEST_F(GltfImportTest, TextAndBinaryFilesOfOneModelGiveTheSameObject)
@@ -119,7 +118,8 @@ TEST_F(GltfImportTest, MissingNormalsAreFlatAndOnTheFrontSide)
 {
     GltfFile file;
     // A square folded along its diagonal: two faces at right angles sharing two vertices.
-    file.meshes.push_back(Mesh(file.Floats3({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}}), file.Indices({0, 1, 2, 0, 2, 3})));
+    file.meshes.push_back(
+        Mesh(file.Floats3({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}}), file.Indices({0, 1, 2, 0, 2, 3})));
     file.nodes = {R"({"mesh":0})"};
     const Converted converted = ConvertGlb(file);
     const tools::MeshModel& mesh = converted.Mesh(0);
@@ -151,10 +151,11 @@ TEST_F(GltfImportTest, StripsAndFansBecomeTriangleListsAndPointsAreLeftOut)
     const int strip = file.Floats3({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 2, 0}});
     const int fan = file.Floats3({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {-1, 0.5f, 0}});
     const auto primitive = [](int positions, int mode) {
-        return R"({"attributes":{"POSITION":)" + std::to_string(positions) + R"(},"mode":)" + std::to_string(mode) + "}";
+        return R"({"attributes":{"POSITION":)" + std::to_string(positions) + R"(},"mode":)" + std::to_string(mode) +
+               "}";
     };
-    file.meshes.push_back(R"({"primitives":[)" + primitive(strip, 5) + "," + primitive(fan, 6) + "," + primitive(fan, 0)
-                          + "]}");
+    file.meshes.push_back(R"({"primitives":[)" + primitive(strip, 5) + "," + primitive(fan, 6) + "," +
+                          primitive(fan, 0) + "]}");
     file.nodes = {R"({"mesh":0})"};
     const Converted converted = ConvertGlb(file);
     ASSERT_EQ(converted.conversion.object.items.size(), 2u);
@@ -179,17 +180,18 @@ TEST_F(GltfImportTest, QuantizedAndSparseAccessorsAreResolved)
     const int indexView = file.View(sparseIndex.data(), 1);
     const std::vector<int16_t> sparseValue{16384, 0, 0};
     const int valueView = file.View(sparseValue.data(), 6);
-    const int positions = file.Accessor(view, GltfFile::kShort, 3, "VEC3",
-                                        R"(,"normalized":true,"sparse":{"count":1,"indices":{"bufferView":)"
-                                            + std::to_string(indexView) + R"(,"componentType":5121},"values":{"bufferView":)"
-                                            + std::to_string(valueView) + "}}");
+    const int positions =
+        file.Accessor(view, GltfFile::kShort, 3, "VEC3",
+                      R"(,"normalized":true,"sparse":{"count":1,"indices":{"bufferView":)" + std::to_string(indexView) +
+                          R"(,"componentType":5121},"values":{"bufferView":)" + std::to_string(valueView) + "}}");
     file.meshes.push_back(Mesh(positions, -1));
     file.nodes = {R"({"mesh":0})"};
-    file.extraTopLevel = R"(,"extensionsUsed":["KHR_mesh_quantization"],"extensionsRequired":["KHR_mesh_quantization"])";
+    file.extraTopLevel =
+        R"(,"extensionsUsed":["KHR_mesh_quantization"],"extensionsRequired":["KHR_mesh_quantization"])";
     const Converted converted = ConvertGlb(file);
-    EXPECT_THAT(Positions(converted.Mesh(0)), testing::UnorderedElementsAre(NearPoint(Float3{0, 0, 0}, 0),
-                                                                            NearPoint(Float3{0.5f, 0, 0}, 1e-4f),
-                                                                            NearPoint(Float3{0, 1, 0}, 0)));
+    EXPECT_THAT(Positions(converted.Mesh(0)),
+                testing::UnorderedElementsAre(NearPoint(Float3{0, 0, 0}, 0), NearPoint(Float3{0.5f, 0, 0}, 1e-4f),
+                                              NearPoint(Float3{0, 1, 0}, 0)));
 }
 
 /// The bytes of a PNG signature and a little more: enough to be told apart, and copied.
@@ -202,7 +204,8 @@ TEST_F(GltfImportTest, MaterialsBecomeTheEnginesStandardMaterialsWithTheirValues
 {
     GltfFile file;
     const std::vector<uint8_t> png = PngBytes(1);
-    file.images = {R"({"bufferView":)" + std::to_string(file.View(png.data(), png.size())) + R"(,"mimeType":"image/png","name":"bark"})",
+    file.images = {R"({"bufferView":)" + std::to_string(file.View(png.data(), png.size())) +
+                       R"(,"mimeType":"image/png","name":"bark"})",
                    R"({"uri":"data:image/gif;base64,R0lGODlhAQABAAAAACw="})"};
     file.textures = {R"({"source":0})", R"({"source":1})"};
     file.materials = {
@@ -210,8 +213,7 @@ TEST_F(GltfImportTest, MaterialsBecomeTheEnginesStandardMaterialsWithTheirValues
         R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0},"roughnessFactor":0.5},"emissiveFactor":[0.1,0.7,0.2]})",
         R"({"pbrMetallicRoughness":{"baseColorFactor":[1,0,0,0.5],"baseColorTexture":{"index":1}}})",
     };
-    for (int m = 0; m < 3; ++m)
-        AddTriangle(file, m);
+    for (int m = 0; m < 3; ++m) AddTriangle(file, m);
     file.nodes = {R"({"children":[1,2,3]})", R"({"mesh":0,"name":"glass"})", R"({"mesh":1,"name":"wood"})",
                   R"({"mesh":2,"name":"plain"})"};
     file.scenes = {R"({"nodes":[0]})"};
@@ -254,15 +256,15 @@ TEST_F(GltfImportTest, TheTextureReadsTheCoordinatesItsMaterialNames)
 {
     GltfFile file;
     const std::vector<uint8_t> png = PngBytes(1);
-    file.images = {R"({"bufferView":)" + std::to_string(file.View(png.data(), png.size())) + R"(,"mimeType":"image/png"})"};
+    file.images = {R"({"bufferView":)" + std::to_string(file.View(png.data(), png.size())) +
+                   R"(,"mimeType":"image/png"})"};
     file.textures = {R"({"source":0})"};
     file.materials = {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}}})"};
     const int positions = file.Floats3({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     const int first = file.Floats2({{0, 0}, {0, 0}, {0, 0}});
     const int second = file.Floats2({{0.25f, 0.5f}, {1, 0.5f}, {0.25f, 0}});
-    file.meshes.push_back(Mesh(positions, -1,
-                               R"(,"TEXCOORD_0":)" + std::to_string(first) + R"(,"TEXCOORD_1":)" + std::to_string(second),
-                               0));
+    file.meshes.push_back(Mesh(
+        positions, -1, R"(,"TEXCOORD_0":)" + std::to_string(first) + R"(,"TEXCOORD_1":)" + std::to_string(second), 0));
     file.nodes = {R"({"mesh":0})"};
     const Converted converted = ConvertGlb(file);
     EXPECT_EQ(converted.Mesh(0).surface.materialFile, "texture.mat");
@@ -279,7 +281,8 @@ TEST_F(GltfImportTest, TexturesOfTheSameNameGetFilesOfTheirOwn)
     file.images = {R"({"uri":"a/skin.png"})", R"({"uri":"b/skin.png"})", R"({"uri":"c/missing.png"})"};
     file.textures = {R"({"source":0})", R"({"source":1})", R"({"source":2})"};
     for (int m = 0; m < 3; ++m) {
-        file.materials.push_back(R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":)" + std::to_string(m) + "}}}");
+        file.materials.push_back(R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":)" + std::to_string(m) +
+                                 "}}}");
         AddTriangle(file, m);
     }
     file.nodes = {R"({"children":[1,2,3]})", R"({"mesh":0})", R"({"mesh":1})", R"({"mesh":2})"};

@@ -6,8 +6,8 @@
 #include "qx4d/content/Object.h"
 #include "tests/platform/gpu/GpuFixture.h"
 #include "tests/qx4d/content/ObjectModels.h"
-#include "tests/tools/import/ImportTestSupport.h"
 #include "tests/tools/import/GltfFiles.h"
+#include "tests/tools/import/ImportTestSupport.h"
 #include "tests/tools/import/SkinnedModels.h"
 #include "tools/import/ModelImport.h"
 
@@ -29,8 +29,7 @@ class ImportRenderTest : public ObjectTest {
 protected:
     void SetUp() override
     {
-        if (!StartWithObjects(kSize))
-            GTEST_SKIP() << "no EGL device";
+        if (!StartWithObjects(kSize)) GTEST_SKIP() << "no EGL device";
         folder.MakeFolder("Images");
         EXPECT_TRUE(files.Mount(u"IMAGES", folder.Wide("Images")));
         ShaderLight light;
@@ -70,8 +69,7 @@ protected:
         object.Update(time, {1, 0, 0, 0, 0, 1, 0, -down, 0, 0, 1, 0});
         for (const Object::ItemRecord& record : object.records) {
             MeshItem* mesh = Object::DrawnMesh(record.item);
-            if (!mesh)
-                continue;
+            if (!mesh) continue;
             mesh->SetTime(time);
             const std::vector<Matrix3x4> matrices =
                 mesh->material.bones > 0 ? mesh->bones : std::vector<Matrix3x4>{record.item->matrix};
@@ -95,7 +93,8 @@ protected:
     {
         const long column = std::lround((x / 1.2f + 1) * kSize / 2 - 0.5f);
         const long row = std::lround((1 - y / 1.2f) * kSize / 2 - 0.5f);
-        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize + size_t(std::clamp(column, 0L, long(kSize - 1)))];
+        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize +
+                      size_t(std::clamp(column, 0L, long(kSize - 1)))];
     }
 
     ShadingScene lit;
@@ -107,12 +106,14 @@ protected:
 /// clockwise seen from +z (its front there, as glTF has it) unless `away`.
 void AddSquare(GltfFile& file, float cx, bool away, const std::string& material)
 {
-    const int positions = file.Floats3({{cx - 0.4f, -0.4f, 0}, {cx + 0.4f, -0.4f, 0}, {cx + 0.4f, 0.4f, 0}, {cx - 0.4f, 0.4f, 0}});
+    const int positions =
+        file.Floats3({{cx - 0.4f, -0.4f, 0}, {cx + 0.4f, -0.4f, 0}, {cx + 0.4f, 0.4f, 0}, {cx - 0.4f, 0.4f, 0}});
     const int normals = file.Floats3(std::vector<std::array<float, 3>>(4, {0, 0, away ? -1.0f : 1.0f}));
-    const int indices = file.Indices(away ? std::vector<uint16_t>{0, 2, 1, 0, 3, 2} : std::vector<uint16_t>{0, 1, 2, 0, 2, 3});
-    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + R"(,"NORMAL":)"
-                          + std::to_string(normals) + R"(},"indices":)" + std::to_string(indices) + R"(,"material":)"
-                          + material + "}]}");
+    const int indices =
+        file.Indices(away ? std::vector<uint16_t>{0, 2, 1, 0, 3, 2} : std::vector<uint16_t>{0, 1, 2, 0, 2, 3});
+    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + R"(,"NORMAL":)" +
+                          std::to_string(normals) + R"(},"indices":)" + std::to_string(indices) + R"(,"material":)" +
+                          material + "}]}");
 }
 
 TEST_F(ImportRenderTest, FrontFacesOfAGltfModelFaceTheViewerOnItsSide)
@@ -140,9 +141,10 @@ TEST_F(ImportRenderTest, AnObjTextureStandsUprightOnItsSquare)
     // bottom-left blue, bottom-right white; v runs upwards in the file.
     folder.Write("src/check.bmp", Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
     folder.Write("src/check.mtl", "newmtl check\nKd 1 1 1\nmap_Kd check.bmp\n");
-    folder.Write("src/check.obj", "mtllib check.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
-                                  "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nusemtl check\n"
-                                  "f 1/1/1 2/2/1 3/3/1 4/4/1\n");
+    folder.Write("src/check.obj",
+                 "mtllib check.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+                 "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nusemtl check\n"
+                 "f 1/1/1 2/2/1 3/3/1 4/4/1\n");
     const tools::ImportSummary summary = Import(folder.path / "src/check.obj");
     ASSERT_EQ(summary.textures.size(), 1u);
     EXPECT_EQ(summary.textures[0], folder.path / "Images/model/check.bmp");
@@ -164,17 +166,16 @@ TEST_F(ImportRenderTest, AGltfModelRoundTripsItsVertexCountAndBoundsThroughTheLo
     // A box from (-1, -2, -3) to (1, 2, 3), placed 10 along z: 8 corners, 12 triangles.
     GltfFile file;
     std::vector<std::array<float, 3>> corners;
-    for (int i = 0; i < 8; ++i)
-        corners.push_back({i & 1 ? 1.0f : -1.0f, i & 2 ? 2.0f : -2.0f, i & 4 ? 3.0f : -3.0f});
+    for (int i = 0; i < 8; ++i) corners.push_back({i & 1 ? 1.0f : -1.0f, i & 2 ? 2.0f : -2.0f, i & 4 ? 3.0f : -3.0f});
     const int positions = file.Floats3(corners);
-    const int indices = file.Indices({0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1, 4, 1, 5, 4,
-                                      2, 6, 3, 3, 6, 7, 0, 4, 2, 2, 4, 6, 1, 3, 5, 3, 7, 5});
+    const int indices = file.Indices(
+        {0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1, 4, 1, 5, 4, 2, 6, 3, 3, 6, 7, 0, 4, 2, 2, 4, 6, 1, 3, 5, 3, 7, 5});
     const std::vector<float> uvs(16, 0.5f);
     const int normals = file.Floats3(corners);  // pointing outwards, like a rounded box
-    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + R"(,"NORMAL":)"
-                          + std::to_string(normals) + R"(,"TEXCOORD_0":)"
-                          + std::to_string(file.Data(uvs, GltfFile::kFloat, "VEC2")) + R"(},"indices":)"
-                          + std::to_string(indices) + "}]}");
+    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + R"(,"NORMAL":)" +
+                          std::to_string(normals) + R"(,"TEXCOORD_0":)" +
+                          std::to_string(file.Data(uvs, GltfFile::kFloat, "VEC2")) + R"(},"indices":)" +
+                          std::to_string(indices) + "}]}");
     file.nodes = {R"({"name":"box","mesh":0,"translation":[0,0,10]})"};
     file.WriteGltf(folder.path / "box.gltf");
     Import(folder.path / "box.gltf");
@@ -206,8 +207,7 @@ TEST_F(ImportRenderTest, ASkinnedFigureDrawsAtItsPoseWithItsBonesAtTheIdentity)
     EXPECT_EQ(Mesh(0).material.bones, 2);
     DrawAll(0.0f, 0.8f);
     // Each bone is the identity, moved only by where the object stands.
-    for (const Matrix3x4& bone : Mesh(0).bones)
-        EXPECT_EQ(bone, (Matrix3x4{1, 0, 0, 0, 0, 1, 0, -0.8f, 0, 0, 1, 0}));
+    for (const Matrix3x4& bone : Mesh(0).bones) EXPECT_EQ(bone, (Matrix3x4{1, 0, 0, 0, 0, 1, 0, -0.8f, 0, 0, 1, 0}));
     const std::vector<uint32_t> pixels = Finish("figure");
     // The lower square stands upright; the upper one is bent to the left at the knee.
     EXPECT_GT(Red(At(pixels, 0.0f, 0.3f - 0.8f)), 200);

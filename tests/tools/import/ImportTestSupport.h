@@ -64,7 +64,8 @@ inline std::pair<Float3, Float3> Bounds(const std::vector<Float3>& points)
 inline bool HasPoint(const std::vector<Float3>& points, const Float3& p, float tolerance = 1e-4f)
 {
     return std::any_of(points.begin(), points.end(), [&](const Float3& q) {
-        return std::abs(q[0] - p[0]) < tolerance && std::abs(q[1] - p[1]) < tolerance && std::abs(q[2] - p[2]) < tolerance;
+        return std::abs(q[0] - p[0]) < tolerance && std::abs(q[1] - p[1]) < tolerance &&
+               std::abs(q[2] - p[2]) < tolerance;
     });
 }
 
@@ -97,8 +98,7 @@ inline std::string Bmp(int width, int height, const std::vector<uint32_t>& pixel
 MATCHER_P2(NearPoint, expected, tolerance, "")
 {
     for (size_t c = 0; c < 3; ++c)
-        if (std::abs(arg[c] - expected[c]) > tolerance)
-            return false;
+        if (std::abs(arg[c] - expected[c]) > tolerance) return false;
     return true;
 }
 

@@ -27,11 +27,12 @@ TEST_F(ObjImportTest, MaterialsAndTheirTexturesComeFromTheMtlFile)
 {
     const std::string bmp = Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF});
     folder.Write("textures/wood.bmp", bmp);
-    folder.Write("scene.mtl", "newmtl painted\nKd 0.8 0.6 0.4\nKs 0.5 0.5 0.5\nNs 64\nmap_Kd textures\\wood.bmp\n"
-                              "newmtl glass\nKd 0 0 1\nd 0.25\nKe 0.3 0.1 0\n");
-    const Converted converted = ConvertObj(std::string("mtllib scene.mtl\n") + kSquare
-                                           + "o picture\nusemtl painted\nf 1/1/1 2/2/1 3/3/1 4/4/1\n"
-                                             "usemtl glass\nf 1/1/1 3/3/1 4/4/1\n");
+    folder.Write("scene.mtl",
+                 "newmtl painted\nKd 0.8 0.6 0.4\nKs 0.5 0.5 0.5\nNs 64\nmap_Kd textures\\wood.bmp\n"
+                 "newmtl glass\nKd 0 0 1\nd 0.25\nKe 0.3 0.1 0\n");
+    const Converted converted = ConvertObj(std::string("mtllib scene.mtl\n") + kSquare +
+                                           "o picture\nusemtl painted\nf 1/1/1 2/2/1 3/3/1 4/4/1\n"
+                                           "usemtl glass\nf 1/1/1 3/3/1 4/4/1\n");
     ASSERT_EQ(converted.conversion.object.items.size(), 2u) << "one item a material of the shape";
     EXPECT_EQ(converted.Item(0).name, "picture");
     EXPECT_EQ(converted.Item(1).name, "picture.1");

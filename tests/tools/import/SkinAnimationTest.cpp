@@ -38,8 +38,7 @@ std::vector<Float3> BentFigure(double degrees)
 {
     std::vector<Float3> out;
     for (const float y : {0.0f, 1.0f, 2.0f})
-        for (const float x : {-0.5f, 0.5f})
-            out.push_back(Bent(x, y, degrees));
+        for (const float x : {-0.5f, 0.5f}) out.push_back(Bent(x, y, degrees));
     return out;
 }
 
@@ -128,7 +127,8 @@ TEST_F(SkinAnimationTest, AnAnimatedSkinIsBakedToMddFramesAtThirtyASecond)
     ExpectNear(mdd.frames[15], BentFigure(45), 1e-4f);
     ExpectNear(mdd.frames[30], BentFigure(90), 1e-4f);
     // The triangles turned round for the engine, positions and UVs indexed alike.
-    EXPECT_EQ(std::vector<uint16_t>(mdd.triangles.begin(), mdd.triangles.begin() + 3), (std::vector<uint16_t>{0, 3, 1}));
+    EXPECT_EQ(std::vector<uint16_t>(mdd.triangles.begin(), mdd.triangles.begin() + 3),
+              (std::vector<uint16_t>{0, 3, 1}));
     EXPECT_EQ(mdd.uvSetCount, 1u);
     EXPECT_EQ(mdd.uvIndices[0], mdd.triangles);
     EXPECT_FLOAT_EQ(mdd.smoothingAngle, std::numbers::pi_v<float>);
@@ -139,9 +139,9 @@ void AddMorphingTriangle(GltfFile& file, const std::string& meshWeights)
 {
     const int positions = file.Floats3({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     const int offsets = file.Floats3({{0, 0, 0}, {0, 0, 0}, {0, 0, 1}});
-    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions)
-                          + R"(},"targets":[{"POSITION":)" + std::to_string(offsets) + R"(}]}],"weights":)"
-                          + meshWeights + "}");
+    file.meshes.push_back(R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) +
+                          R"(},"targets":[{"POSITION":)" + std::to_string(offsets) + R"(}]}],"weights":)" +
+                          meshWeights + "}");
 }
 
 TEST_F(SkinAnimationTest, MorphWeightsOfTheMeshOrItsNodeShapeTheStaticGeometry)
@@ -162,8 +162,8 @@ TEST_F(SkinAnimationTest, AnimatedMorphWeightsAreBakedFrameByFrame)
     file.nodes = {R"({"mesh":0})"};
     const int times = file.Scalars({0, 2});
     const int weights = file.Scalars({0, 1});
-    file.animations = {R"({"samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" + std::to_string(weights)
-                       + R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]})"};
+    file.animations = {R"({"samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" + std::to_string(weights) +
+                       R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]})"};
     const Converted converted = ConvertGlb(file);
     const tools::MddModel& mdd = converted.Mesh(0).mdd.value();
     ASSERT_EQ(mdd.frames.size(), 61u);
@@ -183,11 +183,11 @@ TEST_F(SkinAnimationTest, OnlyMeshesThatTheAnimationMovesAreBaked)
     // Steps along x: 1 at one second, 3 at two.
     const int times = file.Scalars({0, 1, 2});
     const int places = file.Floats3({{0, 0, 0}, {1, 0, 0}, {3, 0, 0}});
-    file.animations = {R"({"name":"steps","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)"
-                       + std::to_string(places)
-                       + R"(,"interpolation":"STEP"}],"channels":[{"sampler":0,"target":{"node":1,"path":"translation"}}]})",
-                       R"({"name":"other","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)"
-                       + std::to_string(places) + R"(}],"channels":[{"sampler":0,"target":{"node":3,"path":"translation"}}]})"};
+    file.animations = {
+        R"({"name":"steps","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" + std::to_string(places) +
+            R"(,"interpolation":"STEP"}],"channels":[{"sampler":0,"target":{"node":1,"path":"translation"}}]})",
+        R"({"name":"other","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" + std::to_string(places) +
+            R"(}],"channels":[{"sampler":0,"target":{"node":3,"path":"translation"}}]})"};
     const Converted converted = ConvertGlb(file);
     ASSERT_EQ(converted.conversion.object.items.size(), 2u);
     EXPECT_EQ(converted.Item(0).name, "still");
@@ -208,8 +208,9 @@ TEST_F(SkinAnimationTest, AnAnimationThatLastsNoTimeLeavesTheModelAsItStands)
     AddSkinnedFigure(file);
     const int times = file.Scalars({0});
     const int rotation = file.Data(std::vector<float>{0, 0, 0, 1}, GltfFile::kFloat, "VEC4");
-    file.animations = {R"({"name":"pose","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)"
-                       + std::to_string(rotation) + R"(}],"channels":[{"sampler":0,"target":{"node":2,"path":"rotation"}}]})"};
+    file.animations = {R"({"name":"pose","samplers":[{"input":)" + std::to_string(times) + R"(,"output":)" +
+                       std::to_string(rotation) +
+                       R"(}],"channels":[{"sampler":0,"target":{"node":2,"path":"rotation"}}]})"};
     const Converted converted = ConvertGlb(file);
     EXPECT_EQ(converted.conversion.boneItems, 2u);
     EXPECT_EQ(converted.conversion.mddItems, 0u);

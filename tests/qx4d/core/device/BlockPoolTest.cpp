@@ -56,9 +56,9 @@ TEST_F(BlockPoolTest, ABlockThatLosesTooMuchByRoundingIsPassedOver)
     uint32_t first = 0;
     const auto bytes = Bytes(8);
     const ResourceHandle pool = renderer->AddVertices(bytes.data(), 3, 1, first);  // [0, 3)
-    renderer->AddVertices(bytes.data(), 6, 1, first);                               // [3, 9)
-    renderer->AddVertices(bytes.data(), 1, 1, first);                               // [9, 10)
-    renderer->FreeVertices(pool, 3);  // [3, 9) free: 6 bytes
+    renderer->AddVertices(bytes.data(), 6, 1, first);                              // [3, 9)
+    renderer->AddVertices(bytes.data(), 1, 1, first);                              // [9, 10)
+    renderer->FreeVertices(pool, 3);                                               // [3, 9) free: 6 bytes
     // 6 bytes at stride 2 would start at 4 and need 7: the block is passed over.
     renderer->AddVertices(bytes.data(), 3, 2, first);
     EXPECT_EQ(first, 5u);  // at byte 10
@@ -123,8 +123,8 @@ TEST_F(BlockPoolTest, QuadListIndexBufferFillsItself)
     const auto bytes = DeviceBytes(*buffer, 0, 48);
     std::vector<uint16_t> indices(24);
     std::memcpy(indices.data(), bytes.data(), 48);
-    const std::vector<uint16_t> expected = {0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7, 8, 9, 10, 8, 10, 11,
-                                            12, 13, 14, 12, 14, 15};
+    const std::vector<uint16_t> expected = {0, 1, 2,  0, 2,  3,  4,  5,  6,  4,  6,  7,
+                                            8, 9, 10, 8, 10, 11, 12, 13, 14, 12, 14, 15};
     EXPECT_EQ(indices, expected);
 }
 

@@ -21,8 +21,9 @@ class EngineTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        folder = std::filesystem::temp_directory_path()
-               / ("qx4d_device_" + std::to_string(::getpid()) + "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        folder =
+            std::filesystem::temp_directory_path() / ("qx4d_device_" + std::to_string(::getpid()) + "_" +
+                                                      ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::create_directories(folder / "Images");
         std::filesystem::create_directories(folder / "Effects");
         files = std::make_unique<FileManager>();
@@ -52,8 +53,7 @@ protected:
     void WriteDds(const std::string& relative, uint32_t pixel)
     {
         std::vector<uint8_t> image(16);
-        for (size_t i = 0; i < 4; ++i)
-            std::memcpy(image.data() + i * 4, &pixel, 4);
+        for (size_t i = 0; i < 4; ++i) std::memcpy(image.data() + i * 4, &pixel, 4);
         const auto file = gpu::writeDds(gpu::D3DFMT_A8R8G8B8, 2, 2, 1, false, {image});
         WriteFile(relative, std::string(file.begin(), file.end()));
     }

@@ -85,8 +85,8 @@ TEST_F(DeviceLossTest, LostThenResetRestoresEveryKind)
     const ResourceHandle surface = renderer->CreateRenderTarget(8, 8);
     const ResourceHandle fileEffect = renderer->LoadEffect(u"flat.fx");
     const ResourceHandle textEffect = renderer->CreateEffect(kFlatEffect);
-    for (const ResourceHandle* handle : {&declaration, &pool, &indices, &quads, &stone, &video, &target, &depth,
-                                         &surface, &fileEffect, &textEffect})
+    for (const ResourceHandle* handle :
+         {&declaration, &pool, &indices, &quads, &stone, &video, &target, &depth, &surface, &fileEffect, &textEffect})
         ASSERT_FALSE(handle->IsNull());
     const std::vector<uint8_t> frame(16, 0x77);
     ASSERT_TRUE(renderer->GetTexture(video)->Upload(frame.data(), 8));

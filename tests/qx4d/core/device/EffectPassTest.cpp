@@ -70,8 +70,9 @@ TEST_F(EffectPassTest, EffectsAreSharedByFileNameAndByText)
 
 TEST_F(EffectPassTest, EffectsThatDoNotCompileGiveTheNullHandle)
 {
-    WriteFile("Effects/broken.fx", "float4 ps_main() : COLOR0 { return nothing; }\n"
-                                   "technique t { pass p { PixelShader = compile ps_2_0 ps_main(); } }");
+    WriteFile("Effects/broken.fx",
+              "float4 ps_main() : COLOR0 { return nothing; }\n"
+              "technique t { pass p { PixelShader = compile ps_2_0 ps_main(); } }");
     EXPECT_TRUE(renderer->LoadEffect(u"broken.fx").IsNull());
     EXPECT_TRUE(renderer->LoadEffect(u"absent.fx").IsNull());
     EXPECT_TRUE(renderer->CreateEffect("#include \"absent.fxh\"\n").IsNull());

@@ -34,7 +34,7 @@ TEST_F(HandleTest, TexturesLoadedTwiceByNameShareOneObject)
 
     ResourceHandle kept = first;
     renderer->ReleaseTexture(first);
-    EXPECT_TRUE(first.IsNull());  // the caller's handle is cleared
+    EXPECT_TRUE(first.IsNull());                       // the caller's handle is cleared
     EXPECT_EQ(renderer->GetTexture(second), texture);  // the texture stays
     renderer->ReleaseTexture(second);
     EXPECT_TRUE(kept.IsNull());  // gone: a kept handle reads as null

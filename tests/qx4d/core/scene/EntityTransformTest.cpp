@@ -17,8 +17,7 @@ constexpr float kHalfPi = 1.5707964f;
 
 void ExpectPoint(const Float3& actual, const Float3& expected)
 {
-    for (int c = 0; c < 3; ++c)
-        EXPECT_NEAR(actual[c], expected[c], 1e-5f) << "component " << c;
+    for (int c = 0; c < 3; ++c) EXPECT_NEAR(actual[c], expected[c], 1e-5f) << "component " << c;
 }
 
 /// The direction an entity faces: its local +Z in the world.
@@ -86,8 +85,7 @@ Float3 AimAt(const Float3& at, Float3* rotation = nullptr)
     aimer.controllers = 9;  // as TargetID sets it
     aimer.rotation = {0.3f, 0.2f, 0.0f};
     aimer.UpdateTransform();
-    if (rotation)
-        *rotation = aimer.rotation;
+    if (rotation) *rotation = aimer.rotation;
     return Forward(aimer);
 }
 

@@ -26,8 +26,7 @@ protected:
 
     void SetUp() override
     {
-        if (!StartWithObjects(kSize))
-            GTEST_SKIP() << "no EGL device";
+        if (!StartWithObjects(kSize)) GTEST_SKIP() << "no EGL device";
         for (const char* alias : {"SCENES", "EMITTERS", "IMAGES"}) {
             folder.MakeFolder(alias);
             ASSERT_TRUE(files.Mount(std::u16string(alias, alias + std::strlen(alias)), folder.Wide(alias)));
@@ -64,10 +63,8 @@ protected:
         scene = std::make_unique<Scene>();
         EXPECT_TRUE(scene->Load(u"test.afx"));
         scene->SetFrameSize(kSize, kSize);
-        if (!scene->cameras.empty())
-            scene->cameras.front()->MakeActive();
-        for (int step = 1; step <= steps; ++step)
-            scene->Update(float(step) * dt, dt);
+        if (!scene->cameras.empty()) scene->cameras.front()->MakeActive();
+        for (int step = 1; step <= steps; ++step) scene->Update(float(step) * dt, dt);
         return *scene;
     }
     /// The scene's frame, top-down.

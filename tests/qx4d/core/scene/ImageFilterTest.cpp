@@ -17,8 +17,7 @@ protected:
     void SetUp() override
     {
         FrameTest::SetUp();
-        if (IsSkipped())
-            return;
+        if (IsSkipped()) return;
         // Quadrants: red top left, green top right, blue bottom left, grey bottom right.
         std::vector<uint32_t> quadrants(size_t(kSize * kSize));
         for (int y = 0; y < kSize; ++y)
@@ -29,8 +28,7 @@ protected:
         // A white square of 16 pixels in the middle of black.
         std::vector<uint32_t> spot(size_t(kSize * kSize), 0xFF000000u);
         for (int y = 24; y < 40; ++y)
-            for (int x = 24; x < 40; ++x)
-                spot[size_t(y * kSize + x)] = 0xFFFFFFFFu;
+            for (int x = 24; x < 40; ++x) spot[size_t(y * kSize + x)] = 0xFFFFFFFFu;
         Picture("spot.dds", kSize, kSize, spot);
     }
     /// The picture `image` as the backdrop, with the filter lines given.
@@ -47,8 +45,8 @@ TEST_F(ImageFilterTest, NegativeTurnsEveryColourToItsOppositeOverTheWholeScene)
     tools::ObjectModel model;
     model.items.push_back(MeshItemModel("square", test::Square(0.2f, {1, 1, 1})));
     Save("square.qxo", model);
-    const auto frame = Frame("BackgroundImage \"quadrants.dds\"\n" + std::string(kCamera)
-                             + "Object\n{\n  FileName square.qxo\n}\nImageFilter Negative\n");
+    const auto frame = Frame("BackgroundImage \"quadrants.dds\"\n" + std::string(kCamera) +
+                             "Object\n{\n  FileName square.qxo\n}\nImageFilter Negative\n");
     EXPECT_LE(Distance(At(frame, 8, 8), 0xFF00FFFFu), 2) << "red becomes cyan";
     EXPECT_LE(Distance(At(frame, 56, 8), 0xFFFF00FFu), 2) << "green becomes magenta";
     EXPECT_LE(Distance(At(frame, 56, 56), 0xFF7F7F7Fu), 2);
@@ -77,8 +75,7 @@ TEST_F(ImageFilterTest, SepiaTonesByLuminanceFromBrownToCream)
         ramp[size_t(i)] = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b);
     }
     std::vector<uint32_t> ramp4 = ramp;
-    for (int row = 1; row < 4; ++row)
-        ramp4.insert(ramp4.end(), ramp.begin(), ramp.end());
+    for (int row = 1; row < 4; ++row) ramp4.insert(ramp4.end(), ramp.begin(), ramp.end());
     Picture("sepia.tga", 256, 4, ramp4);  // a DDS under the name the filter asks for
     const auto frame = Filtered("quadrants.dds", "ImageFilter Sepia\n");
     int previous = -1;
@@ -119,8 +116,7 @@ TEST_F(ImageFilterTest, DistortionsMoveThePictureInsideTheirRadiusOnly)
     // Wave ripples the square's edges and leaves the corners.
     const auto waved = Filtered("spot.dds", "ImageFilter Wave\n{\n  Radius 0.6\n}\n");
     int moved = 0;
-    for (size_t i = 0; i < plain.size(); ++i)
-        moved += Distance(waved[i], plain[i]) > 100;
+    for (size_t i = 0; i < plain.size(); ++i) moved += Distance(waved[i], plain[i]) > 100;
     EXPECT_GT(moved, 20);
     EXPECT_EQ(At(waved, 1, 1), At(plain, 1, 1));
 }

@@ -20,8 +20,7 @@ protected:
     void SetUp() override
     {
         FrameTest::SetUp();
-        if (IsSkipped())
-            return;
+        if (IsSkipped()) return;
         for (const char* name : {"glow", "redglow", "circular", "6sided", "rainbowring", "ring2", "star_4"})
             White(std::string("LensFlare/") + name + ".dds");
     }
@@ -59,8 +58,9 @@ TEST_F(LensFlareTest, TheBlockLoadsWhatItsOptionsAskFor)
     EXPECT_EQ(TextureName(flare.starTexture), "LensFlare\\star_4.dds");
     EXPECT_TRUE(flare.glowTexture.IsNull());
 
-    Load(Flare("0 0 8", "  LensFlareOptions 83\n  FlareDistortFactor 3\n  PolygonalElementShape 6\n"
-                        "  ElementDefinition 5 0.5 0.1 1 0 0\n  FlareStarFilter 11\n"));
+    Load(Flare("0 0 8",
+               "  LensFlareOptions 83\n  FlareDistortFactor 3\n  PolygonalElementShape 6\n"
+               "  ElementDefinition 5 0.5 0.1 1 0 0\n  FlareStarFilter 11\n"));
     LensFlare& own = TheFlare();
     EXPECT_EQ(own.distortFactor, 3.0f);
     ASSERT_EQ(own.reflectionElements.size(), 1u);
@@ -80,7 +80,8 @@ TEST_F(LensFlareTest, TheGlowStandsAtTheLightInItsColour)
     EXPECT_EQ(At(frame, 43, 32), 0xFF000000u);
     EXPECT_EQ(At(frame, 28, 32), 0xFF000000u);
     // Dissolved, every quad is black.
-    frame = Frame(Flare("0.5 0 8", "  LensFlareOptions 1\n  FlareIntensity 0.1\n  LightColor 1 0.5 0\n  FlareDissolve 1\n"));
+    frame = Frame(
+        Flare("0.5 0 8", "  LensFlareOptions 1\n  FlareIntensity 0.1\n  LightColor 1 0.5 0\n  FlareDissolve 1\n"));
     EXPECT_GT(TheFlare().visibility, 0.0f);
     EXPECT_EQ(At(frame, 36, 32), 0xFF000000u);
 }

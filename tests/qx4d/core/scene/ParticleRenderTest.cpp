@@ -17,8 +17,7 @@ protected:
     void SetUp() override
     {
         FrameTest::SetUp();
-        if (!IsSkipped())
-            White("white.dds");
+        if (!IsSkipped()) White("white.dds");
     }
     /// A scene with a grey backdrop, the camera and one particle system of the emitters
     /// whose bodies are given (their texture white unless they say otherwise).
@@ -42,8 +41,8 @@ protected:
 std::string Single(const std::string& colour, const std::string& size, const std::string& more = "",
                    const std::string& sizeKeys = "")
 {
-    return R"(<General MaxParticles="1"/><Time LifetimeRange="10 10"/><Size StartSizeRange=")" + size + "\" " + sizeKeys
-         + R"(/><Color ColorMultiplierRange=")" + colour + R"("/>)" + more;
+    return R"(<General MaxParticles="1"/><Time LifetimeRange="10 10"/><Size StartSizeRange=")" + size + "\" " +
+           sizeKeys + R"(/><Color ColorMultiplierRange=")" + colour + R"("/>)" + more;
 }
 
 TEST_F(ParticleRenderTest, AQuadCoversItsSizeAroundItsPlaceFacingTheCamera)
@@ -70,7 +69,7 @@ TEST_F(ParticleRenderTest, EachDrawStyleBlendsAsItsNameSays)
         int r, g, b;
     };
     const Case cases[] = {
-        {"Regular", 255, 64, 0},       {"AlphaBlend", 191, 95, 63}, {"Modulated", 127, 32, 0},
+        {"Regular", 255, 64, 0},        {"AlphaBlend", 191, 95, 63},      {"Modulated", 127, 32, 0},
         {"Translucent", 255, 143, 127}, {"AlphaModulate", 254, 159, 127}, {"Darken", 0, 95, 127},
         {"Brighten", 255, 191, 127},
     };
@@ -84,7 +83,8 @@ TEST_F(ParticleRenderTest, EachDrawStyleBlendsAsItsNameSays)
         EXPECT_NEAR(Blue(middle), c.b, 2);
     }
     // The alpha test keeps what is above the reference only.
-    const auto tested = Frame(Scene({Single("255 255, 64 64, 0 0, 128 128", "0.3 0.3, 0.3 0.3", R"(<Rendering AlphaRef="200"/>)")}));
+    const auto tested =
+        Frame(Scene({Single("255 255, 64 64, 0 0, 128 128", "0.3 0.3, 0.3 0.3", R"(<Rendering AlphaRef="200"/>)")}));
     EXPECT_EQ(At(tested, 32, 32), 0xFF7F7F7Fu);
 }
 
@@ -121,7 +121,8 @@ TEST_F(ParticleRenderTest, ASpinTurnsTheQuadAroundItsCentre)
     auto frame = Frame(Scene({square}, "0 0 1"));
     EXPECT_EQ(At(frame, 40, 22), 0xFFFF0000u) << "a corner of the upright square";
     EXPECT_EQ(At(frame, 44, 32), 0xFF0000FFu);
-    frame = Frame(Scene({square + R"(<Rotation SpinParticles="true" StartSpinRange="0.7853982 0.7853982"/>)"}, "0 0 1"));
+    frame =
+        Frame(Scene({square + R"(<Rotation SpinParticles="true" StartSpinRange="0.7853982 0.7853982"/>)"}, "0 0 1"));
     EXPECT_EQ(At(frame, 40, 22), 0xFF0000FFu) << "cut off by the turn";
     EXPECT_EQ(At(frame, 44, 32), 0xFFFF0000u) << "a corner turned onto the axis";
 }
@@ -132,7 +133,8 @@ TEST_F(ParticleRenderTest, ACellOfTheTextureShowsOnTheQuad)
     std::vector<uint32_t> sheet(64);
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 8; ++x)
-            sheet[size_t(y * 8 + x)] = y < 4 ? (x < 4 ? 0xFFFF0000u : 0xFF00FF00u) : (x < 4 ? 0xFF0000FFu : 0xFFFFFFFFu);
+            sheet[size_t(y * 8 + x)] =
+                y < 4 ? (x < 4 ? 0xFFFF0000u : 0xFF00FF00u) : (x < 4 ? 0xFF0000FFu : 0xFFFFFFFFu);
     Picture("sheet.dds", 8, 8, sheet);
     const std::string texture = R"(<Texture Texture="sheet.dds" DrawStyle="Regular" USubdivisions="2" VSubdivisions="2"
         SubdivisionStart="2" SubdivisionEnd="2"/>)";

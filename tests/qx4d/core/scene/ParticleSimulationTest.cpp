@@ -31,8 +31,7 @@ public:
     float Range(float min, float max) { return float((double(max) - min) * Unit() + min); }
     void Skip(int draws)
     {
-        for (int i = 0; i < draws; ++i)
-            Next();
+        for (int i = 0; i < draws; ++i) Next();
     }
 
 private:
@@ -91,8 +90,7 @@ TEST_F(ParticleSimulationTest, ASeededEmitterFollowsTheEquations)
         // The live ones move first: velocity by the acceleration, then position by it.
         for (Expected& p : born) {
             p.velocity[1] += ay;
-            for (size_t axis = 0; axis < 3; ++axis)
-                p.position[axis] += p.velocity[axis] * dt;
+            for (size_t axis = 0; axis < 3; ++axis) p.position[axis] += p.velocity[axis] * dt;
         }
         // Then 4 a second makes one new particle each quarter second.
         Expected p;
@@ -139,8 +137,7 @@ TEST_F(ParticleSimulationTest, TheRateSubtractsItselfAndStopsAtTheMostParticles)
     EXPECT_EQ(Emitter(1).spawnedThisRun, 3);
     // 10 a second in steps of 0.04: 0.4 of a particle per step until a step reaches one.
     Load({R"(<General ParticlesPerSecond="10"/>)"});
-    for (int step = 0; step < 3; ++step)
-        Step(0.04f);
+    for (int step = 0; step < 3; ++step) Step(0.04f);
     EXPECT_EQ(Emitter(0).Count(), 1) << "the third step's 1.2 makes the first";
 }
 
@@ -165,8 +162,9 @@ TEST_F(ParticleSimulationTest, SpeedClampsHoldOnlyWithAMostSpeedInForce)
 TEST_F(ParticleSimulationTest, TheSpinsSignFollowsItsChance)
 {
     qx::os::srand(12345);
-    Load({R"(<General MaxParticles="40" ParticlesPerSecond="40"/><Rotation SpinsPerSecondRange="1 2" SpinCCWorCW="0"/>)",
-          R"(<General MaxParticles="40" ParticlesPerSecond="40"/><Rotation SpinsPerSecondRange="1 2" SpinCCWorCW="1"/>)"});
+    Load(
+        {R"(<General MaxParticles="40" ParticlesPerSecond="40"/><Rotation SpinsPerSecondRange="1 2" SpinCCWorCW="0"/>)",
+         R"(<General MaxParticles="40" ParticlesPerSecond="40"/><Rotation SpinsPerSecondRange="1 2" SpinCCWorCW="1"/>)"});
     Step(1.0f);
     ASSERT_EQ(Emitter(1).Count(), 40);
     for (int i = 0; i < 40; ++i) {
@@ -211,11 +209,12 @@ TEST_F(ParticleSimulationTest, RevolutionTurnsAroundItsCentre)
 
 TEST_F(ParticleSimulationTest, DeathsAndLocationsFeedOtherEmitters)
 {
-    Load({R"(<General ParticlesPerSecond="1"/><Time LifetimeRange="0.5 0.5" SpawnFromOtherEmitterWhenDie="1, 1, 2"/>
+    Load(
+        {R"(<General ParticlesPerSecond="1"/><Time LifetimeRange="0.5 0.5" SpawnFromOtherEmitterWhenDie="1, 1, 2"/>
              <Location><PointDomain Center="3 0 0"/></Location>)",
-          R"(<General ParticlesPerSecond="0"/><Time LifetimeRange="10 10"/>)",
-          R"(<General ParticlesPerSecond="1"/><Location AddLocationEmitter="1"><PointDomain Center="0 1 0"/></Location>)",
-          R"(<General ParticlesPerSecond="1"/><Time SpawnFromOtherEmitterWhenDie="1, 0, 5"/><Location AddLocationEmitter="9"/>)"});
+         R"(<General ParticlesPerSecond="0"/><Time LifetimeRange="10 10"/>)",
+         R"(<General ParticlesPerSecond="1"/><Location AddLocationEmitter="1"><PointDomain Center="0 1 0"/></Location>)",
+         R"(<General ParticlesPerSecond="1"/><Time SpawnFromOtherEmitterWhenDie="1, 0, 5"/><Location AddLocationEmitter="9"/>)"});
     Step(1.0f);
     EXPECT_EQ(Emitter(2).Count(), 0) << "no particle to take a place from";
     EXPECT_EQ(Emitter(3).Count(), 0) << "no emitter of that index";
@@ -256,11 +255,12 @@ TEST_F(ParticleSimulationTest, ABigBatchIsBornInParallelWithEveryValueDrawn)
 
 TEST_F(ParticleSimulationTest, AbsurdValuesNeitherCrashNorGrowWithoutBound)
 {
-    Load({R"(<General MaxParticles="50" ParticlesPerSecond="1e30"/><Time LifetimeRange="-1 nan"/>)",
-          R"(<General MaxParticles="50" AutomaticSpawning="true"/><Time LifetimeRange="0 0" SpawnFromOtherEmitterWhenDie="1, 1, 1000000"/>
+    Load(
+        {R"(<General MaxParticles="50" ParticlesPerSecond="1e30"/><Time LifetimeRange="-1 nan"/>)",
+         R"(<General MaxParticles="50" AutomaticSpawning="true"/><Time LifetimeRange="0 0" SpawnFromOtherEmitterWhenDie="1, 1, 1000000"/>
              <Texture USubdivisions="3" SubdivisionStart="9" SubdivisionEnd="2"/>)",
-          R"(<General MaxParticles="0"/>)",
-          R"(<Collision UseCollision="true" UseCollisionPlanes="true" SpawnFromOtherEmitter="-7" SpawnAmount="-3"
+         R"(<General MaxParticles="0"/>)",
+         R"(<Collision UseCollision="true" UseCollisionPlanes="true" SpawnFromOtherEmitter="-7" SpawnAmount="-3"
                DampingFactorRange="1e30 1e30, 1e30 1e30, 1e30 1e30"><P y="1"/><P y="-1"/></Collision>)"});
     const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
     for (const float dt : {0.1f, nan, inf, -1.0f, 1e30f, 0.1f, 0.1f}) {

@@ -37,15 +37,13 @@ protected:
     Entity* Named(std::u16string_view name)
     {
         for (const auto& entity : scene.entities)
-            if (entity->name == name)
-                return entity.get();
+            if (entity->name == name) return entity.get();
         return nullptr;
     }
     size_t IndexOf(std::u16string_view name)
     {
         for (size_t i = 0; i < scene.entities.size(); ++i)
-            if (scene.entities[i]->name == name)
-                return i;
+            if (scene.entities[i]->name == name) return i;
         return scene.entities.size();
     }
 
@@ -265,8 +263,8 @@ ImageFilter Sepia
 
 TEST_F(SceneLoadTest, LinksResolveToTheFirstIdAndParentsComeFirst)
 {
-    ASSERT_TRUE(Load(Block("child", "ID 1\nParentID 2\nTargetID 3") + Block("aimed", "ID 3") + Block("parent", "ID 2")
-                     + Block("twin", "ID 2") + Block("lost", "ID 4\nParentID 77")));
+    ASSERT_TRUE(Load(Block("child", "ID 1\nParentID 2\nTargetID 3") + Block("aimed", "ID 3") + Block("parent", "ID 2") +
+                     Block("twin", "ID 2") + Block("lost", "ID 4\nParentID 77")));
     Entity& child = *Named(u"child");
     EXPECT_EQ(child.parent, Named(u"parent")) << "the first of two entities with an ID wins";
     EXPECT_EQ(child.target, Named(u"aimed"));
@@ -279,15 +277,14 @@ TEST_F(SceneLoadTest, LinksResolveToTheFirstIdAndParentsComeFirst)
 TEST_F(SceneLoadTest, CyclesOfLinksAreCutNotFollowedForever)
 {
     // Without IDs every entity is 0, so "ParentID 0" meets the first: itself included.
-    ASSERT_TRUE(Load(Block("first", "ParentID 0") + Block("a", "ID 5\nParentID 6") + Block("b", "ID 6\nParentID 7")
-                     + Block("c", "ID 7\nParentID 5\nTargetID 6")));
+    ASSERT_TRUE(Load(Block("first", "ParentID 0") + Block("a", "ID 5\nParentID 6") + Block("b", "ID 6\nParentID 7") +
+                     Block("c", "ID 7\nParentID 5\nTargetID 6")));
     ASSERT_EQ(scene.entities.size(), 4u);
     EXPECT_EQ(Named(u"first")->parent, nullptr);
     int links = 0;
     for (const auto& entity : scene.entities) {
         for (Entity* link : {entity->parent, entity->target}) {
-            if (!link)
-                continue;
+            if (!link) continue;
             ++links;
             EXPECT_LT(IndexOf(link->name), IndexOf(entity->name)) << "every remaining link points back";
         }
@@ -306,9 +303,10 @@ TEST_F(SceneLoadTest, ObjectsAreSharedAndMissingOnesDropTheirInstance)
     model.items.resize(1);
     const std::vector<uint8_t> bytes = tools::WriteObject(model);
     folder.Write("Objects/box.qxo", std::string(bytes.begin(), bytes.end()));
-    ASSERT_TRUE(Load(Block("one", "FileName box.qxo\nDissolve { Envelope 1 Key 0.5 0 3 0 0 0 0 0 0 Behaviors 1 1 }", "Object")
-                     + Block("two", "FileName \"box.qxo\"\nPosition 1 2 3", "StaticObject")
-                     + Block("gone", "FileName missing.qxo", "Object") + Block("after", "")));
+    ASSERT_TRUE(
+        Load(Block("one", "FileName box.qxo\nDissolve { Envelope 1 Key 0.5 0 3 0 0 0 0 0 0 Behaviors 1 1 }", "Object") +
+             Block("two", "FileName \"box.qxo\"\nPosition 1 2 3", "StaticObject") +
+             Block("gone", "FileName missing.qxo", "Object") + Block("after", "")));
     EXPECT_EQ(scene.objectInstances.size(), 2u);
     EXPECT_EQ(scene.objects.size(), 1u);
     EXPECT_EQ(scene.objectInstances[0]->object, scene.objectInstances[1]->object);

@@ -22,8 +22,7 @@ class SceneRenderTest : public ObjectTest {
 protected:
     void SetUp() override
     {
-        if (!StartWithObjects(kSize))
-            GTEST_SKIP() << "no EGL device";
+        if (!StartWithObjects(kSize)) GTEST_SKIP() << "no EGL device";
         folder.MakeFolder("Scenes");
         ASSERT_TRUE(files.Mount(u"SCENES", folder.Wide("Scenes")));
         ShaderLight dark;
@@ -57,7 +56,10 @@ protected:
         EXPECT_TRUE(LoadObject(String(std::u16string(name.begin(), name.end())), *objects.back()));
         return *static_cast<MeshItem*>(objects.back()->items.at(0).get());
     }
-    DrawRecord Record(MeshItem& mesh, float z) { return {&mesh, objects.back().get(), {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, z}}}; }
+    DrawRecord Record(MeshItem& mesh, float z)
+    {
+        return {&mesh, objects.back().get(), {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, z}}};
+    }
 
     /// Draws the two records through the queue and gives the colour of the middle.
     uint32_t Flush(const DrawRecord& first, const DrawRecord& second)
@@ -119,8 +121,7 @@ TEST_F(SceneRenderTest, BucketsDrawTheirStagedQuadsOnlyWhenThereAreAny)
     bucket.Flush();  // nothing staged: nothing drawn, nothing placed
     EXPECT_EQ(renderer->GetVertexBuffer(bucket.vertexBuffer)->writePosition, 0u);
     ASSERT_TRUE(bucket.HasRoom(4));
-    for (int i = 0; i < 4; ++i)
-        *bucket.cursor++ = ParticleVertex{float(i & 1), float(i >> 1), 0, 0, 0, 0xFFFFFFFFu};
+    for (int i = 0; i < 4; ++i) *bucket.cursor++ = ParticleVertex{float(i & 1), float(i >> 1), 0, 0, 0, 0xFFFFFFFFu};
     bucket.End();
     EXPECT_EQ(bucket.cursor, bucket.begin);
     EXPECT_EQ(renderer->GetVertexBuffer(bucket.vertexBuffer)->writePosition, 4u * sizeof(ParticleVertex));
@@ -150,13 +151,14 @@ TEST_F(SceneRenderTest, BackdropWrapsItsColourAndDissolveHidesTheWholeInstance)
     Save("square.qxo", model);
     const std::string cameraBlock = "Camera\n{\n  Position 0 0 -3\n}\n";
     // 1.5 x 255 wraps to 126 in the packing; the square stands in the middle.
-    auto [middle, corner] = RenderScene(folder, Device(), "BackdropColor 1.5 0.5 0\n" + cameraBlock + "Object\n{\n  FileName square.qxo\n}\n");
+    auto [middle, corner] = RenderScene(
+        folder, Device(), "BackdropColor 1.5 0.5 0\n" + cameraBlock + "Object\n{\n  FileName square.qxo\n}\n");
     EXPECT_EQ(corner, 0xFF7E7F00u);
     EXPECT_EQ(middle, 0xFFFFFFFFu);
     std::tie(middle, corner) = RenderScene(
         folder, Device(),
-        "BackdropColor 0 0 1\n" + cameraBlock
-            + "Object\n{\n  FileName square.qxo\n  Dissolve { Envelope 1 Key 0.5 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n");
+        "BackdropColor 0 0 1\n" + cameraBlock +
+            "Object\n{\n  FileName square.qxo\n  Dissolve { Envelope 1 Key 0.5 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n");
     EXPECT_EQ(middle, 0xFF0000FFu) << "a dissolve of 0.5 hides the object wholly";
 }
 

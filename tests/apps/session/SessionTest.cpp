@@ -1,6 +1,6 @@
 // EffectSession, the driver that qxfx and the frei0r filter share: it selects and sets up
 // the effect as an editor does and renders frames the way the host renders them.
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 #include "tests/host/EffectHarness.h"
 
 #include <gtest/gtest.h>

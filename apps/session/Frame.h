@@ -1,7 +1,7 @@
 #pragma once
 // A frame as the effect host takes it: 32-bit samples B, G, R, A, straight alpha,
 // top-down, rows without padding.
-#include "apps/qxfx/CommandError.h"
+#include "apps/session/CommandError.h"
 
 #include <cstdint>
 #include <new>

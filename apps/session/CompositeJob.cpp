@@ -1,4 +1,4 @@
-#include "apps/qxfx/CompositeJob.h"
+#include "apps/session/CompositeJob.h"
 
 namespace qx::qxfx {
 

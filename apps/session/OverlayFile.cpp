@@ -1,6 +1,6 @@
-#include "apps/qxfx/OverlayFile.h"
+#include "apps/session/OverlayFile.h"
 
-#include "apps/qxfx/CommandError.h"
+#include "apps/session/CommandError.h"
 #include "platform/os/FilePath.h"
 #include "platform/os/WideText.h"
 #include "platform/swf/FileBytes.h"
@@ -52,7 +52,8 @@ OverlayFile::OverlayFile(const std::string& path)
     fs::create_directories(folder_, error);
     const fs::path link = folder_ / ("overlay" + wanted);
     fs::create_symlink(file, link, error);
-    if (error) throw CommandError("'" + path + "': cannot link it as '" + link.string() + "' (" + error.message() + ")");
+    if (error)
+        throw CommandError("'" + path + "': cannot link it as '" + link.string() + "' (" + error.message() + ")");
     path_ = link.string();
 }
 

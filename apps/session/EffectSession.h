@@ -2,8 +2,9 @@
 // Drives one effect of the catalogue over a run of frames as an editor does: Index (an
 // effect id), Params, Source, Duration, Fps, AspectRatio and the data path are put once,
 // Setup runs once over two frames of a fixed size, then each frame is written into the
-// input, Progress is put and Execute renders the output.
-#include "apps/qxfx/Frame.h"
+// input, Progress is put and Execute renders the output. The qxfx tools share it: the
+// command line and the frei0r filters.
+#include "apps/session/Frame.h"
 #include "host/DynamicEffect.h"
 
 #include <optional>
@@ -17,7 +18,7 @@ struct EffectSettings {
     /// The parameter text; none means the effect's default list.
     std::optional<std::string> params;
     std::string source;
-    std::string dataPath;  // empty: the host's data path is left unset
+    std::string dataPath;          // empty: the host's data path is left unset
     double durationSeconds = 0.0;  // the effect's span; 0 leaves the host's value
     float fps = 25.0f;
     float aspectRatio = 0.0f;  // 0 lets the effect take the ratio of the frame

@@ -1,7 +1,7 @@
-#include "apps/qxfx/EffectSession.h"
+#include "apps/session/EffectSession.h"
 
-#include "wrap3d/DataPath.h"
 #include "platform/os/WideText.h"
+#include "wrap3d/DataPath.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // The compositor driven as an editor drives it, over frames of the command line: two
 // input surfaces and an output, Setup once, then Execute per frame. Shared by
 // `qxfx composite` and the frei0r compositor filter.
-#include "apps/qxfx/Frame.h"
+#include "apps/session/Frame.h"
 #include "filters/Compositor.h"
 
 #include <memory>
