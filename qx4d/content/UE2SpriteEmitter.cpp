@@ -32,8 +32,8 @@ std::unique_ptr<UE2SpriteEmitter> UE2SpriteEmitter::Read(const XmlNode* root)
     auto record = std::make_unique<UE2SpriteEmitter>();
     // A missing element reads as an empty one: the steps after an element run all the same.
     const XmlNode empty;
-    const auto element = [&](const char16_t* name) -> const XmlNode& {
-        const XmlNode* found = root ? FirstChild(*root, name) : nullptr;
+    const auto element = [&](const char16_t* elementName) -> const XmlNode& {
+        const XmlNode* found = root ? FirstChild(*root, elementName) : nullptr;
         return found ? *found : empty;
     };
     record->ReadGeneral(element(u"General"));
