@@ -77,6 +77,8 @@ bool Base3D::Resize(int32_t width, int32_t height)
                 texture->ReleaseDevice();
         }
     }
+    // The scene's image filters are made for the frame's size, which no window tells them.
+    scene.SetFrameSize(width, height);
     // The target's width stands against both sizes: the height isn't looked at.
     if (target.width == width && target.width == height) return !failed;
     return !failed && target.Create(width, height);

@@ -26,9 +26,9 @@ public:
     /// Draws the scene at its start time plus `time` into `out`; false when nothing was
     /// written.
     virtual bool Render(float time, float step, uint32_t* out);
-    /// Makes the live images dynamic textures of this size and the target too. As the
-    /// target's width is compared with both sizes, a square size equal to that width
-    /// keeps the target as it is.
+    /// Makes the live images dynamic textures of this size and the target too, and the
+    /// scene's filter chain. As the target's width is compared with both sizes, a square
+    /// size equal to that width keeps the target as it is.
     bool Resize(int32_t width, int32_t height);
 
     qx4d::Scene scene;

@@ -21,8 +21,9 @@ namespace {
 constexpr const char* kUsage =
     "usage: qxfx demo [options]\n"
     "Renders every effect of the catalogue over the test pattern with its default\n"
-    "parameters, into DIR/demo.mp4 and DIR/contact-sheet.png (each effect at progress\n"
-    "0, 0.5 and 1). Effects that cannot be set up or run are skipped with a note.\n"
+    "parameters, then the pack's particle, lens-flare and image-filter scenes, into\n"
+    "DIR/demo.mp4 and DIR/contact-sheet.png (each at progress 0, 0.5 and 1). Effects\n"
+    "that cannot be set up or run are skipped with a note.\n"
     "  --out DIR       output folder (default out)\n"
     "  --size WxH      frame size (default 320x180)\n"
     "  --frames N      frames per effect, odd so that the middle one is at 0.5 (default 25)\n"
@@ -66,19 +67,37 @@ DemoOptions parseOptions(std::span<const std::string_view> arguments)
     return o;
 }
 
-std::string captionOf(const CatalogueEntry& entry)
+/// One effect of the demo: an entry of the catalogue with its default source, or a scene of
+/// the pack with the effect that plays it.
+struct DemoItem {
+    LONG id;
+    std::string source;
+    std::string caption;
+};
+
+std::vector<DemoItem> demoItems()
 {
-    return std::to_string(entry.id) + "  " + (entry.name.empty() ? "(no name)" : entry.name);
+    std::vector<DemoItem> items;
+    for (const CatalogueEntry& entry : readCatalogue())
+        items.push_back({entry.id, packSource(entry.id),
+                         std::to_string(entry.id) + "  " + (entry.name.empty() ? "(no name)" : entry.name)});
+    for (const PackScene& scene : packShowcase()) {
+        // "Effects\Soleil.afx" is shown as "Soleil".
+        const std::string name = scene.source.substr(scene.source.rfind('\\') + 1);
+        items.push_back(
+            {scene.effectId, scene.source, std::to_string(scene.effectId) + "  " + name.substr(0, name.rfind('.'))});
+    }
+    return items;
 }
 
 // Renders one effect into the video and returns its pictures at progress 0, 0.5 and 1.
 // CommandError when the host refuses the effect; frames already written stay.
-std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions& o, VideoWriter& video)
+std::array<Frame, 3> renderEffect(const DemoItem& item, const DemoOptions& o, VideoWriter& video)
 {
     EffectSettings settings;
-    settings.effectId = entry.id;
+    settings.effectId = item.id;
     settings.dataPath = o.dataPath;
-    settings.source = packSource(entry.id);
+    settings.source = item.source;
     settings.fps = kFps;
     settings.durationSeconds = double(o.frames) / kFps;
     EffectSession session(settings, o.width, o.height);
@@ -92,7 +111,7 @@ std::array<Frame, 3> renderEffect(const CatalogueEntry& entry, const DemoOptions
         makeOpaque(shown);
         const auto surface = surfaceOver(shown);
         const draw2d::CairoContext cr(cairo_create(surface.get()));
-        drawCaption(cr.get(), 4, 4, captionOf(entry), std::max(10.0, o.height / 16.0));
+        drawCaption(cr.get(), 4, 4, item.caption, std::max(10.0, o.height / 16.0));
         cairo_surface_flush(surface.get());
         video.write(shown);
     }
@@ -104,26 +123,26 @@ int renderDemo(const DemoOptions& o)
     std::error_code error;
     std::filesystem::create_directories(o.outDir, error);
     if (error) throw CommandError("'" + o.outDir + "': cannot create (" + error.message() + ")");
-    const auto entries = readCatalogue();
+    const auto items = demoItems();
     VideoWriter video(o.outDir + "/demo.mp4", o.width, o.height, av_d2q(kFps, 1000), o.threads);
     ContactSheet sheet;
-    ProgressBar bar("demo", long(entries.size()));
+    ProgressBar bar("demo", long(items.size()));
     int rendered = 0;
-    for (size_t i = 0; i < entries.size(); ++i) {
+    for (size_t i = 0; i < items.size(); ++i) {
         try {
-            auto pictures = renderEffect(entries[i], o, video);
-            sheet.add(captionOf(entries[i]), pictures);
+            auto pictures = renderEffect(items[i], o, video);
+            sheet.add(items[i].caption, pictures);
             ++rendered;
         } catch (const CommandError& skipped) {
-            std::fprintf(stderr, "qxfx demo: skipped effect %d: %s\n", entries[i].id, skipped.what());
-            sheet.addSkipped(captionOf(entries[i]), std::string("skipped: ") + skipped.what());
+            std::fprintf(stderr, "qxfx demo: skipped effect %d: %s\n", items[i].id, skipped.what());
+            sheet.addSkipped(items[i].caption, std::string("skipped: ") + skipped.what());
         }
         bar.update(long(i + 1));
     }
     video.finish();
     sheet.write(o.outDir + "/contact-sheet.png");
-    std::fprintf(stderr, "qxfx demo: %d of %zu effects in %s/demo.mp4 and %s/contact-sheet.png\n", rendered,
-                 entries.size(), o.outDir.c_str(), o.outDir.c_str());
+    std::fprintf(stderr, "qxfx demo: %d of %zu effects and scenes in %s/demo.mp4 and %s/contact-sheet.png\n", rendered,
+                 items.size(), o.outDir.c_str(), o.outDir.c_str());
     return 0;
 }
 

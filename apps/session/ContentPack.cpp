@@ -42,4 +42,14 @@ std::string packSource(LONG id)
     }
 }
 
+std::vector<PackScene> packShowcase()
+{
+    const LONG particles = effect_id::kParticles3D, scene = effect_id::kScene3D;
+    return {{particles, "Particles\\Neige.afx"},  {particles, "Particles\\Fontaine.afx"},
+            {particles, "Particles\\Averse.afx"}, {scene, "Effects\\Soleil.afx"},
+            {scene, "Effects\\Negatif.afx"},      {scene, "Effects\\Sepia.afx"},
+            {scene, "Effects\\Eclat.afx"},        {scene, "Effects\\Tourbillon.afx"},
+            {scene, "Effects\\Explosion.afx"},    {scene, "Effects\\Onde.afx"}};
+}
+
 }  // namespace qx

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace qx {
 
@@ -19,5 +20,14 @@ bool needsPack(LONG id);
 /// The Source that effect `id` plays by default, relative to the data path; empty for
 /// effects that read no Source or whose Source is always the same scene.
 std::string packSource(LONG id);
+
+/// A scene of the pack and the effect that plays it.
+struct PackScene {
+    LONG effectId;
+    std::string source;
+};
+/// The pack's particle, lens-flare and image-filter scenes that no effect plays by default,
+/// in the order the demo shows them after the catalogue.
+std::vector<PackScene> packShowcase();
 
 }  // namespace qx

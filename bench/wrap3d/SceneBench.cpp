@@ -14,7 +14,9 @@ namespace {
 
 using namespace qx;
 
-void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source)
+/// Frames of effect `id` with `source`; `warmUp` frames are played first, for scenes that
+/// build up over time (particles).
+void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source, int warmUp = 0)
 {
     test::EffectHarness harness(qx::bench::kFrameWidth, qx::bench::kFrameHeight);
     Bstr dataPath(std::u16string(u"" QX_DATA_DIR));
@@ -38,6 +40,7 @@ void SceneFrame(benchmark::State& state, LONG id, std::u16string_view source)
         return;
     }
     float progress = 0.0f;
+    for (int frame = 0; frame < warmUp; ++frame) harness.execute(0.0f);
     for (auto _ : state) {
         harness.execute(progress);
         progress = progress >= 1.0f ? 0.0f : progress + 0.01f;
@@ -49,5 +52,20 @@ BENCHMARK(BM_CubeFrameThroughHost1080p)->Unit(benchmark::kMillisecond)->UseRealT
 
 void BM_FlagFrameThroughHost1080p(benchmark::State& state) { SceneFrame(state, 5004, u"Effects\\Drapeau.afx"); }
 BENCHMARK(BM_FlagFrameThroughHost1080p)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The downpour keeps 10,000 particles in the air once a second of it has played.
+void BM_DownpourFrameThroughHost1080p(benchmark::State& state)
+{
+    SceneFrame(state, 5003, u"Particles\\Averse.afx", 30);
+}
+BENCHMARK(BM_DownpourFrameThroughHost1080p)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A chain of two filters, one of them the bloom with its eleven passes.
+void BM_BloomFrameThroughHost1080p(benchmark::State& state) { SceneFrame(state, 5004, u"Effects\\Eclat.afx"); }
+BENCHMARK(BM_BloomFrameThroughHost1080p)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The sun's flare with every option, its occlusion query waited for each frame.
+void BM_FlareFrameThroughHost1080p(benchmark::State& state) { SceneFrame(state, 5004, u"Effects\\Soleil.afx"); }
+BENCHMARK(BM_FlareFrameThroughHost1080p)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -34,9 +34,12 @@ technique t0
         ZEnable = FALSE;
         ZWriteEnable = FALSE;
         CullMode = NONE;
+        AlphaTestEnable = FALSE;
         AlphaBlendEnable = TRUE;
         SrcBlend = ONE;
         DestBlend = ONE;
+        AddressU[0] = CLAMP;
+        AddressV[0] = CLAMP;
         VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_main();
     }
@@ -46,5 +49,9 @@ technique t0
         ZWriteEnable = TRUE;
         CullMode = CCW;
         AlphaBlendEnable = FALSE;
+        SrcBlend = ONE;
+        DestBlend = ZERO;
+        AddressU[0] = WRAP;
+        AddressV[0] = WRAP;
     }
 }

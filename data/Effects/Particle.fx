@@ -1,7 +1,8 @@
 // Particles: camera-facing quads already placed in the world, each vertex with its
-// texture coordinates and colour. The texture in sampler 0 is tinted by the colour and
-// added over the scene, with no depth written, so that particles glow and never cut
-// holes into each other. The view-projection of the camera stands in constants 0 to 3.
+// texture coordinates and colour. The texture in sampler 0 is tinted by the colour. The
+// emitter sets blending, alpha test and depth states by its draw style before its quads
+// are drawn; the last pass puts them back. The view-projection of the camera stands in
+// constants 0 to 3.
 
 float4x4 g_ViewProj : register(c0);
 sampler g_Particle : register(s0);
@@ -31,18 +32,24 @@ technique t0
 {
     pass p0
     {
-        ZWriteEnable = FALSE;
         CullMode = NONE;
-        AlphaBlendEnable = TRUE;
-        SrcBlend = SRCALPHA;
-        DestBlend = ONE;
+        AddressU[0] = CLAMP;
+        AddressV[0] = CLAMP;
         VertexShader = compile vs_2_0 vs_main();
         PixelShader = compile ps_2_0 ps_main();
     }
     pass restore
     {
+        ZEnable = TRUE;
         ZWriteEnable = TRUE;
         CullMode = CCW;
         AlphaBlendEnable = FALSE;
+        SrcBlend = ONE;
+        DestBlend = ZERO;
+        AlphaTestEnable = FALSE;
+        AlphaFunc = ALWAYS;
+        AlphaRef = 0;
+        AddressU[0] = WRAP;
+        AddressV[0] = WRAP;
     }
 }

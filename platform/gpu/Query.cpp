@@ -44,6 +44,9 @@ HRESULT Query::Issue(DWORD flags)
         glBeginQuery(GL_SAMPLES_PASSED, query_.get());
     else if (flags & D3DISSUE_END) {
         glEndQuery(GL_SAMPLES_PASSED);
+        // A fence behind the count, for callers that wait for it.
+        dropFence();
+        fence_ = glFenceSync(GL_SYNC_GPU_COMMANDS_COMPLETE, 0);
         issued_ = true;
     }
     return D3D_OK;
@@ -64,7 +67,9 @@ HRESULT Query::GetData(void* data, DWORD size, DWORD flags)
         if (data && size >= sizeof(done)) std::memcpy(data, &done, sizeof(done));
         return S_OK;
     }
-    if (flags & D3DGETDATA_FLUSH) glFlush();
+    // As with events, a caller that flushes waits a moment in the driver for the count.
+    if (flags & D3DGETDATA_FLUSH)
+        glClientWaitSync(static_cast<GLsync>(fence_), GL_SYNC_FLUSH_COMMANDS_BIT, kFlushWaitNs);
     GLuint available = 0;
     glGetQueryObjectuiv(query_.get(), GL_QUERY_RESULT_AVAILABLE, &available);
     if (!available) return S_FALSE;

@@ -1,5 +1,6 @@
 #include "qx4d/content/Filter.h"
 
+#include "qx4d/content/LDRBloom.h"
 #include "qx4d/content/ReadFloatOrEnvelope.h"
 #include "qx4d/core/TextReader.h"
 

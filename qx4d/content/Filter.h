@@ -1,9 +1,12 @@
 #pragma once
 // The image filters a scene may name: full-screen passes over the picture of the frame,
-// run in the order of the scene file. This holds what a scene text says of each filter;
-// the filters' targets and passes come with the filter chain of the frame.
+// run in the order of the scene file. Each filter reads the frame's picture as a texture
+// and draws a new picture into its target through the pixel shader of its effect file;
+// the scene's filter chain hands each one its source and target.
 #include "qx4d/content/Envelope.h"
 #include "qx4d/core/String.h"
+#include "qx4d/core/device/GraphicsDevice.h"
+#include "qx4d/core/device/ResourceHandle.h"
 
 #include <array>
 #include <memory>
@@ -11,15 +14,23 @@
 
 namespace qx4d {
 
+class Renderer;
 class TextReader;
 
 class Filter {
 public:
     Filter() = default;
-    virtual ~Filter() = default;
+    /// Gives the effect and the declaration back.
+    virtual ~Filter();
     Filter(const Filter&) = delete;
     Filter& operator=(const Filter&) = delete;
 
+    /// Sets the size of the target, loads the effect and makes the vertex declaration
+    /// (anew when called again); false when one of them can't be made, a missing effect
+    /// file among them.
+    virtual bool Create(int32_t newWidth, int32_t newHeight);
+    /// Draws `source` through the effect into `target`: one quad over the whole target.
+    virtual void Render();
     /// Reads the block behind the filter's name, up to "}" (or a "{}" token). The filters
     /// without keys read nothing.
     virtual void Load(TextReader& /*reader*/) {}
@@ -31,7 +42,23 @@ public:
 
     int32_t width = 0;
     int32_t height = 0;
+    ResourceHandle effect;
+    ResourceHandle declaration;
+    /// The surface the filter draws into.
+    std::shared_ptr<gpu::Surface> target;
+    /// The picture it reads.
+    ResourceHandle source;
     std::vector<std::unique_ptr<Envelope>> envelopes;
+
+protected:
+    /// Binds the textures a filter reads beyond its source, from sampler 1 on.
+    virtual void BindExtraTextures(Renderer& /*renderer*/) {}
+    /// Sets the pixel shader constants of the filter's own values.
+    virtual void SetConstants(gpu::Device& /*device*/) {}
+    /// Gives back what `Create` made.
+    virtual void Release();
+    /// Clears the target and draws the quad over it, `width` by `height` pixels.
+    void DrawQuad(gpu::Device& device) const;
 };
 
 class Negative : public Filter {
@@ -39,14 +66,21 @@ public:
     const char16_t* EffectFile() const override { return u"Filters\\Negative.fx"; }
 };
 
+/// The luminance of the picture looked up in the tone ramp "sepia.tga", in sampler 1.
 class Sepia : public Filter {
 public:
+    ~Sepia() override { ReleaseToneRamp(); }
+    bool Create(int32_t newWidth, int32_t newHeight) override;
     const char16_t* EffectFile() const override { return u"Filters\\Sepia.fx"; }
-};
 
-class LDRBloom : public Filter {
-public:
-    const char16_t* EffectFile() const override { return u"Filters\\LDRBloom.fx"; }
+    ResourceHandle toneRamp;
+
+protected:
+    void BindExtraTextures(Renderer& renderer) override;
+    void Release() override;
+
+private:
+    void ReleaseToneRamp();
 };
 
 class ColorTransform : public Filter {
@@ -55,6 +89,11 @@ public:
 
     /// Four rows of four; the identity is written before each draw.
     std::array<float, 16> colorMatrix{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+protected:
+    /// The identity, then its rows into constants 0 to 3: the filter as it stands changes
+    /// nothing unless its effect file does.
+    void SetConstants(gpu::Device& device) override;
 };
 
 /// The filters that move where the picture is read, around a centre and out to a radius.
@@ -69,6 +108,10 @@ public:
 protected:
     /// Keys beyond the centre and the radius; true for a key it took.
     virtual bool LoadKey(const String& /*key*/, TextReader& /*reader*/) { return false; }
+    /// The values in field order into constant 0: centre x, centre y, radius and, for the
+    /// twirl, the angle.
+    void SetConstants(gpu::Device& device) override;
+    virtual float Angle() const { return 0.0f; }
 };
 
 class Twirl : public DistortFilter {
@@ -79,6 +122,7 @@ public:
 
 protected:
     bool LoadKey(const String& key, TextReader& reader) override;
+    float Angle() const override { return angle; }
 };
 
 class Explode : public DistortFilter {

@@ -1,11 +1,14 @@
 // The default content pack as the build assembles it: every effect file compiles, every
-// scene loads with its objects and placeholder pictures, and the zip of the pack serves
-// the same files through the file manager's archive path.
+// scene loads with its objects, placeholder pictures, particle systems, flares and
+// filters, and the zip of the pack serves the same files through the file manager's
+// archive path.
 #include "qx4d/core/FileManager.h"
 #include "qx4d/core/device/GraphicsDevice.h"
 #include "qx4d/core/device/Renderer.h"
 #include "qx4d/core/scene/Camera.h"
+#include "qx4d/core/scene/LensFlare.h"
 #include "qx4d/core/scene/ObjectInstance.h"
+#include "qx4d/core/scene/ParticleSystem.h"
 #include "qx4d/core/scene/Scene.h"
 #include "tests/qx4d/core/TestFiles.h"
 
@@ -20,8 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kPack = QX_DATA_DIR;
-constexpr const char16_t* kFolders[] = {u"Images", u"Effects", u"Scenes", u"Objects", u"Materials"};
-constexpr const char16_t* kAliases[] = {u"IMAGES", u"EFFECTS", u"SCENES", u"OBJECTS", u"MATERIALS"};
+constexpr const char16_t* kFolders[] = {u"Images", u"Effects", u"Scenes", u"Emitters", u"Objects", u"Materials"};
+constexpr const char16_t* kAliases[] = {u"IMAGES", u"EFFECTS", u"SCENES", u"EMITTERS", u"OBJECTS", u"MATERIALS"};
 
 class ContentPackTest : public ::testing::Test {
 protected:
@@ -55,14 +58,17 @@ TEST_F(ContentPackTest, EveryEffectFileCompiles)
 {
     MountFolders();
     int count = 0;
-    for (const auto& entry : fs::directory_iterator(kPack / "Effects")) {
+    for (const auto& entry : fs::recursive_directory_iterator(kPack / "Effects")) {
         if (entry.path().extension() != ".fx") continue;
         ++count;
-        ResourceHandle effect = renderer->LoadEffect(String(entry.path().filename().u16string()));
+        // Names under the alias, with the engine's backslashes ("Filters\\Sepia.fx").
+        String name(fs::relative(entry.path(), kPack / "Effects").u16string());
+        name.ReplaceChar(u'/', u'\\');
+        ResourceHandle effect = renderer->LoadEffect(name);
         EXPECT_FALSE(effect.IsNull()) << entry.path().filename();
         renderer->ReleaseEffect(effect);
     }
-    EXPECT_GE(count, 5);
+    EXPECT_GE(count, 12) << "five of the engine and seven of the filters";
 }
 
 /// Every scene of the pack, with the placeholder pictures its player looks for.
@@ -77,6 +83,15 @@ const PackScene kScenes[] = {
     {u"Effects\\Drapeau.afx", {u"cartes\\sample 1.dds"}},
     {u"Effects\\Battement.afx", {u"cartes\\sample 1.dds"}},
     {u"Particles\\Sparks.afx", {u"cartes\\sample 2.dds"}},
+    {u"Particles\\Neige.afx", {u"cartes\\sample 2.dds"}},
+    {u"Particles\\Fontaine.afx", {u"cartes\\sample 2.dds"}},
+    {u"Effects\\Soleil.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Negatif.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Sepia.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Eclat.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Tourbillon.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Explosion.afx", {u"cartes\\sample 1.dds"}},
+    {u"Effects\\Onde.afx", {u"cartes\\sample 1.dds"}},
     {u"Transitions\\Cube.afx", {u"cartes\\sample 3.dds", u"cartes\\sample 4.dds"}},
     {u"Compositions\\Carousel.cpo3d",
      {u"cartes\\carte 1.dds", u"cartes\\carte 2.dds", u"cartes\\carte 3.dds", u"cartes\\carte 4.dds"}},
@@ -95,6 +110,23 @@ void ExpectSceneLoads(Renderer& renderer, const PackScene& packScene)
         EXPECT_FALSE(picture.IsNull()) << std::string(name, name + std::char_traits<char16_t>::length(name));
         renderer.ReleaseTexture(picture);
     }
+    // Every emitter a system names is there, with its picture.
+    for (const ParticleSystem* system : scene.particleSystems) {
+        EXPECT_FALSE(system->instances.empty());
+        for (const auto& description : system->descriptions)
+            EXPECT_NE(renderer.GetTexture(description->texture), nullptr)
+                << std::string(description->name.begin(), description->name.end());
+    }
+    for (const LensFlare* flare : scene.lensFlares) {
+        EXPECT_NE(renderer.GetTexture(flare->glowTexture), nullptr);
+        EXPECT_NE(renderer.GetTexture(flare->starTexture), nullptr);
+        for (const ResourceHandle& texture : flare->elementTextures)
+            EXPECT_TRUE(texture.IsNull() || renderer.GetTexture(texture));
+    }
+    // Every filter can be made for a frame, the sepia ramp and the bloom's levels included.
+    const size_t filters = scene.filters.size();
+    scene.SetFrameSize(64, 48);
+    EXPECT_EQ(scene.filters.size(), filters);
 }
 
 TEST_F(ContentPackTest, EverySceneLoadsWithItsObjectsAndPlaceholders)
@@ -111,7 +143,11 @@ TEST_F(ContentPackTest, TheZipServesTheSamePack)
     ASSERT_TRUE(files.Mount(u"PACK", std::u16string(u"" QX_DATA_ZIP)));
     for (size_t i = 0; i < std::size(kFolders); ++i)
         ASSERT_TRUE(files.Mount(kAliases[i], std::u16string(u"PACK:") + kFolders[i]));
-    ExpectSceneLoads(*renderer, kScenes[5]);
+    // The transition's two pictures, and a fountain whose emitters come from the zip too.
+    for (const PackScene& scene : kScenes) {
+        const std::u16string_view path = scene.path;
+        if (path == u"Transitions\\Cube.afx" || path == u"Particles\\Fontaine.afx") ExpectSceneLoads(*renderer, scene);
+    }
     size_t fromZip = 0;
     const auto zipped = files.Load(u"OBJECTS:flag.qxo", fromZip);
     ASSERT_NE(zipped, nullptr);

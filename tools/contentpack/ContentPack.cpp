@@ -1,9 +1,12 @@
 // Writes the binary part of the default content pack: the object files of the scenes
-// and the DDS pictures (the placeholder cards that live frames replace, the backdrops).
+// and the pictures (the placeholder cards that live frames replace, the backdrops, the
+// lens-flare and particle pictures, the sepia filter's ramp).
 //   qx4d_contentpack <data folder>
+#include "tools/contentpack/PackFlares.h"
 #include "tools/contentpack/PackImages.h"
 #include "tools/contentpack/PackMeshes.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +24,13 @@ bool WriteFile(const fs::path& path, const std::vector<uint8_t>& bytes)
     return bool(out);
 }
 
+/// A picture's name under "IMAGES:", its backslashes made folders.
+fs::path ImagePath(std::string name)
+{
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return fs::path(name);
+}
+
 bool WriteObjects(const fs::path& objects)
 {
     const SurfaceModel lit = TexturedSurface(0.35f, 0.25f);
@@ -34,6 +44,7 @@ bool WriteObjects(const fs::path& objects)
                    WriteFile(objects / "plane.qxo", WriteObject(TwoSidedPlane(sample1, lit))) &&
                    WriteFile(objects / "flag.qxo", WriteObject(WavingFlag(sample1, lit, 32, 24, 30, 12))) &&
                    WriteFile(objects / "screen.qxo", WriteObject(TwoSidedPlane("cartes\\sample 2.dds", frameLit))) &&
+                   WriteFile(objects / "frame.qxo", WriteObject(TwoSidedPlane(sample1, frameLit))) &&
                    WriteFile(objects / "transition-cube.qxo", WriteObject(Box(transitionFaces, frameLit)));
     for (int card = 1; card <= 4; ++card) {
         const std::string name = "cartes\\carte " + std::to_string(card) + ".dds";
@@ -54,10 +65,15 @@ bool WriteImages(const fs::path& images)
             WriteFile(images / "cartes" / ("sample " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[i]))) &&
             WriteFile(images / "cartes" / ("carte " + number + ".dds"), DdsOf(PlaceholderCard(256, tints[3 - i])));
     }
-    return written &&
-           WriteFile(images / "backdrops" / "night.dds", DdsOf(Gradient(512, 256, 0xFF05070Fu, 0xFF1C2550u))) &&
-           WriteFile(images / "backdrops" / "dusk.dds", DdsOf(Gradient(512, 256, 0xFF141A33u, 0xFF5A3A4Au))) &&
-           WriteFile(images / "backdrops" / "studio.dds", DdsOf(Gradient(512, 256, 0xFF101012u, 0xFF3A3A40u)));
+    written = written &&
+              WriteFile(images / "backdrops" / "night.dds", DdsOf(Gradient(512, 256, 0xFF05070Fu, 0xFF1C2550u))) &&
+              WriteFile(images / "backdrops" / "dusk.dds", DdsOf(Gradient(512, 256, 0xFF141A33u, 0xFF5A3A4Au))) &&
+              WriteFile(images / "backdrops" / "studio.dds", DdsOf(Gradient(512, 256, 0xFF101012u, 0xFF3A3A40u)));
+    auto pictures = FlarePictures();
+    for (auto& picture : ParticlePictures()) pictures.push_back(std::move(picture));
+    for (const auto& [name, picture] : pictures)
+        written = written && WriteFile(images / ImagePath(name), DdsOf(picture));
+    return written && WriteFile(images / "sepia.tga", TgaOf(SepiaRamp()));
 }
 
 }  // namespace

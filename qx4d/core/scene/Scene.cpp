@@ -52,6 +52,7 @@ void Scene::Clear()
     objectInstances.clear();
     lights.clear();
     filters.clear();
+    ReleaseFilterChain();
     startTime = 0.0f;
     endTime = 0.0f;
     backdrop.ReleaseHandles();

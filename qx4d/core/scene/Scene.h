@@ -67,8 +67,13 @@ public:
     /// order, then the filters, and refreshes what materials read of the scene.
     void Update(float time, float timeStep);
     /// Draws the frame into the current target with the active camera: shadow maps,
-    /// backdrop, fog colour, the meshes through the render queue, particles and flares.
+    /// backdrop, fog colour, the meshes through the render queue, particles and flares,
+    /// the whole drawn through the image filters when the scene has any.
     void Render();
+    /// The size of the frame's render target, which the filter chain is made for: the
+    /// player hands it in, as no window tells it. A new size makes the chain anew; until
+    /// a size is known the filters stand idle.
+    void SetFrameSize(int32_t width, int32_t height);
     /// Makes this scene the current one; returns the one before it.
     Scene* MakeCurrent();
     static Scene* Current() { return current; }
@@ -98,6 +103,12 @@ public:
     std::vector<ObjectInstance*> objectInstances;
     std::vector<Light*> lights;
     std::vector<std::unique_ptr<Filter>> filters;
+    /// The filter chain's two ping-pong targets and its depth surface, and the surfaces in
+    /// force before the frame, kept while it is drawn.
+    std::array<ResourceHandle, 2> filterTargets;
+    ResourceHandle filterDepth;
+    std::shared_ptr<gpu::Surface> savedTarget;
+    std::shared_ptr<gpu::Surface> savedDepth;
     Float3 globalAmbient{};
     Backdrop backdrop;
 
@@ -115,9 +126,19 @@ private:
     void RenderBackdrop(gpu::Device& device, Renderer& renderer);
     void RenderFogColor(Renderer& renderer) const;
     void RenderObjects(const ShadingCamera& camera);
-    void RenderTransparentEntities();
+    void RenderTransparentEntities(gpu::Device& device);
+    /// Makes the chain's targets for the frame's size and hands each filter its source;
+    /// a filter whose resources can't be made is dropped.
+    void SetUpFilterChain();
+    void ReleaseFilterChain();
+    /// Draws the frame into the chain's first target; false when there is no chain.
+    bool BeginFilterChain(gpu::Device& device);
+    /// Runs the filters, the last one into the target of the frame.
+    void EndFilterChain(gpu::Device& device);
 
     ShadingScene shading;
+    int32_t frameWidth = 0;
+    int32_t frameHeight = 0;
     static inline Scene* current = nullptr;
 };
 

@@ -97,6 +97,7 @@ void Scene::Read(TextReader& reader)
     SortEntities();
     if ((flags & kSomeLightCastsShadows) && shadowEffect.IsNull())
         if (Renderer* renderer = Renderer::Instance()) shadowEffect = renderer->LoadEffect(u"ShadowMap.fx");
+    SetUpFilterChain();
 }
 
 template <typename T>

@@ -1,6 +1,7 @@
-// One frame of a scene, in order: shadow maps, backdrop, fog colour, the meshes through
-// the render queue, particles, lens flares. The caller has begun the device's frame, set
-// the target and made a camera active.
+// One frame of a scene, in order: the start of the image filter chain, shadow maps,
+// backdrop, fog colour, the meshes through the render queue, particles, lens flares, and
+// the filter chain's passes. The caller has begun the device's frame, set the target and
+// made a camera active.
 #include "qx4d/core/scene/Scene.h"
 
 #include "qx4d/content/MeshItem.h"
@@ -8,8 +9,10 @@
 #include "qx4d/core/device/Renderer.h"
 #include "qx4d/core/scene/Bucket.h"
 #include "qx4d/core/scene/Camera.h"
+#include "qx4d/core/scene/LensFlare.h"
 #include "qx4d/core/scene/Light.h"
 #include "qx4d/core/scene/ObjectInstance.h"
+#include "qx4d/core/scene/ParticleSystem.h"
 #include "qx4d/core/scene/RenderQueue.h"
 
 #include <cfloat>
@@ -69,9 +72,9 @@ bool Scene::IsQueued(const ObjectInstance& instance, const ShadingCamera& camera
 
 void Scene::RenderShadows(gpu::Device& device, Renderer& renderer, const ShadingCamera& camera)
 {
-    std::shared_ptr<gpu::Surface> savedTarget, savedDepth;
-    device.GetRenderTarget(0, &savedTarget);
-    device.GetDepthStencilSurface(&savedDepth);
+    std::shared_ptr<gpu::Surface> frameTarget, frameDepth;
+    device.GetRenderTarget(0, &frameTarget);
+    device.GetDepthStencilSurface(&frameDepth);
     renderer.SetEffect(shadowEffect);
     for (Light* light : lights) {
         const Texture* map = renderer.GetTexture(light->shadowTarget);
@@ -91,8 +94,8 @@ void Scene::RenderShadows(gpu::Device& device, Renderer& renderer, const Shading
             }
         }
     }
-    device.SetRenderTarget(0, savedTarget);
-    device.SetDepthStencilSurface(savedDepth);
+    device.SetRenderTarget(0, frameTarget);
+    device.SetDepthStencilSurface(frameDepth);
 }
 
 void Scene::RenderBackdrop(gpu::Device& device, Renderer& renderer)
@@ -147,7 +150,7 @@ void Scene::RenderObjects(const ShadingCamera& camera)
     queue->Flush(queue->transparent, camera);
 }
 
-void Scene::RenderTransparentEntities()
+void Scene::RenderTransparentEntities(gpu::Device& device)
 {
     const ProfileEvent entitiesEvent(0xFF000000u, "Render Transparent Entities");
     // The particles' stage carries the flares' label too, and is to keep it.
@@ -155,13 +158,22 @@ void Scene::RenderTransparentEntities()
         if (ParticleBucket* bucket = ParticleBucket::Instance()) {
             const ProfileEvent event(0xFF000000u, "Render LensFlares");
             bucket->Begin();
+            for (ParticleSystem* system : particleSystems) system->Render();
             bucket->End();
         }
     }
     if (!lensFlares.empty()) {
+        const ProfileEvent event(0xFF000000u, "Render LensFlares");
+        for (LensFlare* flare : lensFlares) flare->UpdateVisibility();
         if (LensFlareBucket* bucket = LensFlareBucket::Instance()) {
-            const ProfileEvent event(0xFF000000u, "Render LensFlares");
             bucket->Begin();
+            gpu::D3DVIEWPORT9 viewport;
+            device.GetViewport(&viewport);
+            const auto w = float(viewport.Width), h = float(viewport.Height);
+            // Flare vertices are in pixels, the origin at the lower left.
+            const float pixelsToClip[16] = {2.0f / w, 0, 0, -1, 0, 2.0f / h, 0, -1, 0, 0, 1, 0, 0, 0, 0, 1};
+            device.SetVertexShaderConstantF(0, pixelsToClip, 4);
+            for (LensFlare* flare : lensFlares) flare->Render();
             bucket->End();
         }
     }
@@ -173,11 +185,13 @@ void Scene::Render()
     gpu::Device* device = CurrentDevice();
     if (!renderer || !device) return;
     const ShadingCamera camera = ActiveShadingCamera();
+    const bool filtered = BeginFilterChain(*device);
     if (flags & kSomeLightCastsShadows) RenderShadows(*device, *renderer, camera);
     RenderBackdrop(*device, *renderer);
     RenderFogColor(*renderer);
     RenderObjects(camera);
-    RenderTransparentEntities();
+    RenderTransparentEntities(*device);
+    if (filtered) EndFilterChain(*device);
 }
 
 }  // namespace qx4d

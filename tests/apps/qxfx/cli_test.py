@@ -6,6 +6,7 @@ usage: cli_test.py QXFX WORK_DIR
 """
 import json
 import os
+import re
 import shutil
 import struct
 import subprocess
@@ -137,14 +138,19 @@ def test_demo(work):
     result = qxfx("demo", "--size", "64x36", "--frames", "3", "--out", "demo-out", cwd=work)
     out = os.path.join(work, "demo-out")
     entries = len(qxfx("list", "--json").stdout.split('"index"')) - 1
-    ok = result.returncode == 0 and entries > 0
+    # The pack's particle, flare and filter scenes follow the catalogue: their number is
+    # what the closing line counts beyond the catalogue.
+    counted = re.search(r"of (\d+) effects and scenes", result.stderr)
+    sheet = frames = None
+    ok = result.returncode == 0 and entries > 0 and counted is not None and int(counted.group(1)) > entries
     if ok:
+        cells = int(counted.group(1))
         sheet = png_size(os.path.join(out, "contact-sheet.png"))
         frames = probe_frames(os.path.join(out, "demo.mp4"))
         skipped = result.stderr.count("skipped effect")
-        # Two effects a row under a header; every effect of the catalogue gets its cell.
-        rows = (entries + 1) // 2
-        ok = sheet == (1264, 34 + rows * 154) and frames == f"64,36,{3 * (entries - skipped)}"
+        # Two effects a row under a header; every effect and scene gets its cell.
+        rows = (cells + 1) // 2
+        ok = sheet == (1264, 34 + rows * 154) and frames == f"64,36,{3 * (cells - skipped)}"
     check("demo writes the video and the contact sheet", ok, f"{result.stderr} sheet {sheet} frames {frames}"
           if result.returncode == 0 else result.stderr)
 
