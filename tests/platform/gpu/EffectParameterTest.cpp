@@ -35,18 +35,6 @@ technique t0
 }
 )";
 
-struct QuadVertex {
-    float x, y, z, u, v;
-};
-
-const D3DVERTEXELEMENT9 kQuadDeclaration[] = {
-    {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
-    {0, 12, D3DDECLTYPE_FLOAT2, 0, D3DDECLUSAGE_TEXCOORD, 0},
-    D3DDECL_END,
-};
-
-const QuadVertex kQuad[] = {{-1, 1, 0.5f, 0, 0}, {1, 1, 0.5f, 1, 0}, {1, -1, 0.5f, 1, 1}, {-1, -1, 0.5f, 0, 1}};
-
 class EffectParameterTest : public GpuTest {
 protected:
     void SetUp() override
@@ -67,7 +55,7 @@ protected:
     {
         device->Clear(D3DCLEAR_TARGET, 0xFF000000u, 1.0f, 0);
         EXPECT_EQ(effect->BeginPass(pass), D3D_OK);
-        device->DrawPrimitiveUP(D3DPT_TRIANGLEFAN, 2, kQuad, sizeof(QuadVertex));
+        device->DrawPrimitiveUP(D3DPT_TRIANGLEFAN, 2, kFullScreenQuad, sizeof(QuadVertex));
         effect->EndPass();
         return readPixels(*device, target)[5];
     }
@@ -127,7 +115,7 @@ TEST_F(EffectParameterTest, SamplerBlocksGiveStatesAndTheirTextureParameter)
     device->GetSamplerState(0, D3DSAMP_ADDRESSU, &address);
     EXPECT_EQ(filter, D3DTEXF_POINT);
     EXPECT_EQ(address, DWORD(D3DTADDRESS_CLAMP));
-    device->DrawPrimitiveUP(D3DPT_TRIANGLEFAN, 2, kQuad, sizeof(QuadVertex));
+    device->DrawPrimitiveUP(D3DPT_TRIANGLEFAN, 2, kFullScreenQuad, sizeof(QuadVertex));
     effect->EndPass();
     const auto pixels = readPixels(*device, target);
     EXPECT_EQ(pixels[4], 0xFF00FF00u) << "point filtering: the left texel, unblended";

@@ -34,20 +34,6 @@ technique t0
 }
 )";
 
-struct QuadVertex {
-    float x, y, z, u, v;
-};
-
-const D3DVERTEXELEMENT9 kQuadDeclaration[] = {
-    {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
-    {0, 12, D3DDECLTYPE_FLOAT2, 0, D3DDECLUSAGE_TEXCOORD, 0},
-    D3DDECL_END,
-};
-
-// Clip space, y up: the top left corner takes (u, v) = (0, 0), as in Direct3D.
-const QuadVertex kFullScreenQuad[] = {
-    {-1, 1, 0.5f, 0, 0}, {1, 1, 0.5f, 1, 0}, {1, -1, 0.5f, 1, 1}, {-1, -1, 0.5f, 0, 1}};
-
 class EffectTest : public GpuTest {
 protected:
     // A 2 x 2 texture: red, green on the top row; blue, white below.

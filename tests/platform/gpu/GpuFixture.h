@@ -42,6 +42,21 @@ inline std::vector<uint32_t> readPixels(Device& device, const std::shared_ptr<Su
     return pixels;
 }
 
+/// A quad of the effect tests: clip-space positions and texture coordinates.
+struct QuadVertex {
+    float x, y, z, u, v;
+};
+
+inline constexpr D3DVERTEXELEMENT9 kQuadDeclaration[] = {
+    {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
+    {0, 12, D3DDECLTYPE_FLOAT2, 0, D3DDECLUSAGE_TEXCOORD, 0},
+    D3DDECL_END,
+};
+
+/// Clip space, y up: the top left corner takes (u, v) = (0, 0), as in Direct3D.
+inline constexpr QuadVertex kFullScreenQuad[] = {
+    {-1, 1, 0.5f, 0, 0}, {1, 1, 0.5f, 1, 0}, {1, -1, 0.5f, 1, 1}, {-1, -1, 0.5f, 0, 1}};
+
 inline std::shared_ptr<Effect> makeEffect(const std::shared_ptr<Device>& device, const std::string& text)
 {
     std::shared_ptr<Effect> effect;

@@ -167,10 +167,15 @@ protected:
     {
         handle_ = dlopen(QX_FREI0R_MODULE, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(handle_, nullptr) << dlerror();
+        EXPECT_EQ(entry<int()>("f0r_init")(), 1);
     }
+    // As a frei0r host does: deinit before unloading, which lets the scene context go
+    // while the module is still there (unloading alone leaves it to the process).
     void TearDown() override
     {
-        if (handle_) dlclose(handle_);
+        if (!handle_) return;
+        entry<void()>("f0r_deinit")();
+        dlclose(handle_);
     }
     template <typename F>
     F* entry(const char* name)

@@ -86,9 +86,7 @@ protected:
     {
         if (!StartEngine(kSize)) GTEST_SKIP() << "no EGL device";
         ASSERT_EQ(Device().CreateVertexDeclaration(kDeclaration, &declaration), gpu::D3D_OK);
-        // Orthographic: the view is 2.4 units across, depth 0.1 a unit from z = -5.
-        camera.viewProjection = {1 / 1.2f, 0, 0, 0, 0, 1 / 1.2f, 0, 0, 0, 0, 0.1f, 0.5f, 0, 0, 0, 1};
-        camera.position = {0, 0, -5};
+        camera = OrthographicCamera();
         Device().BeginScene();
         Device().Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, 0xFF000000u, 1.0f, 0);
     }
@@ -112,23 +110,9 @@ protected:
         Device().DrawPrimitiveUP(gpu::D3DPT_TRIANGLELIST, unsigned(vertices.size() / 3), vertices.data(),
                                  sizeof(Vertex));
     }
-    /// The pixels after the frame, 0xAARRGGBB.
-    std::vector<uint32_t> Finish()
-    {
-        renderer->EndEffect();
-        Device().EndScene();
-        std::shared_ptr<gpu::Surface> target;
-        Device().GetRenderTarget(0, &target);
-        return qx::gpu::testing::readPixels(Device(), target);
-    }
-    /// The pixel that samples the world point (x, y) of the orthographic view, or the
-    /// nearest one. Direct3D samples pixel i at i / 32 - 1 in clip space, half a pixel off
-    /// the centre that OpenGL would take.
     static uint32_t At(const std::vector<uint32_t>& pixels, float x, float y)
     {
-        const long column = std::lround((x / 1.2f + 1) * kSize / 2), row = std::lround((1 - y / 1.2f) * kSize / 2);
-        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize +
-                      size_t(std::clamp(column, 0L, long(kSize - 1)))];
+        return OrthographicAt(pixels, kSize, x, y);
     }
     static int Green(uint32_t pixel) { return int((pixel >> 8) & 0xFF); }
     static int Red(uint32_t pixel) { return int((pixel >> 16) & 0xFF); }
@@ -148,7 +132,7 @@ TEST_F(MaterialRenderTest, DistantLightLightsTheSideFacingIt)
     scene.lights = {light};
     const auto material = ColorMaterial();
     Draw(*material, UnitSphere(), Translation(0, 0, 0));
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     EXPECT_NEAR(Green(At(pixels, -0.7f, 0)), 178, 16);  // 0.7 * 255
     EXPECT_NEAR(Green(At(pixels, -0.3f, 0.3f)), 77, 16);
     EXPECT_LE(Green(At(pixels, 0.5f, 0)), 4);
@@ -166,7 +150,7 @@ TEST_F(MaterialRenderTest, TurnedSphereKeepsItsLitSide)
     scene.lights = {light};
     const auto material = ColorMaterial();
     Draw(*material, UnitSphere(), Matrix3x4{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0});
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     EXPECT_NEAR(Green(At(pixels, -0.7f, 0)), 178, 16);
     EXPECT_NEAR(Green(At(pixels, 0, 0.7f)), 0, 8);
     EXPECT_LE(Green(At(pixels, 0.5f, 0)), 4);
@@ -194,7 +178,7 @@ TEST_F(MaterialRenderTest, SpotLightConeWithSoftAndHardEdges)
     scene.lights[0].position = {0.6f, 0, -1};
     const auto hard = ColorMaterial(kKeyPerPixel);
     Draw(*hard, Square(1.1f), Translation(0.6f, 0, 0));
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     // Points that pixels sample exactly; the angles are those from the spot's axis.
     EXPECT_NEAR(Green(At(pixels, -0.6f, 0)), 255, 4);
     EXPECT_NEAR(Green(At(pixels, -0.6f, 0.45f)), 96, 6);     // angle 0.423: within the soft edge
@@ -217,7 +201,7 @@ TEST_F(MaterialRenderTest, PointLightFallsOffWithDistance)
     scene.lights = {light};
     const auto material = ColorMaterial(kKeyPerPixel);
     Draw(*material, Square(2.2f), Translation(0, 0, 0));
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     const int centre = Green(At(pixels, 0, 0)), half = Green(At(pixels, 0.5f, 0)), far = Green(At(pixels, 0.9f, 0));
     EXPECT_NEAR(centre, 253, 6);
     EXPECT_NEAR(half, 90, 8);  // d = 0.707: 0.5 * 0.707
@@ -242,7 +226,7 @@ protected:
         const std::vector<Vertex> square = Square(0.4f);
         Draw(*material, square, Translation(-0.6f, 0, 0));
         Draw(*material, square, Translation(0.6f, 0, 3));
-        const std::vector<uint32_t> pixels = Finish();
+        const std::vector<uint32_t> pixels = FinishFrame();
         return {At(pixels, -0.6f, 0), At(pixels, 0.6f, 0)};
     }
 };

@@ -31,8 +31,7 @@ protected:
         dark.intensity = 0.0f;
         lit.lights = {dark};
         SetCurrentShadingScene(&lit);
-        camera.viewProjection = {1 / 1.2f, 0, 0, 0, 0, 1 / 1.2f, 0, 0, 0, 0, 0.1f, 0.5f, 0, 0, 0, 1};
-        camera.position = {0, 0, -5};
+        camera = OrthographicCamera();
         Device().BeginScene();
         Device().Clear(gpu::D3DCLEAR_TARGET | gpu::D3DCLEAR_ZBUFFER, kBlack, 1.0f, 0);
     }
@@ -62,20 +61,9 @@ protected:
             mesh->Draw(0, matrices, camera);
         }
     }
-    std::vector<uint32_t> Finish()
-    {
-        renderer->EndEffect();
-        Device().EndScene();
-        std::shared_ptr<gpu::Surface> target;
-        Device().GetRenderTarget(0, &target);
-        return qx::gpu::testing::readPixels(Device(), target);
-    }
-    /// The pixel that sees the world point (x, y).
     static uint32_t At(const std::vector<uint32_t>& pixels, float x, float y)
     {
-        const long column = std::lround((x / 1.2f + 1) * kSize / 2), row = std::lround((1 - y / 1.2f) * kSize / 2);
-        return pixels[size_t(std::clamp(row, 0L, long(kSize - 1))) * kSize +
-                      size_t(std::clamp(column, 0L, long(kSize - 1)))];
+        return OrthographicAt(pixels, kSize, x, y);
     }
 
     ShadingScene lit;
@@ -94,7 +82,7 @@ TEST_F(ObjectRenderTest, MeshesAndClonesDrawWhereTheirItemsStand)
     model.items.push_back(clone);
     Load(model);
     DrawAll({1, 0, 0, -0.3f, 0, 1, 0, 0.4f, 0, 0, 1, 0});  // the whole object placed at (-0.3, 0.4)
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     EXPECT_EQ(At(pixels, -0.3f, 0.4f), 0xFFFF0000u);
     EXPECT_EQ(At(pixels, 0.3f, 0.4f), 0xFFFF0000u) << "the clone, 0.6 to the right of its parent";
     EXPECT_EQ(At(pixels, 0.0f, 0.4f), kBlack);
@@ -145,7 +133,7 @@ TEST_F(ObjectRenderTest, BonesMoveTheVerticesTheyWeigh)
     ASSERT_NE(object.items[0], nullptr);
     EXPECT_EQ(static_cast<MeshItem*>(object.items[0].get())->material.bones, 2);
     DrawAll();
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     // The left edge runs from -0.3 to 0.3, the right edge from 0.3 to 0.9.
     EXPECT_EQ(At(pixels, -0.25f, -0.2f), 0xFF00FF00u);
     EXPECT_EQ(At(pixels, 0.25f, 0.8f), 0xFF00FF00u);
@@ -181,7 +169,7 @@ TEST_F(ObjectRenderTest, MddFramesBlendBetweenTheirPlaces)
     EXPECT_EQ(moving.vertexCount, 6u);
     moving.SetTime(0.5f);  // halfway along the timeline
     DrawAll();
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     EXPECT_EQ(At(pixels, 0.0f, 0.0f), 0xFF0000FFu);
     EXPECT_EQ(At(pixels, -0.8f, 0.0f), kBlack);
     EXPECT_EQ(At(pixels, 0.8f, 0.0f), kBlack);
@@ -213,7 +201,7 @@ TEST_F(ObjectRenderTest, MorphsAddTheirSecondPositionStream)
     model.items.push_back(MeshItemModel("morph", mesh));
     Load(model);
     DrawAll();
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     EXPECT_EQ(At(pixels, 0.5f, 0.0f), 0xFFFFFF00u);
     EXPECT_EQ(At(pixels, 0.0f, 0.0f), kBlack);
 }
@@ -242,7 +230,7 @@ TEST_F(ObjectRenderTest, TransparentTrianglesAreWrittenFarthestFirst)
     camera.position = {0, 0, 5};  // seen from behind, the squares change places
     DrawAll();
     EXPECT_EQ(glass.WrittenTriangles(), (std::vector<uint16_t>{0, 2, 3, 0, 1, 2, 4, 6, 7, 4, 5, 6}));
-    const std::vector<uint32_t> pixels = Finish();
+    const std::vector<uint32_t> pixels = FinishFrame();
     // Two draws of two coats of half-transparent white over black: 1 - 0.5^4 of white.
     EXPECT_NEAR(int(At(pixels, 0, 0) & 0xFF), 239, 3);
 }
