@@ -21,12 +21,15 @@ std::string ownFolder()
 
 class LoadedLibrary {
 public:
-    // Beside this code first (the installed pair), then the build's own folder for
-    // programs run from the build, then the loader's search path.
+    // Beside this code first (the installed library), then in the library folder of an
+    // installed program (bin/qxfx), then in the build's own folder for programs run from
+    // the build, then on the loader's search path.
     LoadedLibrary()
     {
-        const std::string name = dialogs::kLibraryName;
-        for (const std::string& candidate : {ownFolder() + name, std::string(QX_BUILD_DIALOGS_DIR "/") + name, name}) {
+        const std::string name = dialogs::kLibraryName, own = ownFolder();
+        const std::string candidates[] = {own + name, own + "../" QX_INSTALL_LIBDIR "/" + name,
+                                          QX_BUILD_DIALOGS_DIR "/" + name, name};
+        for (const std::string& candidate : candidates) {
             // NODELETE: the toolkit's own exit work must still find its code.
             handle_ = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
             if (handle_) break;
