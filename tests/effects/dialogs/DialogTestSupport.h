@@ -8,10 +8,12 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -78,17 +80,21 @@ inline void SaveScreenshot(QWidget& dialog, const QString& name)
 }
 
 /// Once a modal dialog shows, calls `withDialog` on it and then presses its button
-/// `button` ("OK" or "Annuler"). For calls that run the dialog themselves.
+/// `button` ("OK" or "Annuler"). For calls that run the dialog themselves. A call that
+/// shows no dialog within a minute leaves nothing behind for a later test to answer.
 inline void AnswerNextDialog(const QString& button, std::function<void(QWidget&)> withDialog = {})
 {
     TestApplication();  // the timer needs the application's thread
     auto* poll = new QTimer;
     poll->setInterval(10);
-    QObject::connect(poll, &QTimer::timeout, [poll, button, withDialog] {
+    auto since = std::make_shared<QElapsedTimer>();
+    since->start();
+    QObject::connect(poll, &QTimer::timeout, [poll, since, button, withDialog] {
         QWidget* dialog = QApplication::activeModalWidget();
-        if (!dialog) return;
+        if (!dialog && since->elapsed() < 60'000) return;
         poll->stop();
         poll->deleteLater();
+        if (!dialog) return;
         if (withDialog) withDialog(*dialog);
         for (auto* candidate : dialog->findChildren<QAbstractButton*>())
             if (candidate->text() == button) candidate->click();
