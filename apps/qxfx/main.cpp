@@ -2,6 +2,7 @@
 #include "apps/qxfx/CompositeCommand.h"
 #include "apps/qxfx/CropCommand.h"
 #include "apps/qxfx/DemoCommand.h"
+#include "apps/qxfx/EditCommand.h"
 #include "apps/qxfx/ImportCommand.h"
 #include "apps/qxfx/ListCommand.h"
 #include "apps/qxfx/RenderCommand.h"
@@ -30,6 +31,7 @@ constexpr const char* kUsage =
     "  scenes   the scene cuts of a video\n"
     "  demo     every effect over the test pattern, as a video and a contact sheet\n"
     "  import   an OBJ or glTF model into the engine's object format\n"
+    "  edit     an effect's properties dialog, printing the parameter text\n"
     "Run 'qxfx <command> --help' for the options of a command.\n";
 
 int dispatch(std::string_view command, const std::vector<std::string_view>& args)
@@ -40,6 +42,7 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
     if (command == "swf") return qx::qxfx::runSwf(args);
     if (command == "demo") return qx::qxfx::runDemo(args);
     if (command == "import") return qx::qxfx::runImport(args);
+    if (command == "edit") return qx::qxfx::runEdit(args);
     if (command == "crop") return qx::qxfx::runCrop(args);
     if (command == "scenes") return qx::qxfx::runScenes(args);
     if (command == "--help" || command == "-h") {
