@@ -58,8 +58,8 @@ void FlipRows(uint8_t* buffer, LONG width, LONG height)
 
 }  // namespace
 
-const media::AMOVIESETUP_FILTER CAnim3DVideoSource::kSetup = {
-    &CAnim3DVideoSource::clsid, u"Quorvel 3D Anim Video Source", 0x200000, 1, kPins};
+const media::AMOVIESETUP_FILTER CAnim3DVideoSource::kSetup = {&CAnim3DVideoSource::clsid,
+                                                              u"Quorvel 3D Anim Video Source", 0x200000, 1, kPins};
 
 com::ComPtr<CAnim3DVideoSource> CAnim3DVideoSource::Create()
 {
@@ -296,12 +296,11 @@ void CAnim3DVideoSource::Render2D(uint8_t* buffer, float progress)
     }
     draw2d::Bitmap frame(width, height, width * 4, reinterpret_cast<uint32_t*>(buffer));
     {
+        // The stream's samples are RGB without alpha: the zeroed frame is black, and
+        // translucent pictures blend over it rather than leaving see-through samples.
         draw2d::Graphics graphics(frame);
-        if (player2D) {
-            player2D->Render(progress, graphics);
-        } else {
-            graphics.fillRectangle(draw2d::Color{0xFF000000u}, 0, 0, width, height);
-        }
+        graphics.clear(draw2d::Color{0xFF000000u});
+        if (player2D) player2D->Render(progress, graphics);
     }
     FlipRows(buffer, width, height);
 }

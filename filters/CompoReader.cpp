@@ -65,8 +65,7 @@ std::u16string_view CompoReader::Token(bool crossLines)
 
 void CompoReader::SkipLine()
 {
-    while (!Token(false).empty()) {
-    }
+    while (!Token(false).empty()) {}
 }
 
 int32_t CompoReader::Integer() { return os::_wtoi(Token(true)); }

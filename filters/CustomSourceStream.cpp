@@ -10,8 +10,7 @@ using media::REFERENCE_TIME;
 
 CCustomSourceStream::CCustomSourceStream(CAnim3DVideoSource& owner)
     : CSourceStream(u"Output", owner),
-      CSourceSeeking(static_cast<IAnim3DVideoSource&>(owner), sharedState, kSeekingDuration),
-      filter(owner)
+      CSourceSeeking(static_cast<IAnim3DVideoSource&>(owner), sharedState, kSeekingDuration), filter(owner)
 {}
 
 HRESULT CCustomSourceStream::NonDelegatingQueryInterface(const IID& riid, void** ppv)

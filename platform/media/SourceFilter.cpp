@@ -6,10 +6,7 @@ namespace qx::media {
 
 int CSource::GetPinCount() { return int(m_paStreams.size()); }
 
-CBasePin* CSource::GetPin(int n)
-{
-    return n >= 0 && size_t(n) < m_paStreams.size() ? m_paStreams[size_t(n)] : nullptr;
-}
+CBasePin* CSource::GetPin(int n) { return n >= 0 && size_t(n) < m_paStreams.size() ? m_paStreams[size_t(n)] : nullptr; }
 
 CSourceStream::CSourceStream(std::u16string name, CSource& filter)
     : CBaseOutputPin(filter, std::move(name)), m_pFilter(filter)
@@ -105,19 +102,13 @@ void CSourceStream::ThreadProc()
 {
     for (;;) {
         switch (WaitRequest()) {
-        case Command::Init:
-            Reply(OnThreadCreate());
-            break;
+        case Command::Init: Reply(OnThreadCreate()); break;
         case Command::Run:
             Reply(S_OK);
             DoBufferProcessingLoop();
             break;
-        case Command::Stop:
-            Reply(S_OK);
-            break;
-        case Command::Exit:
-            Reply(OnThreadDestroy());
-            return;
+        case Command::Stop: Reply(S_OK); break;
+        case Command::Exit: Reply(OnThreadDestroy()); return;
         }
     }
 }

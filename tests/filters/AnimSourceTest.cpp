@@ -28,9 +28,10 @@ protected:
     /// A red square 0.5 units wide sliding from x -1 to 1 over 4 seconds, at y 1.
     void SlideComposition(int pictures = 1)
     {
-        files.text("Scenes/slide.txt", "Duration 4\nImage\n{\n  Name \"A\"\n  Size 0.5 0.5\n  Position (envelope)\n"
-                                       "  { X 2 Key -1 0 3 0 0 0 0 0 0 Key 1 4 3 0 0 0 0 0 0 Behaviors 1 1 }\n"
-                                       "  { Y 1 Key 1 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n");
+        files.text("Scenes/slide.txt",
+                   "Duration 4\nImage\n{\n  Name \"A\"\n  Size 0.5 0.5\n  Position (envelope)\n"
+                   "  { X 2 Key -1 0 3 0 0 0 0 0 0 Key 1 4 3 0 0 0 0 0 0 Behaviors 1 1 }\n"
+                   "  { Y 1 Key 1 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n");
         Bstr source(u"slide.txt");
         filter->put_Source(source.get());
         filter->put_Width(kWidth);
@@ -187,7 +188,6 @@ TEST_F(AnimSourceTest, SeekingRestartsStampsAndKeepsFrames)
     EXPECT_EQ(sought[0].start, 0);
     EXPECT_EQ(sought[1].start, kPeriod);
     for (size_t i = 0; i < sought.size(); ++i) EXPECT_EQ(sought[i].pixels, played[8 + i].pixels) << i;
-
 }
 
 // Twice as fast: the stamps and their lengths halve, the frames stay.
@@ -215,9 +215,10 @@ TEST_F(AnimSourceTest, WithoutPicturesFramesAreBlack)
 // Image3 alone counts three pictures: the places of the first two find no file.
 TEST_F(AnimSourceTest, ThirdPictureAloneTakesTheThirdPlace)
 {
-    files.text("Scenes/three.txt", "Duration 1\nImage\n{\n  Name \"1\"\n  Position -1 0\n}\n"
-                                   "Image\n{\n  Name \"2\"\n  Position 0 0\n}\nImage\n{\n  Name \"3\"\n"
-                                   "  Position 1 0\n}\n");
+    files.text("Scenes/three.txt",
+               "Duration 1\nImage\n{\n  Name \"1\"\n  Position -1 0\n}\n"
+               "Image\n{\n  Name \"2\"\n  Position 0 0\n}\nImage\n{\n  Name \"3\"\n"
+               "  Position 1 0\n}\n");
     Bstr source(u"three.txt"), picture(files.picture("green.png", 8, 8, {0x00FF00}));
     filter->put_Source(source.get());
     filter->put_Width(kWidth);

@@ -78,10 +78,11 @@ TEST_F(CompoPlayerTest, EnvelopesMoveAPictureOverTheDuration)
 // carries it to its right: the child's centre lands at (1.5, 0), pixel (140, 60).
 TEST_F(CompoPlayerTest, ChildrenFollowTheirParentsTurn)
 {
-    auto player = Play("Duration 1\n"
-                       "Image\n{\n  Name \"Child\"\n  Parent \"Pivot\"\n  Size 0.5 0.5\n  Position 0 0.5\n}\n"
-                       "Null\n{\n  Name \"Pivot\"\n  Position 1 0\n  Rotation 1.5707964\n}\n",
-                       {Red()});
+    auto player = Play(
+        "Duration 1\n"
+        "Image\n{\n  Name \"Child\"\n  Parent \"Pivot\"\n  Size 0.5 0.5\n  Position 0 0.5\n}\n"
+        "Null\n{\n  Name \"Pivot\"\n  Position 1 0\n  Rotation 1.5707964\n}\n",
+        {Red()});
     // The parent comes later in the list: the first frame uses its matrix as it was.
     Frame(*player, 0.0f);
     const auto frame = Frame(*player, 0.0f);
@@ -116,7 +117,8 @@ TEST_F(CompoPlayerTest, UnnamedEntityIsItsOwnParent)
 TEST_F(CompoPlayerTest, TransparencyFadesAndHidesAtItsThresholds)
 {
     const auto redAt = [&](const std::string& transparency) {
-        auto player = Play("Duration 1\nImage\n{\n  Name \"T\"\n  Size 4 3\n  Transparency " + transparency + "\n}\n", {Red()});
+        auto player =
+            Play("Duration 1\nImage\n{\n  Name \"T\"\n  Size 4 3\n  Transparency " + transparency + "\n}\n", {Red()});
         return int(At(*Frame(*player, 0.0f), 80, 60) >> 16);
     };
     EXPECT_EQ(redAt("0"), 255);
@@ -153,11 +155,13 @@ TEST_F(CompoPlayerTest, PicturesRepeatOverThePlaces)
 {
     const std::u16string green = files.picture("green.png", 8, 8, {kGreen});
     const std::u16string blue = files.picture("blue.png", 8, 8, {kBlue});
-    const std::string prop = "Prop\n{\n  Name \"4\"\n  FileName \"" + files.path("blue.png") + "\"\n  Position 0 -1\n}\n";
-    auto player = Play("Duration 1\nImage\n{\n  Name \"1\"\n  Position -1 1\n}\nImage\n{\n  Name \"2\"\n"
-                       "  Position 0 1\n}\nImage\n{\n  Name \"3\"\n  Position 1 1\n}\n" +
-                           prop,
-                       {Red(), green});
+    const std::string prop =
+        "Prop\n{\n  Name \"4\"\n  FileName \"" + files.path("blue.png") + "\"\n  Position 0 -1\n}\n";
+    auto player = Play(
+        "Duration 1\nImage\n{\n  Name \"1\"\n  Position -1 1\n}\nImage\n{\n  Name \"2\"\n"
+        "  Position 0 1\n}\nImage\n{\n  Name \"3\"\n  Position 1 1\n}\n" +
+            prop,
+        {Red(), green});
     const auto frame = Frame(*player, 0.0f);
     EXPECT_EQ(At(*frame, 40, 20), kRed);
     EXPECT_EQ(At(*frame, 80, 20), kGreen);
@@ -238,10 +242,11 @@ TEST_F(CompoPlayerTest, DamagedFilesGivePartialPlayers)
 // An oscillator modifier adds its wave to the keys: a quarter period in, the sine's top.
 TEST_F(CompoPlayerTest, OscillatorModifierAddsItsWave)
 {
-    auto player = Play("Duration 1\nImage\n{\n  Name \"O\"\n  Size 0.5 0.5\n  Position (envelope)\n"
-                       "  { X 1 Key 0 0 3 0 0 0 0 0 0 Behaviors 1 1 { Mod \"LW_Oscillator\" 0 1 1 0 0 0 0 1 0 } }\n"
-                       "  { Y 1 Key 0 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n",
-                       {Red()});
+    auto player = Play(
+        "Duration 1\nImage\n{\n  Name \"O\"\n  Size 0.5 0.5\n  Position (envelope)\n"
+        "  { X 1 Key 0 0 3 0 0 0 0 0 0 Behaviors 1 1 { Mod \"LW_Oscillator\" 0 1 1 0 0 0 0 1 0 } }\n"
+        "  { Y 1 Key 0 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n",
+        {Red()});
     EXPECT_EQ(At(*Frame(*player, 0.0f), 80, 60), kRed);
     const auto quarter = Frame(*player, 0.25f);
     EXPECT_EQ(At(*quarter, 120, 60), kRed) << "one unit to the right";
