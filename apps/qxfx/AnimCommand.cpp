@@ -111,14 +111,15 @@ int play(AnimOptions& o)
     if (s.duration <= 0.0) {
         s.duration = compositionDuration(s);
         if (s.duration <= 0.0) {
-            throw CommandError("'" + s.composition + "': no composition there, or it has no duration (give --duration)");
+            throw CommandError("'" + s.composition +
+                               "': no composition there, or it has no duration (give --duration)");
         }
     }
     const long frames = std::max(1L, std::lround(s.duration * s.fps));
     std::unique_ptr<VideoWriter> writer;
     if (!o.discard) {
-        writer = std::make_unique<VideoWriter>(o.output, s.width, s.height, av_d2q(s.fps, 100000), o.threads,
-                                               o.lossless);
+        writer =
+            std::make_unique<VideoWriter>(o.output, s.width, s.height, av_d2q(s.fps, 100000), o.threads, o.lossless);
     }
     ProgressBar bar("anim", frames);
     renderComposition(s, frames, [&](const Frame& frame, long index) {
