@@ -233,8 +233,8 @@ gboolean setCaps(GstBaseSrc* src, GstCaps* caps)
                           ("composition \"%s\"", s.composition.c_str()));
         return FALSE;
     }
-    s.totalFrames = guint64(gst_util_uint64_scale_round(guint64(seconds * 1e6), guint64(info.fps_n),
-                                                        guint64(info.fps_d) * 1000000));
+    s.totalFrames = guint64(
+        gst_util_uint64_scale_round(guint64(seconds * 1e6), guint64(info.fps_n), guint64(info.fps_d) * 1000000));
     s.handoff = gst::FrameHandoff::Create(media::MEDIASUBTYPE_RGB32, s.source->FrameBytes());
     if (!s.handoff || FAILED(s.source->Stream().Connect(&s.handoff->Input(), nullptr))) {
         GST_WARNING_OBJECT(src, "the composition source refused %dx%d", info.width, info.height);
@@ -320,7 +320,8 @@ void copyRows(const std::vector<uint8_t>& bytes, GstVideoFrame& frame)
     const size_t row = size_t(width) * 4;
     auto* out = static_cast<uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
     const int stride = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0);
-    for (int y = 0; y < height; ++y) std::memcpy(out + size_t(y) * size_t(stride), &bytes[size_t(height - 1 - y) * row], row);
+    for (int y = 0; y < height; ++y)
+        std::memcpy(out + size_t(y) * size_t(stride), &bytes[size_t(height - 1 - y) * row], row);
 }
 
 GstFlowReturn fill(GstPushSrc* src, GstBuffer* buffer)
@@ -390,8 +391,8 @@ void installProperties(GObjectClass* objectClass)
     g_object_class_install_property(
         objectClass, PROP_COMPOSITION,
         g_param_spec_string("composition", "Composition",
-                            "The composition, under the content pack's Scenes folder (.cpo3d: 3D; any other: 2D)",
-                            "", flags));
+                            "The composition, under the content pack's Scenes folder (.cpo3d: 3D; any other: 2D)", "",
+                            flags));
     static const char* const kNames[kImages] = {"image1", "image2", "image3", "image4", "image5"};
     static const char* const kNicks[kImages] = {"Image 1", "Image 2", "Image 3", "Image 4", "Image 5"};
     for (size_t i = 0; i < kImages; ++i) {
@@ -399,10 +400,10 @@ void installProperties(GObjectClass* objectClass)
             objectClass, guint(PROP_IMAGE1 + int(i)),
             g_param_spec_string(kNames[i], kNicks[i], "A picture for the composition's places, in order", "", flags));
     }
-    g_object_class_install_property(
-        objectClass, PROP_DURATION,
-        g_param_spec_double("duration", "Duration", "Seconds to play (0: the composition's own)", 0.0, 86400.0, 0.0,
-                            flags));
+    g_object_class_install_property(objectClass, PROP_DURATION,
+                                    g_param_spec_double("duration", "Duration",
+                                                        "Seconds to play (0: the composition's own)", 0.0, 86400.0, 0.0,
+                                                        flags));
     g_object_class_install_property(
         objectClass, PROP_STRETCH_MODE,
         g_param_spec_uint("stretch-mode", "Stretch mode",
@@ -414,10 +415,10 @@ void installProperties(GObjectClass* objectClass)
     g_object_class_install_property(
         objectClass, PROP_HEIGHT,
         g_param_spec_int("height", "Height", "Frame height when downstream leaves it open", 1, kMaxSide, 360, flags));
-    g_object_class_install_property(
-        objectClass, PROP_FRAMERATE,
-        gst_param_spec_fraction("framerate", "Frame rate", "Frame rate when downstream leaves it open", 1, 1000, 1000,
-                                1, 25, 1, flags));
+    g_object_class_install_property(objectClass, PROP_FRAMERATE,
+                                    gst_param_spec_fraction("framerate", "Frame rate",
+                                                            "Frame rate when downstream leaves it open", 1, 1000, 1000,
+                                                            1, 25, 1, flags));
     g_object_class_install_property(
         objectClass, PROP_DATA_PATH,
         g_param_spec_string("data-path", "Data path",
@@ -441,8 +442,8 @@ static void gst_qx_anim_src_class_init(GstQxAnimSrcClass* klass)
     gst_element_class_set_static_metadata(elementClass, "QX composition source", "Source/Video",
                                           "Plays a 2D or 3D composition with the user's pictures in its places",
                                           "QXDynamicEffects");
-    GstCaps* caps = gst_caps_from_string(
-        "video/x-raw, format=BGRx, width=[1,16384], height=[1,16384], framerate=[1/1000,1000/1]");
+    GstCaps* caps =
+        gst_caps_from_string("video/x-raw, format=BGRx, width=[1,16384], height=[1,16384], framerate=[1/1000,1000/1]");
     gst_element_class_add_pad_template(elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
     gst_caps_unref(caps);
 
