@@ -169,24 +169,29 @@ int CompoPlayer::Load(std::u16string_view path)
 {
     std::optional<qx::CompoReader> reader = OpenFile(path);
     if (!reader) return 0;
+    Read(*reader);
+    return 1;
+}
+
+void CompoPlayer::Read(qx::CompoReader& reader)
+{
     nextImage = 0;
-    while (!reader->AtEnd()) {
-        const std::u16string_view key = reader->Token(true);
+    while (!reader.AtEnd()) {
+        const std::u16string_view key = reader.Token(true);
         if (key == u"Duration") {
-            duration = reader->Float();
+            duration = reader.Float();
         } else if (key == u"Shape") {
-            ReadEntity(*reader, Kind::Shape);
+            ReadEntity(reader, Kind::Shape);
         } else if (key == u"Image") {
-            ReadEntity(*reader, Kind::Image);
+            ReadEntity(reader, Kind::Image);
         } else if (key == u"Prop") {
-            ReadEntity(*reader, Kind::Prop);
+            ReadEntity(reader, Kind::Prop);
         } else if (key == u"Null") {
-            ReadEntity(*reader, Kind::Null);
+            ReadEntity(reader, Kind::Null);
         }
-        reader->SkipLine();
+        reader.SkipLine();
     }
     ResolveParents();
-    return 1;
 }
 
 void CompoPlayer::ReadEntity(qx::CompoReader& reader, Kind kind)

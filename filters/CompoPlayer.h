@@ -87,6 +87,8 @@ public:
     /// Reads the composition at `path` (backslashes allowed); 0 when the file can't be
     /// read, which leaves a player that draws nothing.
     int Load(std::u16string_view path);
+    /// Reads a composition from `reader`, as Load does from a file.
+    void Read(qx::CompoReader& reader);
     /// Draws the composition at `progress` (0 to 1 over its duration) with `graphics`,
     /// whose transform is kept.
     void Render(float progress, qx::draw2d::Graphics& graphics);
