@@ -17,7 +17,6 @@ namespace {
 constexpr int kPictureWidth = 960, kPictureHeight = 720;
 constexpr const char* kCompositions[] = {"Compositions/Slideshow.cpo", "Compositions/Carousel.cpo3d"};
 
-
 /// Five pictures of the test pattern at different moments, each with its number written
 /// large, so that one can tell which place took which picture.
 std::vector<std::string> writePictures(const std::string& folder)
