@@ -104,6 +104,12 @@ TEST_F(AnimSourceTest, PropertiesKeepTheirValuesAndCodes)
     filter->GetSceneDuration(slide.get(), &duration);
     EXPECT_EQ(duration, 4.0f);
 
+    // Before the scene context runs, a 3D composition has no count to give.
+    Bstr carousel(u"Compositions\\Carousel.cpo3d");
+    count = 7;
+    EXPECT_EQ(filter->GetSceneImagesCount(carousel.get(), &count), S_FALSE);
+    EXPECT_EQ(count, 0);
+
     IAnim3DVideoSource* asked = nullptr;
     ASSERT_EQ(filter->QueryInterface(IAnim3DVideoSource::iid, reinterpret_cast<void**>(&asked)), S_OK);
     asked->Release();
@@ -210,6 +216,25 @@ TEST_F(AnimSourceTest, WithoutPicturesFramesAreBlack)
     const std::vector<Received> frames = run.take(2);
     ASSERT_EQ(frames.size(), 2u);
     for (const uint32_t pixel : frames[1].pixels) ASSERT_EQ(pixel, 0xFF000000u);
+}
+
+// The stream's samples carry no alpha: a half-transparent picture is half as bright over
+// the black of the frame.
+TEST_F(AnimSourceTest, TranslucentPicturesBlendOverBlack)
+{
+    files.text("Scenes/faded.txt", "Duration 1\nImage\n{\n  Name \"F\"\n  Size 4 3\n  Transparency 0.5\n}\n");
+    Bstr source(u"faded.txt"), picture(files.picture("white.png", 8, 8, {0xFFFFFF}));
+    filter->put_Source(source.get());
+    filter->put_Width(kWidth);
+    filter->put_Height(kHeight);
+    filter->put_Duration(1.0);
+    filter->put_Image1(picture.get());
+    SourceRun run(*filter.get());
+    const std::vector<Received> frames = run.take(1);
+    ASSERT_EQ(frames.size(), 1u);
+    const uint32_t sample = At(frames[0], 80, 60);
+    EXPECT_NEAR(int(sample & 0xFF), 128, 2);
+    EXPECT_EQ(sample >> 24, 0xFFu);
 }
 
 // Image3 alone counts three pictures: the places of the first two find no file.
