@@ -25,8 +25,9 @@ constexpr const char* kUsage =
     "                        number pattern (frames/f-%04d.png)\n"
     "      --discard         render and drop the frames (for timing)\n"
     "      --image PATH      a picture (PNG, JPEG, BMP...); up to five, in order\n"
-    "      --duration S      seconds to play (default: the composition's own)\n"
-    "      --start S         seconds into the composition to begin at (default 0)\n"
+    "      --duration S      length of the video; the composition is played over it\n"
+    "                        (default: the composition's own length)\n"
+    "      --start S         seconds into that length to begin at (default 0)\n"
     "      --size WxH        frame size (default 1280x720)\n"
     "      --fps RATE        frame rate (default 25)\n"
     "      --fit MODE        how pictures fill their places: crop (default), inside, stretch\n"
@@ -115,7 +116,8 @@ int play(AnimOptions& o)
                                "': no composition there, or it has no duration (give --duration)");
         }
     }
-    const long frames = std::max(1L, std::lround(s.duration * s.fps));
+    if (s.start >= s.duration) throw CommandError("--start lies beyond the composition's end");
+    const long frames = std::max(1L, std::lround((s.duration - s.start) * s.fps));
     std::unique_ptr<VideoWriter> writer;
     if (!o.discard) {
         writer =

@@ -17,8 +17,8 @@ struct AnimSettings {
     int width = 1280;
     int height = 720;
     double fps = 25.0;
-    double duration = 0.0;  // seconds; 0: the composition's own
-    double start = 0.0;     // seconds into the composition where the frames begin
+    double duration = 0.0;  // seconds the composition is played over; 0: its own length
+    double start = 0.0;     // seconds into that length where the frames begin
     int stretchMode = 1;    // 0 stretch, 2 fit inside, any other fill and crop
 };
 
