@@ -105,6 +105,10 @@ public:
     /// ".cpo3d" file without a ready scene context: 0 and S_FALSE.
     HRESULT GetSceneImagesCount(BSTR ScenePath, BYTE* Count) override;
 
+    /// Image1 to Image5 by their index from 0, for hosts that hold the pictures in a list;
+    /// E_INVALIDARG beyond the fifth.
+    HRESULT PutImage(size_t index, BSTR newVal) { return index < kMaxImages ? putImage(index, newVal) : E_INVALIDARG; }
+
     CCustomSourceStream& Stream() { return *stream; }
     /// The frame size in bytes, as the media type gives it; 0 for sides the stream can't
     /// carry (not above 0, or a frame beyond 2 GiB).

@@ -50,13 +50,9 @@ com::ComPtr<CAnim3DVideoSource> makeSource(const AnimSettings& settings)
     source->put_Fps(float(settings.fps));
     source->put_Duration(settings.duration > 0.0 ? settings.duration : compositionDuration(settings));
     source->put_StretchMode(BYTE(settings.stretchMode));
-    using Put = HRESULT (CAnim3DVideoSource::*)(BSTR);
-    const Put puts[] = {&CAnim3DVideoSource::put_Image1, &CAnim3DVideoSource::put_Image2,
-                        &CAnim3DVideoSource::put_Image3, &CAnim3DVideoSource::put_Image4,
-                        &CAnim3DVideoSource::put_Image5};
-    for (size_t i = 0; i < settings.images.size() && i < std::size(puts); ++i) {
+    for (size_t i = 0; i < settings.images.size(); ++i) {
         Bstr picture(os::fromUtf8(fs::absolute(settings.images[i]).string()));
-        (source.get()->*puts[i])(picture.get());
+        source->PutImage(i, picture.get());
     }
     return source;
 }

@@ -72,13 +72,9 @@ void BM_CompositionSourceSlideshow1080p(benchmark::State& state)
     source->put_Height(kFrameHeight);
     source->put_Duration(20.0);
     source->put_Fps(12.5f);  // 250 frames over the twenty seconds
-    using Put = HRESULT (CAnim3DVideoSource::*)(BSTR);
-    const Put puts[] = {&CAnim3DVideoSource::put_Image1, &CAnim3DVideoSource::put_Image2,
-                        &CAnim3DVideoSource::put_Image3, &CAnim3DVideoSource::put_Image4,
-                        &CAnim3DVideoSource::put_Image5};
     for (size_t i = 0; i < photos.size(); ++i) {
         Bstr photo(photos[i]);
-        (source.get()->*puts[i])(photo.get());
+        source->PutImage(i, photo.get());
     }
     std::mutex lock;
     std::condition_variable arrived;

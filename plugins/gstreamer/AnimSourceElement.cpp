@@ -205,14 +205,10 @@ com::ComPtr<CAnim3DVideoSource> makeSource(AnimSrcState& s, double& seconds)
     source->put_Height(GST_VIDEO_INFO_HEIGHT(&s.info));
     source->put_Fps(float(double(s.info.fps_n) / s.info.fps_d));
     source->put_StretchMode(BYTE(s.stretchMode));
-    using Put = HRESULT (CAnim3DVideoSource::*)(BSTR);
-    const Put puts[kImages] = {&CAnim3DVideoSource::put_Image1, &CAnim3DVideoSource::put_Image2,
-                               &CAnim3DVideoSource::put_Image3, &CAnim3DVideoSource::put_Image4,
-                               &CAnim3DVideoSource::put_Image5};
     for (size_t i = 0; i < kImages; ++i) {
         if (s.images[i].empty()) continue;
         Bstr picture(os::fromUtf8(s.images[i]));
-        (source.get()->*puts[i])(picture.get());
+        source->PutImage(i, picture.get());
     }
     return source;
 }

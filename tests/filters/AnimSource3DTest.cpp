@@ -23,13 +23,9 @@ protected:
         filter->put_Width(kWidth);
         filter->put_Height(kHeight);
         filter->put_Duration(10.0);
-        using Put = HRESULT (CAnim3DVideoSource::*)(BSTR);
-        const Put puts[] = {&CAnim3DVideoSource::put_Image1, &CAnim3DVideoSource::put_Image2,
-                            &CAnim3DVideoSource::put_Image3, &CAnim3DVideoSource::put_Image4,
-                            &CAnim3DVideoSource::put_Image5};
         for (size_t i = 0; i < pictures.size(); ++i) {
             Bstr picture(pictures[i]);
-            (filter.get()->*puts[i])(picture.get());
+            filter->PutImage(i, picture.get());
         }
         return filter;
     }

@@ -1,8 +1,8 @@
 // Source filters and their seeking: the stream thread's life (create, play, end of
 // stream, stop while running, stop while its buffer is out), and how SetPositions reads
 // its flags.
-#include "platform/media/HostFilters.h"
 #include "platform/media/SourceFilter.h"
+#include "platform/media/HostFilters.h"
 #include "platform/media/SourceSeeking.h"
 #include "tests/platform/media/TestGraph.h"
 
