@@ -135,10 +135,11 @@ void AudioTrack::writeUntil(double seconds)
     while (readPending() && pendingSeconds() < seconds) {
         const double time = pendingSeconds();
         const double lasts = double(pending_->duration) * av_q2d(inputStream().time_base);
-        // Sound that ends before the trim's start is left out (a codec's priming packet
-        // before zero stays); sound past its end ends the track.
+        // Sound before the trim's start is left out, but for a codec's priming packet that
+        // ends where the clip starts; sound past its end ends the track.
+        const bool kept = trim_.start > 0.0 ? time >= -1e-6 : time + lasts >= 0.0;
         if (time >= trim_.length) ended_ = true;
-        if (time + lasts >= 0.0 && !ended_) carry(*pending_);
+        if (kept && !ended_) carry(*pending_);
         av_packet_unref(pending_.get());
         hasPending_ = false;
     }
