@@ -54,6 +54,13 @@ bool readOutputOption(ArgReader& args, std::string_view option, OutputOptions& o
     return true;
 }
 
+EncodeSettings constantRate(EncodeSettings encode, double fps)
+{
+    encode.frameRate = av_d2q(fps, 100000);
+    encode.timeBase = {0, 0};
+    return encode;
+}
+
 void checkOutputOptions(const OutputOptions& o, const char* command)
 {
     if (o.discard == !o.output.empty())

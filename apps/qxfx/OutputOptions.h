@@ -23,6 +23,9 @@ extern const char* const kOutputOptionsHelp;
 /// Reads `option` when it is one of these; false otherwise.
 bool readOutputOption(ArgReader& args, std::string_view option, OutputOptions& o);
 
+/// `encode` for frames at a constant `fps`, counted one after another.
+EncodeSettings constantRate(EncodeSettings encode, double fps);
+
 /// CommandError unless exactly one of -o and --discard is given, or when a pipe has no
 /// format; `command` names the command in the message.
 void checkOutputOptions(const OutputOptions& o, const char* command);
