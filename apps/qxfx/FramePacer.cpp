@@ -29,20 +29,20 @@ bool FramePacer::next(TimedFrame& out)
     return true;
 }
 
-// Output frame n is shown at n / rate: it is the input frame shown at that time, the
-// nearest one when the times do not meet exactly. The clip ends where its last frame
-// stops being shown.
+// Output frame n is shown at n / rate: it is the input frame shown at that time, the last
+// one that starts by then. The clip ends where its last frame stops being shown.
 bool FramePacer::nextAtRate(TimedFrame& out)
 {
-    const double step = 1.0 / *pacing_.rate;
-    const double time = double(produced_) * step;
-    while (readAhead() && (!hasShown_ || ahead_.seconds <= time + step / 2)) {
+    // Times from timestamps in other units meet within a microsecond.
+    constexpr double kSlack = 1e-6;
+    const double time = double(produced_) / *pacing_.rate;
+    while (readAhead() && (!hasShown_ || ahead_.seconds <= time + kSlack)) {
         std::swap(shown_, ahead_);
         hasShown_ = true;
         hasAhead_ = false;
     }
     if (!hasShown_) return false;
-    if (sourceEnded_ && time >= shown_.seconds + 1.0 / pacing_.inputRate - step / 2) return false;
+    if (sourceEnded_ && time >= shown_.seconds + 1.0 / pacing_.inputRate - kSlack) return false;
     out.frame = shown_.frame;
     out.seconds = time;
     return true;
