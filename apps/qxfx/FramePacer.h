@@ -1,7 +1,7 @@
 #pragma once
 // Sets the timing of the frames that come in: a constant output rate when asked for one
-// (frames dropped or shown again, each output frame the one shown at its time, as
-// ffmpeg's fps filter does), and a fixed number of frames when asked for one (the last
+// (frames dropped or shown again, each output frame the input frame shown at its time),
+// and a fixed number of frames when asked for one (the last
 // frame held when the input ends first). Otherwise frames keep their own times, so a
 // clip of variable frame rate keeps its timing.
 #include "apps/qxfx/FrameSource.h"
