@@ -32,6 +32,11 @@ void EffectStage::apply(TimedFrame& frame)
     if (!covers(frame.seconds)) return;
     std::copy(frame.frame.samples.begin(), frame.frame.samples.end(), session_.input().samples.begin());
     session_.process(progressAt(frame.seconds));
+    ++rendered_;
+    if (session_.output().samples == frame.frame.samples) {
+        ++unchanged_;
+        return;
+    }
     std::copy(session_.output().samples.begin(), session_.output().samples.end(), frame.frame.samples.begin());
 }
 

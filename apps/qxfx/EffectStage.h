@@ -21,10 +21,16 @@ public:
     float progressAt(double seconds) const;
     /// Renders the effect over `frame` when its time lies in the span.
     void apply(TimedFrame& frame);
+    /// Frames the effect rendered, and those of them it left exactly as they came: an
+    /// effect that changed none of its frames is most likely missing what it plays.
+    long rendered() const { return rendered_; }
+    long unchanged() const { return unchanged_; }
 
 private:
     EffectSession session_;
     EffectSpan span_;
+    long rendered_ = 0;
+    long unchanged_ = 0;
 };
 
 }  // namespace qx::qxfx

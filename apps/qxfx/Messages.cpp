@@ -4,6 +4,8 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "apps/session/CommandError.h"
+
 #include <csignal>
 #include <cstdio>
 
@@ -24,6 +26,21 @@ void setVerbosity(Verbosity verbosity)
 {
     gVerbosity = verbosity;
     av_log_set_level(verbosity == Verbosity::Verbose ? AV_LOG_INFO : AV_LOG_QUIET);
+}
+
+void setFfmpegLogLevel(const std::string& name)
+{
+    static constexpr std::pair<const char*, int> kLevels[] = {
+        {"quiet", AV_LOG_QUIET}, {"error", AV_LOG_ERROR},     {"warning", AV_LOG_WARNING},
+        {"info", AV_LOG_INFO},   {"verbose", AV_LOG_VERBOSE}, {"debug", AV_LOG_DEBUG},
+    };
+    for (const auto& [levelName, level] : kLevels) {
+        if (name == levelName) {
+            av_log_set_level(level);
+            return;
+        }
+    }
+    throw CommandError("bad value '" + name + "' for --loglevel (quiet, error, warning, info, verbose or debug)");
 }
 
 void warn(const std::string& text)

@@ -10,6 +10,9 @@ enum class Verbosity { Quiet, Normal, Verbose };
 
 /// Sets how much is said from now on; FFmpeg's log follows.
 void setVerbosity(Verbosity verbosity);
+/// FFmpeg's messages from level `name` on (quiet, error, warning, info, verbose, debug);
+/// CommandError for another name.
+void setFfmpegLogLevel(const std::string& name);
 /// "qxfx: warning: TEXT" on standard error unless quiet.
 void warn(const std::string& text);
 

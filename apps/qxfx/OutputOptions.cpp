@@ -21,7 +21,9 @@ const char* const kOutputOptionsHelp =
     "      --preset NAME    H.264 speed preset (default veryfast)\n"
     "      --threads N      FFmpeg decoding and encoding threads (default 0: automatic)\n"
     "  -q, --quiet          no warnings\n"
-    "  -v, --verbose        FFmpeg's own messages too\n";
+    "  -v, --verbose        FFmpeg's own messages too\n"
+    "      --loglevel NAME  FFmpeg's messages from this level on: quiet, error, warning,\n"
+    "                       info, verbose, debug\n";
 
 bool readOutputOption(ArgReader& args, std::string_view option, OutputOptions& o)
 {
@@ -49,6 +51,8 @@ bool readOutputOption(ArgReader& args, std::string_view option, OutputOptions& o
         setVerbosity(Verbosity::Quiet);
     else if (option == "-v" || option == "--verbose")
         setVerbosity(Verbosity::Verbose);
+    else if (option == "--loglevel")
+        setFfmpegLogLevel(args.value(option));
     else
         return false;
     return true;

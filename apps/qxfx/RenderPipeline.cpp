@@ -7,6 +7,8 @@
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/session/ContentPack.h"
+#include "platform/os/FilePath.h"
+#include "platform/os/WideText.h"
 
 #include <cmath>
 #include <filesystem>
@@ -88,6 +90,16 @@ EffectSpan spanOf(const RenderRequest& r, const Timeline& timeline)
     return span;
 }
 
+// Sources are Windows-style paths, found without regard to case as the host finds them:
+// scenes under the data path's Scenes folder ("Particles\\Sparks.afx"), animations under
+// the data path itself, or a full path.
+bool sourceExists(const EffectSettings& effect)
+{
+    const std::u16string source = os::fromUtf8(effect.source);
+    return os::pathExists(source) || os::pathExists(os::fromUtf8(effect.dataPath + "/") + source) ||
+           os::pathExists(os::fromUtf8(effect.dataPath + "/Scenes/") + source);
+}
+
 // Effects that play content of the data path pass frames through without it; that
 // deserves a word rather than a silent copy of the input.
 void warnOfMissingContent(const EffectSettings& effect)
@@ -99,11 +111,20 @@ void warnOfMissingContent(const EffectSettings& effect)
         warn("effect " + std::to_string(effect.effectId) + " plays content of the data path, and " +
              (effect.dataPath.empty() ? std::string("none was found") : "'" + effect.dataPath + "' is not a folder") +
              ": frames may pass through untouched");
-    } else if (!effect.source.empty() && !fs::exists(fs::path(effect.dataPath) / effect.source, error) &&
-               !fs::exists(effect.source, error)) {
+    } else if (!effect.source.empty() && !sourceExists(effect)) {
         warn("the source '" + effect.source + "' is not under the data path '" + effect.dataPath +
              "': frames may pass through untouched");
     }
+}
+
+void warnOfWhatWasLost(const EffectStage& effect, const VideoReader* reader, LONG effectId)
+{
+    if (effect.rendered() > 1 && effect.unchanged() == effect.rendered()) {
+        warn("effect " + std::to_string(effectId) +
+             " changed no frame: its content or the 3D engine may be missing (see 'qxfx list')");
+    }
+    if (reader && reader->damagedSkipped() > 0)
+        warn("the input is damaged: " + std::to_string(reader->damagedSkipped()) + " packets could not be decoded");
 }
 
 EncodeSettings encodeSettings(const OutputOptions& output, double rate, const VideoReader* reader, bool keepTimes)
@@ -167,6 +188,7 @@ int renderClip(RenderRequest r, const OutputOptions& output)
         bar.update(++written);
     }
     if (written == 0) throw CommandError("'" + r.input + "': no frame could be decoded");
+    warnOfWhatWasLost(effect, reader.get(), r.effect.effectId);
     const bool interrupted = InterruptGuard::raised();
     if (out) {
         // Sound goes on to its own end unless the picture was cut short.

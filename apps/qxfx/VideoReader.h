@@ -38,6 +38,8 @@ public:
     int uprightTurn() const { return reader_->uprightTurn(); }
     ColourTags colourTags() const { return reader_->colourTags(); }
     AVRational timeBase() const { return reader_->timeBase(); }
+    /// Damaged packets or frames skipped so far.
+    int64_t damagedSkipped() const { return reader_->damagedSkipped(); }
 
     /// The number of packets of the video stream of `path`, which is its number of frames
     /// (1 for a still image); 0 when it cannot be read.

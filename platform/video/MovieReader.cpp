@@ -238,6 +238,7 @@ bool MovieReader::decodeNext()
         if (rc == 0) return true;
         if (rc == AVERROR_EOF) break;
         if (rc != AVERROR(EAGAIN)) {
+            ++damaged_;
             if (++errors > kMaxConsecutiveErrors) {
                 error_ = "cannot decode (" + av::errorText(rc) + ")";
                 return false;
@@ -268,6 +269,7 @@ bool MovieReader::sendNextPacket()
         const bool ours = packet_->stream_index == streamIndex_;
         const int sent = ours ? avcodec_send_packet(decoder_.get(), packet_.get()) : 0;
         av_packet_unref(packet_.get());
+        damaged_ += sent == AVERROR_INVALIDDATA;
         if (ours && sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_INVALIDDATA) {
             error_ = "cannot decode (" + av::errorText(sent) + ")";
             return false;

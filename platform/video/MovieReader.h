@@ -73,6 +73,8 @@ public:
     /// valid until the next call; null when no frame can be decoded.
     const uint32_t* frameAt(double seconds);
     const std::string& lastError() const { return error_; }
+    /// Packets or frames the decoder refused as damaged and that were skipped.
+    int64_t damagedSkipped() const { return damaged_; }
 
     /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and
     /// the U planes of half the width and height (rounded up), rows without padding.
@@ -125,6 +127,7 @@ private:
     int64_t frameCountHint_ = 0;
     double duration_ = 0.0;
     int uprightTurn_ = 0;
+    int64_t damaged_ = 0;
     ColourTags colour_;
     bool draining_ = false;
     bool ended_ = false;

@@ -229,6 +229,12 @@ def test_small_things():
     result = qxfx("render", "--discard", "--frames", "2", "--data", "/nonexistent", "-e", "5003")
     check("a missing data path is said", "warning" in result.stderr and "/nonexistent" in result.stderr,
           result.stderr)
+    result = qxfx("render", "--discard", "--frames", "3", "-e", "5003", "--source", "Particles\\Absent.afx")
+    check("an effect with nothing to play says so", "Absent.afx" in result.stderr
+          and "changed no frame" in result.stderr, result.stderr)
+    result = qxfx("render", "--discard", "--frames", "3", "-e", "5003")
+    check("the pack's own scene draws without a warning", result.returncode == 0 and result.stderr == "",
+          result.stderr)
     quiet = qxfx("render", "--discard", "--frames", "2", "--data", "/nonexistent", "-e", "5003", "-q")
     check("-q silences warnings", "warning" not in quiet.stderr, quiet.stderr)
 
