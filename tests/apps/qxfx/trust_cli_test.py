@@ -221,6 +221,18 @@ def test_odd_size(work):
               and probe(out, "codec_name,width,height,pix_fmt") == f"{codec},162,92,yuv420p", result.stderr)
 
 
+def test_colour_tags(work):
+    clip = os.path.join(work, "tagged.mp4")
+    ffmpeg("-f", "lavfi", "-i", "testsrc=size=160x90:rate=25", "-t", "0.4", "-c:v", "libx264", "-pix_fmt", "yuv420p",
+           "-color_primaries", "bt709", "-color_trc", "bt709", "-colorspace", "bt709", "-color_range", "tv", clip)
+    out = os.path.join(work, "tagged-out.mkv")
+    result = qxfx("render", "-i", clip, "-e", "3", "--size", "64x64", "-o", out)
+    tags = probe(out, "color_space,color_transfer,color_primaries,color_range")
+    check("colour tags are kept", result.returncode == 0 and sorted(tags.split(",")) == ["bt709"] * 3 + ["tv"],
+          f"{tags} {result.stderr}")
+    check("--size with an input says it is ignored", "--size is ignored" in result.stderr, result.stderr)
+
+
 def test_small_things():
     version = qxfx("--version")
     check("--version", version.returncode == 0 and version.stdout.startswith("qxfx "), version.stderr)
@@ -253,6 +265,7 @@ def main():
     test_interrupt(work)
     test_pipes(work)
     test_odd_size(work)
+    test_colour_tags(work)
     test_small_things()
     if failures:
         sys.exit("\n".join(failures))
