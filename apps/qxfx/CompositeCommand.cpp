@@ -1,6 +1,7 @@
 #include "apps/qxfx/CompositeCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/AudioTrack.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -13,6 +14,7 @@
 #include "platform/video/MovieReaderComponent.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -42,7 +44,8 @@ constexpr const char* kUsage =
     "      --media-start SEC where a movie overlay starts playing (default 0)\n"
     "      --size WxH        size of the test pattern (default 640x360)\n"
     "      --frames N        frames to render (default: all of the input; 50 otherwise)\n"
-    "      --fps RATE        frame rate (default: the input's, else 25)\n";
+    "      --fps RATE        frame rate (default: the input's, else 25)\n"
+    "      --no-audio        leave the background's audio out (kept by default)\n";
 
 constexpr long kDefaultStillFrames = 50;
 constexpr long kMaxFrames = 10'000'000;
@@ -66,6 +69,7 @@ struct CompositeOptions {
     int height = 360;
     std::optional<long> frames;
     std::optional<double> fps;
+    bool audio = true;
     bool help = false;
     Placement placement;
 };
@@ -135,6 +139,8 @@ void readOption(ArgReader& args, std::string_view option, CompositeOptions& o)
         o.input = args.value(option);
     else if (option == "--overlay")
         o.overlay = args.value(option);
+    else if (option == "--no-audio")
+        o.audio = false;
     else if (option == "--second")
         o.second = args.value(option);
     else if (option == "--size")
@@ -185,6 +191,54 @@ void putProperties(CQXCompositor& c, const Placement& p, double clipSeconds, con
     c.put_OverlayPath(text.get());
 }
 
+int compose(const CompositeOptions& o)
+{
+    std::unique_ptr<VideoReader> reader;
+    const int threads = o.output.encode.threads;
+    if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, threads);
+    std::unique_ptr<VideoReader> second;
+    if (!o.second.empty()) second = std::make_unique<VideoReader>(o.second, threads);
+    const int width = reader ? reader->width() : o.width;
+    const int height = reader ? reader->height() : o.height;
+    const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
+    const long frames = o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
+    const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
+    // Movies are read through the movie reader component, found by class identifier.
+    video::RegisterMovieReader();
+    const OverlayFile overlay(o.overlay == "second" ? std::string() : o.overlay);
+    CompositeJob job(width, height);
+    putProperties(job.compositor(), o.placement, double(frames) / fps, overlay.path());
+    job.setUp();
+    std::unique_ptr<VideoOutput> out;
+    std::unique_ptr<AudioTrack> audio;
+    if (!o.output.discard) {
+        const std::string inputs[] = {o.input, o.overlay, o.second};
+        out = std::make_unique<VideoOutput>(o.output, inputs, width, height, constantRate(o.output.encode, fps));
+        // The background's sound goes along, as render keeps a clip's.
+        if (reader && o.audio) audio = AudioTrack::open(o.input, Trim{}, out->writer());
+        out->writer().start();
+    }
+    const InterruptGuard interruption;
+    ProgressBar bar("composite", frames);
+    bool inputEnded = false;
+    bool secondEnded = false;
+    for (long i = 0; i < frames && !InterruptGuard::raised(); ++i) {
+        if (!reader)
+            drawTestPattern(job.first(), int(i), int(frames));
+        else if (!inputEnded && !reader->read(job.first()))
+            inputEnded = true;
+        if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
+        if (second && !secondEnded && !second->read(job.second())) secondEnded = true;
+        const Frame& result = job.run(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f, !second);
+        if (audio) audio->writeUntil(double(i) / fps);
+        if (out) out->writer().write(result);
+        bar.update(i + 1);
+    }
+    if (audio) audio->finish(o.frames || InterruptGuard::raised() ? double(frames) / fps : INFINITY);
+    if (out) out->finish();
+    return 0;
+}
+
 }  // namespace
 
 int runComposite(std::span<const std::string_view> args)
@@ -196,45 +250,7 @@ int runComposite(std::span<const std::string_view> args)
             std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
-        std::unique_ptr<VideoReader> reader;
-        const int threads = o.output.encode.threads;
-        if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, threads);
-        std::unique_ptr<VideoReader> second;
-        if (!o.second.empty()) second = std::make_unique<VideoReader>(o.second, threads);
-        const int width = reader ? reader->width() : o.width;
-        const int height = reader ? reader->height() : o.height;
-        const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
-        const long frames =
-            o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
-        const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
-        // Movies are read through the movie reader component, found by class identifier.
-        video::RegisterMovieReader();
-        const OverlayFile overlay(o.overlay == "second" ? std::string() : o.overlay);
-        CompositeJob job(width, height);
-        putProperties(job.compositor(), o.placement, double(frames) / fps, overlay.path());
-        job.setUp();
-        std::unique_ptr<VideoOutput> out;
-        if (!o.output.discard) {
-            const std::string inputs[] = {o.input, o.overlay, o.second};
-            out = std::make_unique<VideoOutput>(o.output, inputs, width, height, constantRate(o.output.encode, fps));
-        }
-        const InterruptGuard interruption;
-        ProgressBar bar("composite", frames);
-        bool inputEnded = false;
-        bool secondEnded = false;
-        for (long i = 0; i < frames && !InterruptGuard::raised(); ++i) {
-            if (!reader)
-                drawTestPattern(job.first(), int(i), int(frames));
-            else if (!inputEnded && !reader->read(job.first()))
-                inputEnded = true;
-            if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
-            if (second && !secondEnded && !second->read(job.second())) secondEnded = true;
-            const Frame& result = job.run(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f, !second);
-            if (out) out->writer().write(result);
-            bar.update(i + 1);
-        }
-        if (out) out->finish();
-        return 0;
+        return compose(o);
     } catch (const CommandError& error) {
         std::fprintf(stderr, "qxfx composite: %s\n", error.what());
         return 1;

@@ -82,6 +82,12 @@ def test_audio(work):
         kept = probe(out, "codec_name", "a:0")
         check(f"audio kept, {name}", result.returncode == 0 and kept == codec and before > 1.9
               and abs(after - before) < 0.03, f"{kept} {after} vs {before}: {result.stderr}")
+    logo = os.path.join(work, "logo.png")
+    ffmpeg("-f", "lavfi", "-i", "color=red:s=16x16", "-frames:v", "1", logo)
+    out = os.path.join(work, "composed.mp4")
+    result = qxfx("composite", "-i", aac, "--overlay", logo, "--width", "0.2", "--height", "0.2", "-o", out)
+    check("composite keeps the background's audio", result.returncode == 0 and probe(out, "codec_name", "a:0") == "aac"
+          and abs(audio_length(out) - audio_length(aac)) < 0.03, result.stderr)
     out = os.path.join(work, "silent.mp4")
     result = qxfx("render", "-i", aac, "--no-audio", "-o", out)
     check("--no-audio leaves it out", result.returncode == 0 and probe(out, "codec_name", "a:0") == "", result.stderr)
