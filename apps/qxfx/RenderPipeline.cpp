@@ -138,28 +138,45 @@ EncodeSettings encodeSettings(const OutputOptions& output, double rate, const Vi
     return encode;
 }
 
+/// The first stage: the clip's frames, or the test pattern's, and what is known of them.
+struct RenderInput {
+    std::unique_ptr<VideoReader> reader;
+    std::unique_ptr<FrameSource> source;
+    Timeline timeline;
+    double rate = kDefaultRate;  // of the output, as far as it has one
+};
+
+// Pacing the request asks of the clip is set in `r.pacing`; the pattern is drawn at its
+// rate and count already, and needs none.
+RenderInput openInput(RenderRequest& r, int threads)
+{
+    RenderInput in;
+    if (!r.input.empty()) in.reader = std::make_unique<VideoReader>(r.input, threads, r.inputFormat);
+    if (in.reader) {
+        if (r.patternSize) warn("--size is ignored with an input: frames keep the input's size");
+        in.timeline = planClip(r, *in.reader, r.pacing);
+        in.source = std::make_unique<ClipFrames>(*in.reader, r.trim);
+        in.rate = r.pacing.rate.value_or(in.reader->frameRate());
+        return in;
+    }
+    const auto [width, height] = r.patternSize.value_or(std::pair{kDefaultWidth, kDefaultHeight});
+    const long frames = r.pacing.count.value_or(kDefaultStillFrames);
+    in.rate = r.pacing.rate.value_or(kDefaultRate);
+    in.timeline = {double(frames - 1) / in.rate, frames, true};
+    in.source = std::make_unique<PatternFrames>(width, height, frames, in.rate);
+    r.pacing = {};
+    return in;
+}
+
 }  // namespace
 
 int renderClip(RenderRequest r, const OutputOptions& output)
 {
-    std::unique_ptr<VideoReader> reader;
-    if (!r.input.empty()) reader = std::make_unique<VideoReader>(r.input, output.encode.threads, r.inputFormat);
-    if (reader && r.patternSize) warn("--size is ignored with an input: frames keep the input's size");
-    Timeline timeline;
-    std::unique_ptr<FrameSource> source;
-    if (reader) {
-        timeline = planClip(r, *reader, r.pacing);
-        source = std::make_unique<ClipFrames>(*reader, r.trim);
-    } else {
-        const auto [width, height] = r.patternSize.value_or(std::pair{kDefaultWidth, kDefaultHeight});
-        const long frames = r.pacing.count.value_or(kDefaultStillFrames);
-        const double rate = r.pacing.rate.value_or(kDefaultRate);
-        timeline = {double(frames - 1) / rate, frames, true};
-        source = std::make_unique<PatternFrames>(width, height, frames, rate);
-        r.pacing = {};
-    }
-    FramePacer frames(*source, r.pacing);
-    const double rate = r.pacing.rate.value_or(reader ? reader->frameRate() : kDefaultRate);
+    RenderInput in = openInput(r, output.encode.threads);
+    const std::unique_ptr<VideoReader>& reader = in.reader;
+    const Timeline& timeline = in.timeline;
+    const double rate = in.rate;
+    FramePacer frames(*in.source, r.pacing);
     r.effect.fps = float(rate);
     const EffectSpan span = spanOf(r, timeline);
     if (r.effect.durationSeconds <= 0.0 && span.length > 0.0) r.effect.durationSeconds = span.length;
@@ -171,7 +188,7 @@ int renderClip(RenderRequest r, const OutputOptions& output)
     if (!output.discard) {
         const std::string inputs[] = {r.input};
         out = std::make_unique<VideoOutput>(output, inputs, frames.width(), frames.height(),
-                                            encodeSettings(output, rate, reader.get(), !r.pacing.rate));
+                                            encodeSettings(output, rate, reader.get(), reader && !r.pacing.rate));
         if (reader && r.audio) audio = AudioTrack::open(r.input, r.trim, out->writer());
         out->writer().start();
     }

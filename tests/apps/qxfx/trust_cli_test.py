@@ -119,6 +119,13 @@ def test_timing(work):
           and all(abs(b - a - 0.04) < 0.002 for a, b in zip(times, times[1:])), f"{times}: {result.stderr}")
 
 
+def test_pattern_rate(work):
+    out = os.path.join(work, "pattern-30.mp4")
+    result = qxfx("render", "--fps", "30", "--frames", "30", "--size", "64x36", "-o", out)
+    check("the test pattern at --fps 30", result.returncode == 0
+          and probe(out, "r_frame_rate,nb_read_frames", count=True) == "30/1,30", result.stderr)
+
+
 def test_rotation(work):
     flat = os.path.join(work, "flat.mp4")
     ffmpeg("-f", "lavfi", "-i", "color=red:s=160x90,drawbox=x=0:y=0:w=80:h=45:color=blue:t=fill", "-t", "0.4",
@@ -264,6 +271,7 @@ def main():
     os.makedirs(work)
     clip = test_audio(work)
     test_timing(work)
+    test_pattern_rate(work)
     test_rotation(work)
     test_span(work)
     test_params()
