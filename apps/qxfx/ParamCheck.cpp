@@ -4,6 +4,7 @@
 #include "host/EffectCatalog.h"
 
 #include <charconv>
+#include <cstdint>
 #include <vector>
 
 namespace qx::qxfx {
@@ -59,6 +60,9 @@ void checkParamText(const std::string& text, ParamTable table)
         if (field.empty() || ec != std::errc() || end != field.data() + field.size()) {
             throw CommandError(slotName(table, slot) + ": '" + field + "' is not a whole number");
         }
+        // The host holds 32-bit values, whatever the table.
+        if (value < INT32_MIN || value > INT32_MAX)
+            throw CommandError(slotName(table, slot) + ": " + field + " is too large");
         if (slot < table.size() && (value < table[slot].minimum || value > table[slot].maximum)) {
             throw CommandError(slotName(table, slot) + ": " + field + " is out of its range " +
                                std::to_string(table[slot].minimum) + " to " + std::to_string(table[slot].maximum));

@@ -147,6 +147,7 @@ TEST(ParamCheck, RefusesEachSlipNamingTheSlot)
     // An effect that leaves its values to the editor takes any count, but whole numbers.
     EXPECT_EQ(refusal("-7;123456;", {}), "");
     EXPECT_NE(refusal("1;a;", {}).find("value 2"), std::string::npos);
+    EXPECT_NE(refusal("1;4294967296;", {}).find("value 2: 4294967296 is too large"), std::string::npos);
     EXPECT_NE(refusal(std::string(17 * 2, ';'), {}).find("at most 16"), std::string::npos);
 }
 
