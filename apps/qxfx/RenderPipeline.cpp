@@ -55,7 +55,8 @@ Timeline planClip(const RenderRequest& r, const VideoReader& reader, Pacing& pac
     if (pacing.rate) {
         const double step = 1.0 / *pacing.rate;
         long frames = pacing.count.value_or(0);
-        if (!frames && !times.empty()) frames = std::max(1L, long(std::ceil((times.back() + inputStep) / step - 0.5)));
+        // Output frames come while their time is before the end of the last input frame.
+        if (!frames && !times.empty()) frames = std::max(1L, long(std::ceil((times.back() + inputStep) / step - 1e-6)));
         return {double(std::max(0L, frames - 1)) * step, frames, frames > 0};
     }
     const long count = pacing.count.value_or(long(times.size()));
@@ -67,8 +68,8 @@ Timeline planClip(const RenderRequest& r, const VideoReader& reader, Pacing& pac
     }
     if (pacing.count) return {double(count - 1) * inputStep, count, true};
     if (reader.duration() > 0.0) {
-        const double length = std::min(reader.duration(), r.trim.length);
-        return {std::max(0.0, length - r.trim.start - inputStep), long(reader.frameCountHint()), true};
+        const double length = std::min(reader.duration() - r.trim.start, r.trim.length);
+        return {std::max(0.0, length - inputStep), long(reader.frameCountHint()), true};
     }
     return {};
 }
