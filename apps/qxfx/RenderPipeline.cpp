@@ -125,7 +125,8 @@ void warnOfWhatWasLost(const EffectStage& effect, const VideoReader* reader, LON
              " changed no frame: its content or the 3D engine may be missing (see 'qxfx list')");
     }
     if (reader && reader->damagedSkipped() > 0)
-        warn("the input is damaged: " + std::to_string(reader->damagedSkipped()) + " packets could not be decoded");
+        warn("the input is damaged: " + std::to_string(reader->damagedSkipped()) +
+             " packets or frames were skipped or patched over");
 }
 
 EncodeSettings encodeSettings(const OutputOptions& output, double rate, const VideoReader* reader, bool keepTimes)

@@ -38,7 +38,7 @@ public:
     int uprightTurn() const { return reader_->uprightTurn(); }
     ColourTags colourTags() const { return reader_->colourTags(); }
     AVRational timeBase() const { return reader_->timeBase(); }
-    /// Damaged packets or frames skipped so far.
+    /// Damaged packets or frames found so far.
     int64_t damagedSkipped() const { return reader_->damagedSkipped(); }
 
     /// The number of packets of the video stream of `path`, which is its number of frames

@@ -235,7 +235,11 @@ bool MovieReader::decodeNext()
     int errors = 0;
     while (!ended_) {
         const int rc = avcodec_receive_frame(decoder_.get(), decoded_.get());
-        if (rc == 0) return true;
+        if (rc == 0) {
+            // A frame the decoder patched over damage still comes out; it is counted.
+            damaged_ += decoded_->decode_error_flags != 0 || (decoded_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+            return true;
+        }
         if (rc == AVERROR_EOF) break;
         if (rc != AVERROR(EAGAIN)) {
             ++damaged_;
@@ -267,6 +271,7 @@ bool MovieReader::sendNextPacket()
             return true;
         }
         const bool ours = packet_->stream_index == streamIndex_;
+        damaged_ += ours && (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
         const int sent = ours ? avcodec_send_packet(decoder_.get(), packet_.get()) : 0;
         av_packet_unref(packet_.get());
         damaged_ += sent == AVERROR_INVALIDDATA;

@@ -73,7 +73,7 @@ public:
     /// valid until the next call; null when no frame can be decoded.
     const uint32_t* frameAt(double seconds);
     const std::string& lastError() const { return error_; }
-    /// Packets or frames the decoder refused as damaged and that were skipped.
+    /// Packets and frames found damaged: refused and skipped, or patched over by the decoder.
     int64_t damagedSkipped() const { return damaged_; }
 
     /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and

@@ -246,6 +246,20 @@ def test_colour_tags(work):
     check("--size with an input says it is ignored", "--size is ignored" in result.stderr, result.stderr)
 
 
+def test_damaged_input(work):
+    clip = os.path.join(work, "clean.ts")
+    ffmpeg("-f", "lavfi", "-i", "testsrc=size=160x90:rate=25", "-t", "1", "-c:v", "mpeg4", "-f", "mpegts", clip)
+    data = bytearray(open(clip, "rb").read())
+    for i in range(3000, len(data) - 3000, 211):
+        data[i] ^= 0xFF
+    damaged = os.path.join(work, "damaged.ts")
+    open(damaged, "wb").write(data)
+    result = qxfx("render", "-i", damaged, "--discard")
+    check("damaged input is said", result.returncode == 0 and "input is damaged" in result.stderr, result.stderr)
+    result = qxfx("render", "-i", clip, "--discard")
+    check("a clean input is not", result.returncode == 0 and result.stderr == "", result.stderr)
+
+
 def test_small_things():
     version = qxfx("--version")
     check("--version", version.returncode == 0 and version.stdout.startswith("qxfx "), version.stderr)
@@ -280,6 +294,7 @@ def main():
     test_pipes(work)
     test_odd_size(work)
     test_colour_tags(work)
+    test_damaged_input(work)
     test_small_things()
     if failures:
         sys.exit("\n".join(failures))
