@@ -173,6 +173,15 @@ TEST(EffectStage, ProgressFollowsTimeWithinTheSpanOnly)
     EXPECT_EQ(before.frame.samples[0], 0xFF336699u);
     // A fade in starts from black.
     EXPECT_EQ(start.frame.samples[0] & 0xFFFFFFu, 0u);
+    // Only the frame inside the span was rendered, and it changed.
+    EXPECT_EQ(stage.rendered(), 1);
+    EXPECT_EQ(stage.unchanged(), 0);
+    // At its end a fade in leaves the frame as it came: counted as unchanged.
+    TimedFrame end = before;
+    end.seconds = 3.0;
+    stage.apply(end);
+    EXPECT_EQ(end.frame.samples, before.frame.samples);
+    EXPECT_EQ(stage.unchanged(), 1);
 }
 
 class OutputTargetTest : public ::testing::Test {
