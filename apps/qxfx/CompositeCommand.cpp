@@ -1,10 +1,12 @@
 #include "apps/qxfx/CompositeCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/AudioTrack.h"
+#include "apps/qxfx/Messages.h"
+#include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"
-#include "apps/qxfx/VideoWriter.h"
 #include "apps/session/CompositeJob.h"
 #include "apps/session/OverlayFile.h"
 #include "filters/Compositor.h"
@@ -12,6 +14,7 @@
 #include "platform/video/MovieReaderComponent.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -28,9 +31,6 @@ constexpr const char* kUsage =
     "      --overlay FILE    a picture (PNG, JPEG...), an SWF animation (.swf or .dat), or a\n"
     "                        movie (any video FFmpeg reads); \"second\" takes --second\n"
     "      --second PATH     a second video as the picture (with --overlay second)\n"
-    "  -o, --output PATH     video file, or PNG frames with a number pattern\n"
-    "      --discard         render and drop the frames (for timing)\n"
-    "      --lossless        a lossless codec with alpha instead of H.264\n"
     "      --x, --y N        left and top of the picture (default 0)\n"
     "      --width, --height N  size of the picture (default 1)\n"
     "      --src-x, --src-y, --src-width, --src-height N  the part of the picture shown\n"
@@ -45,7 +45,7 @@ constexpr const char* kUsage =
     "      --size WxH        size of the test pattern (default 640x360)\n"
     "      --frames N        frames to render (default: all of the input; 50 otherwise)\n"
     "      --fps RATE        frame rate (default: the input's, else 25)\n"
-    "      --threads N       FFmpeg decoding and encoding threads (default 0: automatic)\n";
+    "      --no-audio        leave the background's audio out (kept by default)\n";
 
 constexpr long kDefaultStillFrames = 50;
 constexpr long kMaxFrames = 10'000'000;
@@ -64,14 +64,12 @@ struct CompositeOptions {
     std::string input;
     std::string overlay;
     std::string second;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
+    OutputOptions output;
     int width = 640;
     int height = 360;
     std::optional<long> frames;
     std::optional<double> fps;
-    int threads = 0;
+    bool audio = true;
     bool help = false;
     Placement placement;
 };
@@ -136,27 +134,21 @@ bool readPlacement(ArgReader& args, std::string_view option, Placement& p)
 
 void readOption(ArgReader& args, std::string_view option, CompositeOptions& o)
 {
-    if (readPlacement(args, option, o.placement)) return;
+    if (readPlacement(args, option, o.placement) || readOutputOption(args, option, o.output)) return;
     if (option == "-i" || option == "--input")
         o.input = args.value(option);
     else if (option == "--overlay")
         o.overlay = args.value(option);
+    else if (option == "--no-audio")
+        o.audio = false;
     else if (option == "--second")
         o.second = args.value(option);
-    else if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--lossless")
-        o.lossless = true;
     else if (option == "--size")
         std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
     else if (option == "--frames")
         o.frames = args.integer(option, 1, kMaxFrames);
     else if (option == "--fps")
         o.fps = args.number(option, 0.001, 1000.0);
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
     else if (option == "-h" || option == "--help")
         o.help = true;
     else
@@ -169,9 +161,7 @@ CompositeOptions parseOptions(std::span<const std::string_view> arguments)
     ArgReader args(arguments);
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx composite --help')");
-    }
+    checkOutputOptions(options.output, "composite");
     if (options.overlay.empty()) throw CommandError("give the picture with --overlay (see 'qxfx composite --help')");
     if ((options.overlay == "second") != !options.second.empty()) {
         throw CommandError("--second goes with --overlay second, and the other way round");
@@ -201,6 +191,54 @@ void putProperties(CQXCompositor& c, const Placement& p, double clipSeconds, con
     c.put_OverlayPath(text.get());
 }
 
+int compose(const CompositeOptions& o)
+{
+    std::unique_ptr<VideoReader> reader;
+    const int threads = o.output.encode.threads;
+    if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, threads);
+    std::unique_ptr<VideoReader> second;
+    if (!o.second.empty()) second = std::make_unique<VideoReader>(o.second, threads);
+    const int width = reader ? reader->width() : o.width;
+    const int height = reader ? reader->height() : o.height;
+    const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
+    const long frames = o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
+    const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
+    // Movies are read through the movie reader component, found by class identifier.
+    video::RegisterMovieReader();
+    const OverlayFile overlay(o.overlay == "second" ? std::string() : o.overlay);
+    CompositeJob job(width, height);
+    putProperties(job.compositor(), o.placement, double(frames) / fps, overlay.path());
+    job.setUp();
+    std::unique_ptr<VideoOutput> out;
+    std::unique_ptr<AudioTrack> audio;
+    if (!o.output.discard) {
+        const std::string inputs[] = {o.input, o.overlay, o.second};
+        out = std::make_unique<VideoOutput>(o.output, inputs, width, height, constantRate(o.output.encode, fps));
+        // The background's sound goes along, as render keeps a clip's.
+        if (reader && o.audio) audio = AudioTrack::open(o.input, Trim{}, out->writer());
+        out->writer().start();
+    }
+    const InterruptGuard interruption;
+    ProgressBar bar("composite", frames);
+    bool inputEnded = false;
+    bool secondEnded = false;
+    for (long i = 0; i < frames && !InterruptGuard::raised(); ++i) {
+        if (!reader)
+            drawTestPattern(job.first(), int(i), int(frames));
+        else if (!inputEnded && !reader->read(job.first()))
+            inputEnded = true;
+        if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
+        if (second && !secondEnded && !second->read(job.second())) secondEnded = true;
+        const Frame& result = job.run(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f, !second);
+        if (audio) audio->writeUntil(double(i) / fps);
+        if (out) out->writer().write(result);
+        bar.update(i + 1);
+    }
+    if (audio) audio->finish(o.frames || InterruptGuard::raised() ? double(frames) / fps : INFINITY);
+    if (out) out->finish();
+    return 0;
+}
+
 }  // namespace
 
 int runComposite(std::span<const std::string_view> args)
@@ -209,43 +247,10 @@ int runComposite(std::span<const std::string_view> args)
         const auto o = parseOptions(args);
         if (o.help) {
             std::fputs(kUsage, stdout);
+            std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
-        std::unique_ptr<VideoReader> reader;
-        if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, o.threads);
-        std::unique_ptr<VideoReader> second;
-        if (!o.second.empty()) second = std::make_unique<VideoReader>(o.second, o.threads);
-        const int width = reader ? reader->width() : o.width;
-        const int height = reader ? reader->height() : o.height;
-        const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
-        const long frames =
-            o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
-        const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
-        // Movies are read through the movie reader component, found by class identifier.
-        video::RegisterMovieReader();
-        const OverlayFile overlay(o.overlay == "second" ? std::string() : o.overlay);
-        CompositeJob job(width, height);
-        putProperties(job.compositor(), o.placement, double(frames) / fps, overlay.path());
-        job.setUp();
-        std::unique_ptr<VideoWriter> writer;
-        if (!o.discard)
-            writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
-        ProgressBar bar("composite", frames);
-        bool inputEnded = false;
-        bool secondEnded = false;
-        for (long i = 0; i < frames; ++i) {
-            if (!reader)
-                drawTestPattern(job.first(), int(i), int(frames));
-            else if (!inputEnded && !reader->read(job.first()))
-                inputEnded = true;
-            if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
-            if (second && !secondEnded && !second->read(job.second())) secondEnded = true;
-            const Frame& result = job.run(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f, !second);
-            if (writer) writer->write(result);
-            bar.update(i + 1);
-        }
-        if (writer) writer->finish();
-        return 0;
+        return compose(o);
     } catch (const CommandError& error) {
         std::fprintf(stderr, "qxfx composite: %s\n", error.what());
         return 1;

@@ -1,9 +1,10 @@
 #include "apps/qxfx/CropCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/Messages.h"
+#include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/VideoReader.h"
-#include "apps/qxfx/VideoWriter.h"
 #include "filters/CropTransform.h"
 #include "platform/media/HostFilters.h"
 
@@ -22,49 +23,34 @@ constexpr const char* kUsage =
     "Puts every frame in the centre of a black frame of a fixed size, as the crop\n"
     "transform does: frames are padded, or cut to their middle, never scaled.\n"
     "  -i, --input PATH       video or image (anything FFmpeg reads)\n"
-    "  -o, --output PATH      video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
-    "                         number pattern (frames/f-%04d.png)\n"
-    "      --discard          crop and drop the frames (for timing)\n"
     "      --size WxH         size of the output frames (default: the input's)\n"
     "      --anti-flicker N   blur along the columns against interlace flicker, over\n"
     "                         height / 100 * N / 10 rows (default 0: none)\n"
-    "      --lossless         a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
-    "      --frames N         crop at most N frames (default: all)\n"
-    "      --threads N        FFmpeg decoding and encoding threads (default 0: automatic)\n";
+    "      --frames N         crop at most N frames (default: all)\n";
 
 constexpr long kMaxFrames = 10'000'000;
 
 struct CropOptions {
     std::string input;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
+    OutputOptions output;
     int width = 0;  // 0: the input's
     int height = 0;
     int antiFlicker = 0;
     long frames = kMaxFrames;
-    int threads = 0;
     bool help = false;
 };
 
 void readOption(ArgReader& args, std::string_view option, CropOptions& o)
 {
+    if (readOutputOption(args, option, o.output)) return;
     if (option == "-i" || option == "--input")
         o.input = args.value(option);
-    else if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--lossless")
-        o.lossless = true;
     else if (option == "--size")
         std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
     else if (option == "--anti-flicker")
         o.antiFlicker = int(args.integer(option, 0, INT16_MAX));
     else if (option == "--frames")
         o.frames = args.integer(option, 1, kMaxFrames);
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
     else if (option == "-h" || option == "--help")
         o.help = true;
     else
@@ -78,9 +64,7 @@ CropOptions parseOptions(std::span<const std::string_view> arguments)
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
     if (options.input.empty()) throw CommandError("give the video with -i (see 'qxfx crop --help')");
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx crop --help')");
-    }
+    checkOutputOptions(options.output, "crop");
     return options;
 }
 
@@ -108,7 +92,11 @@ class OutputFrames {
 public:
     OutputFrames(const CropOptions& o, int width, int height, AVRational rate) : frame_(makeFrame(width, height))
     {
-        if (!o.discard) writer_ = std::make_unique<VideoWriter>(o.output, width, height, rate, o.threads, o.lossless);
+        if (!o.output.discard) {
+            const std::string inputs[] = {o.input};
+            out_ = std::make_unique<VideoOutput>(o.output, inputs, width, height,
+                                                 constantRate(o.output.encode, av_q2d(rate)));
+        }
     }
 
     HRESULT receive(media::IMediaSample& sample)
@@ -117,7 +105,7 @@ public:
         if (FAILED(sample.GetPointer(&bytes)) || size_t(sample.GetSize()) < frame_.samples.size() * 4) return E_FAIL;
         std::memcpy(frame_.samples.data(), bytes, frame_.samples.size() * 4);
         try {
-            if (writer_) writer_->write(frame_);
+            if (out_) out_->writer().write(frame_);
         } catch (const CommandError&) {
             failure_ = std::current_exception();
             return E_FAIL;
@@ -131,13 +119,13 @@ public:
     }
     void finish()
     {
-        if (writer_) writer_->finish();
+        if (out_) out_->finish();
     }
     long written() const { return written_; }
 
 private:
     Frame frame_;
-    std::unique_ptr<VideoWriter> writer_;
+    std::unique_ptr<VideoOutput> out_;
     std::exception_ptr failure_;
     long written_ = 0;
 };
@@ -171,7 +159,7 @@ struct CropGraph {
 
 int crop(const CropOptions& o)
 {
-    VideoReader reader(o.input, o.threads);
+    VideoReader reader(o.input, o.output.encode.threads);
     CropGraph graph(o, reader);
     Frame input = makeFrame(reader.width(), reader.height());
     const auto sample =
@@ -179,7 +167,8 @@ int crop(const CropOptions& o)
     const long total = std::min(o.frames, std::max<long>(1, long(VideoReader::countFrames(o.input))));
     ProgressBar bar("crop", total);
     long frames = 0;
-    for (; frames < o.frames && reader.read(input); ++frames) {
+    const InterruptGuard interruption;
+    for (; frames < o.frames && !InterruptGuard::raised() && reader.read(input); ++frames) {
         if (FAILED(graph.source->Deliver(sample.get()))) {
             graph.output->rethrowFailure();
             throw CommandError("the crop transform failed on frame " + std::to_string(frames));
@@ -199,6 +188,7 @@ int runCrop(std::span<const std::string_view> args)
         const auto options = parseOptions(args);
         if (options.help) {
             std::fputs(kUsage, stdout);
+            std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
         return crop(options);

@@ -1,97 +1,114 @@
 #include "apps/qxfx/RenderCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
-#include "apps/qxfx/ProgressBar.h"
-#include "apps/qxfx/TestPattern.h"
-#include "apps/qxfx/VideoReader.h"
-#include "apps/qxfx/VideoWriter.h"
+#include "apps/qxfx/OutputOptions.h"
+#include "apps/qxfx/ParamCheck.h"
+#include "apps/qxfx/RenderPipeline.h"
 #include "apps/session/ContentPack.h"
-#include "apps/session/EffectSession.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <memory>
-#include <optional>
+#include <string>
 
 namespace qx::qxfx {
 
 namespace {
 
-constexpr const char* kUsage =
+constexpr const char* kUsageHead =
     "usage: qxfx render [options] (-o OUTPUT | --discard)\n"
     "Puts one effect of the catalogue on a video, an image or the built-in test pattern.\n"
-    "Progress goes from 0 at the first frame to 1 at the last.\n"
+    "The input's audio, timestamps and colour tags are kept; a clip stored on its side is\n"
+    "turned upright. Progress goes from 0 where the effect's span starts to 1 where it\n"
+    "ends (default: the whole clip); frames outside the span pass untouched.\n"
     "  -e, --effect ID      effect id, as 'qxfx list' shows it (default 0)\n"
     "      --index N        the effect by its table index instead\n"
     "  -p, --params TEXT    parameter text, each value followed by ';' (default: the\n"
-    "                       effect's defaults)\n"
+    "                       effect's defaults), checked against the effect's table\n"
+    "      --raw-params TEXT  the parameter text handed to the effect unchecked, as an\n"
+    "                       editor would\n"
     "      --source PATH    the effect's source (scene or animation file, under the\n"
     "                       data path); default: the pack's own for 5003 to 5005, 15000\n"
     "      --data PATH      data path of the content pack (default: the built or\n"
     "                       installed pack)\n"
-    "  -i, --input PATH     video or image (anything FFmpeg reads); default: test pattern\n"
-    "  -o, --output PATH    video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
-    "                       number pattern (frames/f-%04d.png)\n"
-    "      --discard        render and drop the frames (for timing)\n"
-    "      --lossless       a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
+    "  -i, --input PATH     video or image (anything FFmpeg reads), '-' for standard\n"
+    "                       input; default: test pattern\n"
+    "      --input-format NAME  the input's format, for pipes FFmpeg cannot probe\n"
+    "                       (rawvideo needs --input-size, --input-rate, --input-pixels)\n"
+    "      --input-size WxH, --input-rate FPS, --input-pixels NAME  raw video's layout\n"
+    "  -ss SEC              start reading the input at SEC\n"
+    "  -t SEC               read SEC seconds of the input\n"
+    "      --start SEC      where the effect's span starts in the output (default 0)\n"
+    "      --length SEC     how long the span lasts (default: to the end of the clip)\n"
+    "      --no-audio       leave the input's audio out\n";
+
+constexpr const char* kUsageTail =
     "      --size WxH       size of the test pattern (default 640x360)\n"
     "      --frames N       frames to render (default: all of a video; 50 otherwise);\n"
     "                       a shorter input holds its last frame\n"
-    "      --fps RATE       frame rate (default: the input's, else 25)\n"
-    "      --duration SEC   the effect's span in seconds (default: frames / fps)\n"
-    "      --aspect RATIO   aspect ratio for the effect (default: the frame's)\n"
-    "      --threads N      FFmpeg decoding and encoding threads (default 0: automatic)\n";
-
-constexpr long kDefaultStillFrames = 50;
-constexpr long kMaxFrames = 10'000'000;
+    "      --fps RATE       convert to this constant frame rate, dropping or repeating\n"
+    "                       frames (default: the input's own timing, else 25)\n"
+    "      --duration SEC   the effect's Duration (default: the span's length)\n"
+    "      --aspect RATIO   aspect ratio for the effect (default: the frame's)\n";
 
 struct RenderOptions {
-    EffectSettings effect;
+    RenderRequest request;
     std::optional<long> effectIndex;
-    std::string input;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
-    int width = 640;
-    int height = 360;
-    std::optional<long> frames;
-    std::optional<double> fps;
-    int threads = 0;
+    bool rawParams = false;
+    OutputOptions output;
     bool help = false;
 };
 
+bool readInputOption(ArgReader& args, std::string_view option, RenderRequest& r)
+{
+    if (option == "-i" || option == "--input")
+        r.input = args.value(option);
+    else if (option == "--input-format")
+        r.inputFormat.name = args.value(option);
+    else if (option == "--input-size")
+        r.inputFormat.options.emplace_back("video_size", args.value(option));
+    else if (option == "--input-rate")
+        r.inputFormat.options.emplace_back("framerate", args.value(option));
+    else if (option == "--input-pixels")
+        r.inputFormat.options.emplace_back("pixel_format", args.value(option));
+    else if (option == "-ss")
+        r.trim.start = args.number(option, 0.0, 1e9);
+    else if (option == "-t")
+        r.trim.length = args.number(option, 0.0, 1e9);
+    else if (option == "--no-audio")
+        r.audio = false;
+    else
+        return false;
+    return true;
+}
+
 void readOption(ArgReader& args, std::string_view option, RenderOptions& o)
 {
+    RenderRequest& r = o.request;
+    if (readInputOption(args, option, r) || readOutputOption(args, option, o.output)) return;
     if (option == "-e" || option == "--effect")
-        o.effect.effectId = LONG(args.integer(option, INT32_MIN, INT32_MAX));
+        r.effect.effectId = LONG(args.integer(option, INT32_MIN, INT32_MAX));
     else if (option == "--index")
         o.effectIndex = args.integer(option, 0, INT32_MAX);
-    else if (option == "-p" || option == "--params")
-        o.effect.params = args.value(option);
-    else if (option == "--source")
-        o.effect.source = args.value(option);
+    else if (option == "-p" || option == "--params" || option == "--raw-params") {
+        r.effect.params = args.value(option);
+        o.rawParams = option == "--raw-params";
+    } else if (option == "--source")
+        r.effect.source = args.value(option);
     else if (option == "--data")
-        o.effect.dataPath = args.value(option);
-    else if (option == "-i" || option == "--input")
-        o.input = args.value(option);
-    else if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--lossless")
-        o.lossless = true;
+        r.effect.dataPath = args.value(option);
     else if (option == "--size")
-        std::tie(o.width, o.height) = args.size(option, kMaxFrameSide);
+        r.patternSize = args.size(option, kMaxFrameSide);
     else if (option == "--frames")
-        o.frames = args.integer(option, 1, kMaxFrames);
+        r.pacing.count = args.integer(option, 1, kMaxFrames);
     else if (option == "--fps")
-        o.fps = args.number(option, 0.001, 1000.0);
+        r.pacing.rate = args.number(option, 0.001, 1000.0);
     else if (option == "--duration")
-        o.effect.durationSeconds = args.number(option, 0.0, 1e9);
+        r.effect.durationSeconds = args.number(option, 0.0, 1e9);
+    else if (option == "--start")
+        r.spanStart = args.number(option, 0.0, 1e9);
+    else if (option == "--length")
+        r.spanLength = args.number(option, 0.0, 1e9);
     else if (option == "--aspect")
-        o.effect.aspectRatio = float(args.number(option, 0.0, 1000.0));
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
+        r.effect.aspectRatio = float(args.number(option, 0.0, 1000.0));
     else if (option == "-h" || option == "--help")
         o.help = true;
     else
@@ -101,13 +118,11 @@ void readOption(ArgReader& args, std::string_view option, RenderOptions& o)
 RenderOptions parseOptions(std::span<const std::string_view> arguments)
 {
     RenderOptions options;
-    options.effect.dataPath = findDataPath("/proc/self/exe");
+    options.request.effect.dataPath = findDataPath("/proc/self/exe");
     ArgReader args(arguments);
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx render --help')");
-    }
+    checkOutputOptions(options.output, "render");
     return options;
 }
 
@@ -122,38 +137,11 @@ LONG effectIdOfIndex(long index)
     return id;
 }
 
-int render(RenderOptions& o)
+void printUsage()
 {
-    if (o.effectIndex) o.effect.effectId = effectIdOfIndex(*o.effectIndex);
-    if (o.effect.source.empty()) o.effect.source = packSource(o.effect.effectId);
-    std::unique_ptr<VideoReader> reader;
-    if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, o.threads);
-    const int width = reader ? reader->width() : o.width;
-    const int height = reader ? reader->height() : o.height;
-    const long inputFrames = reader && !o.frames ? long(VideoReader::countFrames(o.input)) : 0;
-    const long frames = o.frames.value_or(inputFrames > 1 ? std::min(inputFrames, kMaxFrames) : kDefaultStillFrames);
-    const double fps = o.fps.value_or(reader ? reader->frameRate() : 25.0);
-    o.effect.fps = float(fps);
-    if (o.effect.durationSeconds <= 0.0) o.effect.durationSeconds = double(frames) / fps;
-
-    EffectSession session(o.effect, width, height);
-    std::unique_ptr<VideoWriter> writer;
-    if (!o.discard)
-        writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
-    ProgressBar bar("render", frames);
-    bool inputEnded = false;
-    for (long i = 0; i < frames; ++i) {
-        if (!reader)
-            drawTestPattern(session.input(), int(i), int(frames));
-        else if (!inputEnded && !reader->read(session.input()))
-            inputEnded = true;
-        if (inputEnded && i == 0) throw CommandError("'" + o.input + "': no frame could be decoded");
-        session.process(frames > 1 ? float(double(i) / double(frames - 1)) : 0.0f);
-        if (writer) writer->write(session.output());
-        bar.update(i + 1);
-    }
-    if (writer) writer->finish();
-    return 0;
+    std::fputs(kUsageHead, stdout);
+    std::fputs(kOutputOptionsHelp, stdout);
+    std::fputs(kUsageTail, stdout);
 }
 
 }  // namespace
@@ -161,12 +149,16 @@ int render(RenderOptions& o)
 int runRender(std::span<const std::string_view> args)
 {
     try {
-        auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
+        auto o = parseOptions(args);
+        if (o.help) {
+            printUsage();
             return 0;
         }
-        return render(options);
+        RenderRequest& r = o.request;
+        if (o.effectIndex) r.effect.effectId = effectIdOfIndex(*o.effectIndex);
+        if (r.effect.source.empty()) r.effect.source = packSource(r.effect.effectId);
+        if (r.effect.params && !o.rawParams) checkParamText(*r.effect.params, paramTableOf(r.effect.effectId));
+        return renderClip(r, o.output);
     } catch (const CommandError& error) {
         std::fprintf(stderr, "qxfx render: %s\n", error.what());
         return 1;

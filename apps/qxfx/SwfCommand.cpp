@@ -1,8 +1,9 @@
 #include "apps/qxfx/SwfCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/Messages.h"
+#include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
-#include "apps/qxfx/VideoWriter.h"
 #include "platform/swf/Movie.h"
 
 #include <cmath>
@@ -18,10 +19,6 @@ constexpr const char* kUsage =
     "usage: qxfx swf ANIMATION.swf [options] (-o OUTPUT | --discard)\n"
     "Draws the frames of an SWF animation (shapes, gradients, bitmaps, morphs, sprites;\n"
     "no ActionScript, text or sound) into a video, at the animation's own frame rate.\n"
-    "  -o, --output PATH     video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
-    "                        number pattern (frames/f-%04d.png)\n"
-    "      --discard         draw and drop the frames (for timing)\n"
-    "      --lossless        a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
     "      --size WxH        size of the video (default: the animation's stage)\n"
     "      --stretch         fill the video with the stage (default: whole stage, centred)\n"
     "      --frames N        frames to draw (default: the animation's; more play on,\n"
@@ -29,24 +26,20 @@ constexpr const char* kUsage =
     "      --fps RATE        frame rate of the video (default: the animation's, else 25)\n"
     "      --background RRGGBB  instead of the animation's background colour\n"
     "      --transparent     no background: frames keep their alpha (with --lossless)\n"
-    "      --low-quality     no smoothing, as the player's low quality draws\n"
-    "      --threads N       FFmpeg encoding threads (default 0: automatic)\n";
+    "      --low-quality     no smoothing, as the player's low quality draws\n";
 
 constexpr long kMaxFrames = 10'000'000;
 constexpr double kDefaultFps = 25.0;
 
 struct SwfOptions {
     std::string input;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
+    OutputOptions output;
     std::optional<std::pair<int, int>> size;
     bool stretch = false;
     std::optional<long> frames;
     std::optional<double> fps;
     std::optional<swf::Rgba> background;
     bool lowQuality = false;
-    int threads = 0;
     bool help = false;
 };
 
@@ -62,13 +55,8 @@ swf::Rgba parseColor(std::string_view option, const std::string& text)
 
 void readOption(ArgReader& args, std::string_view option, SwfOptions& o)
 {
-    if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--lossless")
-        o.lossless = true;
-    else if (option == "--size")
+    if (readOutputOption(args, option, o.output)) return;
+    if (option == "--size")
         o.size = args.size(option, kMaxFrameSide);
     else if (option == "--stretch")
         o.stretch = true;
@@ -82,8 +70,6 @@ void readOption(ArgReader& args, std::string_view option, SwfOptions& o)
         o.background = swf::Rgba{0, 0, 0, 0};
     else if (option == "--low-quality")
         o.lowQuality = true;
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
     else if (option == "-h" || option == "--help")
         o.help = true;
     else if (!option.starts_with("-") && o.input.empty())
@@ -99,9 +85,7 @@ SwfOptions parseOptions(std::span<const std::string_view> arguments)
     while (!args.done()) readOption(args, args.take(), options);
     if (options.help) return options;
     if (options.input.empty()) throw CommandError("give the animation file (see 'qxfx swf --help')");
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx swf --help')");
-    }
+    checkOutputOptions(options.output, "swf");
     return options;
 }
 
@@ -122,19 +106,22 @@ int draw(const SwfOptions& o)
     const double declared = movie->header().frameRate;
     const double fps = o.fps.value_or(declared > 0.0 && declared <= 1000.0 ? declared : kDefaultFps);
     const long frames = o.frames.value_or(long(std::min<size_t>(movie->frameCount(), size_t(kMaxFrames))));
-    std::unique_ptr<VideoWriter> writer;
-    if (!o.discard)
-        writer = std::make_unique<VideoWriter>(o.output, width, height, av_d2q(fps, 100000), o.threads, o.lossless);
+    std::unique_ptr<VideoOutput> out;
+    if (!o.output.discard) {
+        const std::string inputs[] = {o.input};
+        out = std::make_unique<VideoOutput>(o.output, inputs, width, height, constantRate(o.output.encode, fps));
+    }
     const swf::RenderOptions options{o.stretch ? swf::ScaleMode::ExactFit : swf::ScaleMode::ShowAll, !o.lowQuality,
                                      o.background};
     draw2d::Bitmap target(width, height, width * 4, frame.samples.data());
     ProgressBar bar("swf", frames);
-    for (long i = 0; i < frames; ++i) {
+    const InterruptGuard interruption;
+    for (long i = 0; i < frames && !InterruptGuard::raised(); ++i) {
         if (!movie->render(size_t(i), target, options)) throw CommandError("the frame cannot be drawn");
-        if (writer) writer->write(frame);
+        if (out) out->writer().write(frame);
         bar.update(i + 1);
     }
-    if (writer) writer->finish();
+    if (out) out->finish();
     return 0;
 }
 
@@ -146,6 +133,7 @@ int runSwf(std::span<const std::string_view> args)
         const auto options = parseOptions(args);
         if (options.help) {
             std::fputs(kUsage, stdout);
+            std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
         return draw(options);

@@ -54,3 +54,21 @@ void drawTestPattern(Frame& frame, int index, int count)
 }
 
 }  // namespace qx::qxfx
+
+namespace qx::qxfx {
+
+PatternFrames::PatternFrames(int width, int height, long count, double rate)
+    : width_(width), height_(height), count_(count), rate_(rate)
+{}
+
+bool PatternFrames::next(TimedFrame& out)
+{
+    if (index_ >= count_) return false;
+    if (out.frame.width != width_ || out.frame.height != height_) out.frame = makeFrame(width_, height_);
+    drawTestPattern(out.frame, int(index_), int(count_));
+    out.seconds = double(index_) / rate_;
+    ++index_;
+    return true;
+}
+
+}  // namespace qx::qxfx

@@ -10,3 +10,25 @@ namespace qx::qxfx {
 void drawTestPattern(Frame& frame, int index, int count);
 
 }  // namespace qx::qxfx
+
+#include "apps/qxfx/FrameSource.h"
+
+namespace qx::qxfx {
+
+/// `count` frames of the pattern at `rate` frames per second, as a render's input.
+class PatternFrames : public FrameSource {
+public:
+    PatternFrames(int width, int height, long count, double rate);
+    int width() const override { return width_; }
+    int height() const override { return height_; }
+    bool next(TimedFrame& out) override;
+
+private:
+    int width_;
+    int height_;
+    long count_;
+    double rate_;
+    long index_ = 0;
+};
+
+}  // namespace qx::qxfx

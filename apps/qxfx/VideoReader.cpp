@@ -11,11 +11,23 @@ CommandError readError(const std::string& path, const std::string& what)
 
 }  // namespace
 
-VideoReader::VideoReader(const std::string& path, int threads) : path_(path)
+std::string mediaUrl(const std::string& path, bool output)
+{
+    if (path == "-") return output ? "pipe:1" : "pipe:0";
+    // A file name with a colon would read as a protocol ("c:clip.mp4").
+    return path.find(':') != std::string::npos && path.find('/') == std::string::npos ? "file:" + path : path;
+}
+
+VideoReader::VideoReader(const std::string& path, int threads, const InputFormat& format) : path_(path)
 {
     std::string error;
-    reader_ = video::MovieReader::open(path, threads, &error);
-    if (!reader_) throw readError(path, error);
+    reader_ = video::MovieReader::open(mediaUrl(path, false), threads, &error, format);
+    if (!reader_) throw readError(path == "-" ? "standard input" : path, error);
+}
+
+std::vector<double> VideoReader::frameTimes(const std::string& path)
+{
+    return path == "-" ? std::vector<double>{} : video::MovieReader::frameTimes(mediaUrl(path, false));
 }
 
 bool VideoReader::read(Frame& frame) { return outcome(reader_->readNext(frame.samples)); }

@@ -11,6 +11,7 @@
 #include "apps/qxfx/SwfCommand.h"
 
 extern "C" {
+#include <libavutil/avutil.h>
 #include <libavutil/log.h>
 }
 
@@ -34,7 +35,9 @@ constexpr const char* kUsage =
     "  demo     every effect over the test pattern, as a video and a contact sheet\n"
     "  import   an OBJ or glTF model into the engine's object format\n"
     "  edit     an effect's properties dialog, printing the parameter text\n"
-    "Run 'qxfx <command> --help' for the options of a command.\n";
+    "  help     the options of a command: qxfx help render\n"
+    "Run 'qxfx <command> --help' for the options of a command; 'qxfx --version' for\n"
+    "the version.\n";
 
 int dispatch(std::string_view command, const std::vector<std::string_view>& args)
 {
@@ -48,7 +51,15 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
     if (command == "edit") return qx::qxfx::runEdit(args);
     if (command == "crop") return qx::qxfx::runCrop(args);
     if (command == "scenes") return qx::qxfx::runScenes(args);
-    if (command == "--help" || command == "-h") {
+    if (command == "help" && !args.empty()) {
+        const std::vector<std::string_view> help{"--help"};
+        return dispatch(args.front(), help);
+    }
+    if (command == "--version" || command == "version") {
+        std::printf("qxfx %s (QXDynamicEffects, FFmpeg %s)\n", QX_VERSION, av_version_info());
+        return 0;
+    }
+    if (command == "--help" || command == "-h" || command == "help") {
         std::fputs(kUsage, stdout);
         return 0;
     }

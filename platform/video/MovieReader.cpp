@@ -3,6 +3,7 @@
 #include <cstring>
 
 extern "C" {
+#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -61,23 +62,33 @@ MovieReader::MovieReader(std::string path)
 
 MovieReader::~MovieReader() = default;
 
-std::unique_ptr<MovieReader> MovieReader::open(const std::string& path, int threads, std::string* error)
+std::unique_ptr<MovieReader> MovieReader::open(const std::string& path, int threads, std::string* error,
+                                               const InputFormat& format)
 {
     std::unique_ptr<MovieReader> reader(new MovieReader(path));
     if (!reader->decoded_ || !reader->packet_) {
         reader->error_ = "out of memory";
-    } else if (reader->openStream(threads)) {
+    } else if (reader->openStream(threads, format)) {
         return reader;
     }
     if (error) *error = reader->error_;
     return nullptr;
 }
 
-bool MovieReader::openStream(int threads)
+bool MovieReader::openStream(int threads, const InputFormat& format)
 {
     AVFormatContext* opened = nullptr;
-    if (const int rc = avformat_open_input(&opened, path_.c_str(), nullptr, nullptr); rc < 0) {
-        error_ = "cannot open (" + av::errorText(rc) + ")";
+    const AVInputFormat* demuxer = nullptr;
+    if (!format.name.empty() && !(demuxer = av_find_input_format(format.name.c_str()))) {
+        error_ = "no input format '" + format.name + "'";
+        return false;
+    }
+    AVDictionary* options = nullptr;
+    for (const auto& [key, value] : format.options) av_dict_set(&options, key.c_str(), value.c_str(), 0);
+    const int openRc = avformat_open_input(&opened, path_.c_str(), demuxer, &options);
+    av_dict_free(&options);
+    if (openRc < 0) {
+        error_ = "cannot open (" + av::errorText(openRc) + ")";
         return false;
     }
     input_.reset(opened);
@@ -113,7 +124,7 @@ bool MovieReader::openStream(int threads)
                  std::to_string(kMaxFrameSide) + " a side, " + std::to_string(kMaxFrameSamples) + " samples in all)";
         return false;
     }
-    rate_ = streamRate(stream);
+    readStreamFacts(stream);
     frameCountHint_ = stream.nb_frames > 0 ? stream.nb_frames : 0;
     if (stream.duration > 0)
         duration_ = double(stream.duration) * av_q2d(stream.time_base);
@@ -123,6 +134,53 @@ bool MovieReader::openStream(int threads)
     draining_ = false;
     ended_ = false;
     return true;
+}
+
+void MovieReader::readStreamFacts(const AVStream& stream)
+{
+    rate_ = streamRate(stream);
+    colour_ = {decoder_->color_primaries, decoder_->color_trc, decoder_->colorspace, decoder_->color_range};
+    uprightTurn_ = 0;
+    if (const uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr)) {
+        // The matrix turns counter-clockwise by this angle; showing it upright takes the
+        // opposite turn, rounded to the quarter turns that frames can take exactly.
+        const double angle = av_display_rotation_get(reinterpret_cast<const int32_t*>(matrix));
+        if (std::isfinite(angle)) {
+            const long quarters = std::lround(-angle / 90.0);
+            uprightTurn_ = int(((quarters % 4) + 4) % 4) * 90;
+        }
+    }
+}
+
+AVRational MovieReader::timeBase() const { return input_->streams[streamIndex_]->time_base; }
+
+std::vector<double> MovieReader::frameTimes(const std::string& path)
+{
+    AVFormatContext* opened = nullptr;
+    if (avformat_open_input(&opened, path.c_str(), nullptr, nullptr) < 0) return {};
+    const av::Input input(opened);
+    const av::Packet packet(av_packet_alloc());
+    if (!packet || avformat_find_stream_info(input.get(), nullptr) < 0) return {};
+    const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (index < 0) return {};
+    const AVStream& stream = *input->streams[index];
+    const double unit = av_q2d(stream.time_base);
+    const double step = 1.0 / av_q2d(streamRate(stream));
+    std::vector<double> times;
+    while (av_read_frame(input.get(), packet.get()) >= 0) {
+        if (packet->stream_index == index) {
+            // Packets without a time follow the one before at the declared rate.
+            const int64_t pts = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
+            times.push_back(pts != AV_NOPTS_VALUE ? double(pts) * unit : times.empty() ? 0.0 : times.back() + step);
+        }
+        av_packet_unref(packet.get());
+    }
+    std::sort(times.begin(), times.end());
+    const double start = stream.start_time != AV_NOPTS_VALUE ? double(stream.start_time) * unit
+                         : times.empty()                     ? 0.0
+                                                             : times.front();
+    for (double& time : times) time -= start;
+    return times;
 }
 
 int64_t MovieReader::countFrames(const std::string& path)
@@ -177,9 +235,14 @@ bool MovieReader::decodeNext()
     int errors = 0;
     while (!ended_) {
         const int rc = avcodec_receive_frame(decoder_.get(), decoded_.get());
-        if (rc == 0) return true;
+        if (rc == 0) {
+            // A frame the decoder patched over damage still comes out; it is counted.
+            damaged_ += decoded_->decode_error_flags != 0 || (decoded_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+            return true;
+        }
         if (rc == AVERROR_EOF) break;
         if (rc != AVERROR(EAGAIN)) {
+            ++damaged_;
             if (++errors > kMaxConsecutiveErrors) {
                 error_ = "cannot decode (" + av::errorText(rc) + ")";
                 return false;
@@ -208,8 +271,10 @@ bool MovieReader::sendNextPacket()
             return true;
         }
         const bool ours = packet_->stream_index == streamIndex_;
+        damaged_ += ours && (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
         const int sent = ours ? avcodec_send_packet(decoder_.get(), packet_.get()) : 0;
         av_packet_unref(packet_.get());
+        damaged_ += sent == AVERROR_INVALIDDATA;
         if (ours && sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_INVALIDDATA) {
             error_ = "cannot decode (" + av::errorText(sent) + ")";
             return false;

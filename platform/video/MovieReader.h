@@ -20,12 +20,30 @@ inline constexpr int64_t kMaxFrameSamples = int64_t(1) << 26;
 
 bool frameSizeAllowed(int width, int height);
 
+/// How to open an input that cannot say what it is: a pipe ("-" is standard input) of raw
+/// video needs its format, and the size, rate and sample layout as the format's options
+/// ("video_size", "framerate", "pixel_format").
+struct InputFormat {
+    std::string name;  ///< FFmpeg's demuxer name ("yuv4mpegpipe", "nut", "rawvideo"); empty: probe
+    std::vector<std::pair<std::string, std::string>> options;
+};
+
+/// The colour description a stream carries, as FFmpeg's enumerations, so that a writer
+/// can tag its output the same way.
+struct ColourTags {
+    int primaries = 2;  ///< AVCOL_PRI_UNSPECIFIED
+    int transfer = 2;   ///< AVCOL_TRC_UNSPECIFIED
+    int matrix = 2;     ///< AVCOL_SPC_UNSPECIFIED
+    int range = 0;      ///< AVCOL_RANGE_UNSPECIFIED
+};
+
 class MovieReader {
 public:
     /// Opens `path` and its best video stream; null when the file cannot be read or holds
     /// no video that can be decoded, with the reason in `error`. `threads` 0 lets FFmpeg
     /// choose.
-    static std::unique_ptr<MovieReader> open(const std::string& path, int threads, std::string* error = nullptr);
+    static std::unique_ptr<MovieReader> open(const std::string& path, int threads, std::string* error = nullptr,
+                                             const InputFormat& format = {});
     ~MovieReader();
     MovieReader(const MovieReader&) = delete;
     MovieReader& operator=(const MovieReader&) = delete;
@@ -39,6 +57,12 @@ public:
     int64_t frameCountHint() const { return frameCountHint_; }
     /// Seconds of video; 0 when the file does not tell.
     double duration() const { return duration_; }
+    /// The turn that shows the picture upright, in degrees clockwise (0, 90, 180 or 270),
+    /// from the stream's display matrix, as players and ffmpeg's autorotation read it.
+    int uprightTurn() const { return uprightTurn_; }
+    ColourTags colourTags() const { return colour_; }
+    /// The unit of the stream's timestamps.
+    AVRational timeBase() const;
 
     enum class Read { Frame, End, Error };
     /// Decodes the next frame into `out` (width times height samples). On Error,
@@ -49,6 +73,8 @@ public:
     /// valid until the next call; null when no frame can be decoded.
     const uint32_t* frameAt(double seconds);
     const std::string& lastError() const { return error_; }
+    /// Packets and frames found damaged: refused and skipped, or patched over by the decoder.
+    int64_t damagedSkipped() const { return damaged_; }
 
     /// The bytes of a YV12 frame of this reader's size: the luma plane, then the V and
     /// the U planes of half the width and height (rounded up), rows without padding.
@@ -63,10 +89,15 @@ public:
     /// The number of packets of the video stream of `path`, which is its number of frames
     /// (1 for a still picture); 0 when it cannot be read.
     static int64_t countFrames(const std::string& path);
+    /// When each frame of the video stream of `path` starts, in seconds from the start of
+    /// the stream, in order, from its packets (nothing is decoded); empty when it cannot
+    /// be read.
+    static std::vector<double> frameTimes(const std::string& path);
 
 private:
     MovieReader(std::string path);
-    bool openStream(int threads);
+    bool openStream(int threads, const InputFormat& format = {});
+    void readStreamFacts(const AVStream& stream);
     /// The next decoded frame into `decoded_`; false at the end or on an error.
     bool decodeNext();
     bool sendNextPacket();
@@ -95,6 +126,9 @@ private:
     AVRational rate_{25, 1};
     int64_t frameCountHint_ = 0;
     double duration_ = 0.0;
+    int uprightTurn_ = 0;
+    int64_t damaged_ = 0;
+    ColourTags colour_;
     bool draining_ = false;
     bool ended_ = false;
     std::string error_;

@@ -71,8 +71,8 @@ void Frei0rFilter::update(double time, const uint32_t* in, uint32_t* out)
         std::memcpy(session_->input().samples.data(), in, bytes);
         try {
             const double* numbers = values_.numbers.data();
-            session_->process(progressAt(time, numbers[kind_.millisecondsIndex] >= 0.5, numbers[kind_.durationIndex],
-                                         numbers[kind_.progressIndex]));
+            const double seconds = clock_.seconds(time, numbers[kind_.millisecondsIndex] >= 0.5);
+            session_->process(progressOver(seconds, spanOfValues(values_, kind_), numbers[kind_.progressIndex]));
             std::memcpy(out, session_->output().samples.data(), bytes);
             return;
         } catch (const std::exception&) {}

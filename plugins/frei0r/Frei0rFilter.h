@@ -37,6 +37,7 @@ private:
     int height_;
     InstanceValues values_;
     std::unique_ptr<qxfx::EffectSession> session_;
+    HostClock clock_;
     bool changed_ = true;
 };
 

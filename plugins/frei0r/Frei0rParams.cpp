@@ -39,6 +39,9 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
      "Source file of effects that read one (scenes, animations), under the data path (empty: the pack's own)"},
     {"data path", F0R_PARAM_STRING,
      "Folder of the content pack (empty: the pack installed with the plugin, or the build's)"},
+    {"span", F0R_PARAM_STRING,
+     "Span of the effect in seconds, 0 to 86400 (\"10\", \"2.5\"); above 0 the progress follows the host's time "
+     "and duration is not used"},
 }};
 
 // The pack found from where this plugin lies: installed beside it under the prefix, or
@@ -59,7 +62,7 @@ std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values
     if (!values.texts[kParams].empty()) settings.params = values.texts[kParams];
     settings.source = values.texts[kSource].empty() ? packSource(*id) : values.texts[kSource];
     settings.dataPath = values.texts[kDataPath].empty() ? pluginDataPath() : values.texts[kDataPath];
-    settings.durationSeconds = spanSeconds(values.numbers[kDuration]);
+    settings.durationSeconds = spanOfValues(values, kGenericPlugin);
     return settings;
 }
 
@@ -100,6 +103,9 @@ constexpr std::array<ParamInfo, kRectCount> kRectParams = {{
     {"duration", F0R_PARAM_DOUBLE,
      "Span of the effect in thousands of seconds (0.01 = 10 s); above 0 the progress follows the host's time"},
     {"milliseconds", F0R_PARAM_BOOL, "The host's time is in milliseconds (ffmpeg), not seconds (MLT, GStreamer)"},
+    {"span", F0R_PARAM_STRING,
+     "Span of the effect in seconds, 0 to 86400 (\"10\", \"2.5\"); above 0 the progress follows the host's time "
+     "and duration is not used"},
 }};
 
 // The rectangle effects are those whose table holds nothing but the sides of one
@@ -124,34 +130,59 @@ std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& valu
     for (const ParamDescriptor& side : sides) {
         *settings.params += std::to_string(sideValue(side, values.numbers[size_t(kLeft + side.slot)])) + ";";
     }
-    settings.durationSeconds = spanSeconds(values.numbers[kRectDuration]);
+    settings.durationSeconds = spanOfValues(values, kRectanglePlugin);
     return settings;
 }
 
 }  // namespace
 
 const PluginKind kGenericPlugin = {
-    "qxfx",          "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
-    kGenericParams,  kProgress,
-    kDuration,       kMilliseconds,
-    genericSettings,
+    "qxfx",         "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
+    kGenericParams, kProgress,
+    kDuration,      kMilliseconds,
+    kSpan,          genericSettings,
 };
 
 const PluginKind kRectanglePlugin = {
-    "qxfx-rect",       "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
-    kRectParams,       kRectProgress,
-    kRectDuration,     kRectMilliseconds,
-    rectangleSettings,
+    "qxfx-rect",   "Pan and zoom of the QXDynamicEffects catalogue, with the rectangles as parameters",
+    kRectParams,   kRectProgress,
+    kRectDuration, kRectMilliseconds,
+    kRectSpan,     rectangleSettings,
 };
 
 double spanSeconds(double durationValue) { return clampUnit(durationValue) * kDurationScale; }
 
+float progressOver(double seconds, double span, double progressValue)
+{
+    if (span <= 0.0) return float(clampUnit(progressValue));
+    return float(clampUnit(seconds / span));
+}
+
 float progressAt(double time, bool milliseconds, double durationValue, double progressValue)
 {
-    const double span = spanSeconds(durationValue);
-    if (span <= 0.0) return float(clampUnit(progressValue));
-    const double seconds = milliseconds ? time / 1000.0 : time;
-    return float(clampUnit(seconds / span));
+    return progressOver(milliseconds ? time / 1000.0 : time, spanSeconds(durationValue), progressValue);
+}
+
+double spanOfValues(const InstanceValues& values, const PluginKind& kind)
+{
+    const std::string& text = values.texts[size_t(kind.spanIndex)];
+    double seconds = 0.0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    if (!text.empty() && ec == std::errc() && end == text.data() + text.size() && seconds > 0.0 &&
+        seconds <= kMaxSpanSeconds)
+        return seconds;
+    return spanSeconds(values.numbers[size_t(kind.durationIndex)]);
+}
+
+double HostClock::seconds(double time, bool millisecondsFlag)
+{
+    constexpr double kLongestFrameStep = 1.5;
+    if (framesSeen_ < 2 && std::isfinite(time)) {
+        if (framesSeen_ == 0) firstTime_ = time;
+        if (framesSeen_ == 1) milliseconds_ = std::abs(time - firstTime_) > kLongestFrameStep;
+        ++framesSeen_;
+    }
+    return millisecondsFlag || milliseconds_ ? time / 1000.0 : time;
 }
 
 }  // namespace qx::frei0r

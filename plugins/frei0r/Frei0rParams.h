@@ -43,12 +43,23 @@ struct PluginKind {
     int progressIndex;
     int durationIndex;
     int millisecondsIndex;
+    int spanIndex;  ///< the span in seconds, as text
     /// The effect's settings from the values; nothing when they name no effect.
     std::optional<qxfx::EffectSettings> (*settings)(const InstanceValues& values);
 };
 
 /// "qxfx": any effect, its parameter list as text.
-enum GenericParam : int { kEffect, kParams, kProgress, kDuration, kMilliseconds, kSource, kDataPath, kGenericCount };
+enum GenericParam : int {
+    kEffect,
+    kParams,
+    kProgress,
+    kDuration,
+    kMilliseconds,
+    kSource,
+    kDataPath,
+    kSpan,
+    kGenericCount
+};
 extern const PluginKind kGenericPlugin;
 
 /// "qxfx-rect": the effects whose list is one or two rectangles in thousandths of the
@@ -66,6 +77,7 @@ enum RectParam : int {
     kRectProgress,
     kRectDuration,
     kRectMilliseconds,
+    kRectSpan,
     kRectCount,
 };
 extern const PluginKind kRectanglePlugin;
@@ -79,5 +91,30 @@ float progressAt(double time, bool milliseconds, double durationValue, double pr
 
 /// The span in seconds of a duration value.
 double spanSeconds(double durationValue);
+
+/// The longest span the `span` text takes: a day.
+inline constexpr double kMaxSpanSeconds = 86400.0;
+
+/// The span in seconds that an instance's values give: its `span` text when that holds a
+/// number of seconds from 0 to a day ("10", "2.5"), else its duration value.
+double spanOfValues(const InstanceValues& values, const PluginKind& kind);
+
+/// The progress of a frame `seconds` into the clip: seconds over `span` when the span is
+/// above 0, else the explicit progress value (both clamped to 0..1).
+float progressOver(double seconds, double span, double progressValue);
+
+/// The host's frame times in seconds. ffmpeg counts milliseconds, MLT and GStreamer
+/// seconds; the milliseconds flag says so, and without it a host whose first two frames lie
+/// more than 1.5 apart is taken to count milliseconds, since no video shows its frames
+/// 1.5 s apart. Forgetting the flag under ffmpeg then no longer ends a fade at once.
+class HostClock {
+public:
+    double seconds(double time, bool millisecondsFlag);
+
+private:
+    double firstTime_ = 0.0;
+    int framesSeen_ = 0;
+    bool milliseconds_ = false;
+};
 
 }  // namespace qx::frei0r

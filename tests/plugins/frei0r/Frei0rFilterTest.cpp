@@ -34,6 +34,40 @@ TEST(Frei0rProgress, ExplicitProgressWithoutSpan)
     EXPECT_FLOAT_EQ(progressAt(123.0, false, NAN, 0.6), 0.6f);
 }
 
+TEST(Frei0rProgress, SpanInSecondsTakesPrecedenceOverTheDurationValue)
+{
+    InstanceValues values;
+    values.texts.assign(kGenericCount, "");
+    values.numbers.assign(kGenericCount, 0.0);
+    values.numbers[kDuration] = 0.004;
+    EXPECT_DOUBLE_EQ(spanOfValues(values, kGenericPlugin), 4.0);
+    values.texts[kSpan] = "2.5";
+    EXPECT_DOUBLE_EQ(spanOfValues(values, kGenericPlugin), 2.5);
+    // Text that is not seconds within a day falls back on the duration value.
+    for (const char* bad : {"10s", "-3", "0", "90000", "ten"}) {
+        values.texts[kSpan] = bad;
+        EXPECT_DOUBLE_EQ(spanOfValues(values, kGenericPlugin), 4.0) << bad;
+    }
+    EXPECT_FLOAT_EQ(progressOver(1.25, 2.5, 0.9), 0.5f);
+}
+
+TEST(Frei0rProgress, TheClockTellsMillisecondsFromSecondsByTheFrameStep)
+{
+    // ffmpeg without the flag: 40 ms apart reads as milliseconds from the second frame on.
+    HostClock ffmpeg;
+    EXPECT_DOUBLE_EQ(ffmpeg.seconds(0.0, false), 0.0);
+    EXPECT_DOUBLE_EQ(ffmpeg.seconds(40.0, false), 0.04);
+    EXPECT_DOUBLE_EQ(ffmpeg.seconds(5000.0, false), 5.0);
+    // MLT: seconds stay seconds, even after a seek far ahead.
+    HostClock mlt;
+    mlt.seconds(0.0, false);
+    EXPECT_DOUBLE_EQ(mlt.seconds(0.04, false), 0.04);
+    EXPECT_DOUBLE_EQ(mlt.seconds(300.0, false), 300.0);
+    // The flag always means milliseconds.
+    HostClock flagged;
+    EXPECT_DOUBLE_EQ(flagged.seconds(500.0, true), 0.5);
+}
+
 constexpr int kWidth = 48;
 constexpr int kHeight = 32;
 
@@ -194,7 +228,7 @@ TEST_F(Frei0rModule, DescribesAFilterOnBgraWithItsParameters)
     EXPECT_STREQ(info.name, "qxfx");
     EXPECT_EQ(info.plugin_type, F0R_PLUGIN_TYPE_FILTER);
     EXPECT_EQ(info.color_model, F0R_COLOR_MODEL_BGRA8888);
-    ASSERT_EQ(info.num_params, 7);
+    ASSERT_EQ(info.num_params, 8);
     auto* paramInfo = entry<void(f0r_param_info_t*, int)>("f0r_get_param_info");
     for (int i = 0; i < info.num_params; ++i) {
         f0r_param_info_t param{};
@@ -204,7 +238,7 @@ TEST_F(Frei0rModule, DescribesAFilterOnBgraWithItsParameters)
     }
     // Indexes outside the list leave the record as it was.
     f0r_param_info_t untouched{"x", 99, "y"};
-    paramInfo(&untouched, 7);
+    paramInfo(&untouched, 8);
     paramInfo(&untouched, -1);
     EXPECT_EQ(untouched.type, 99);
     // Only the frei0r entry points are visible, not the library inside.

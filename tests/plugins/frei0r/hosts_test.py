@@ -66,6 +66,12 @@ def test_ffmpeg(qxfx, work, clip, expected, source):
          "-f", "rawvideo", "-pix_fmt", "bgra", out])
     compare("ffmpeg, progress from time in ms", open(out, "rb").read(), expected)
 
+    # The span as seconds of text, without the milliseconds flag: the plugin tells the unit
+    # from the frame step.
+    run(["ffmpeg", "-v", "error", "-y", "-i", clip, "-vf", f"frei0r=qxfx:0|{escaped}|0|0|n|||0.4",
+         "-f", "rawvideo", "-pix_fmt", "bgra", out])
+    compare("ffmpeg, span in seconds, unit found", open(out, "rb").read(), expected)
+
     # Explicit progress 1 with the defaults of effect 2 against the last of two frames of
     # a still image in qxfx render.
     still = os.path.join(work, "still.png")
