@@ -41,15 +41,6 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
      "Folder of the content pack (empty: the pack installed with the plugin, or the build's)"},
 }};
 
-// The pack found from where this plugin lies: installed beside it under the prefix, or
-// the build's.
-std::string pluginDataPath()
-{
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
-    return findDataPath(info.dli_fname);
-}
-
 std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kEffect]);
@@ -129,6 +120,13 @@ std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& valu
 }
 
 }  // namespace
+
+std::string pluginDataPath()
+{
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
+    return findDataPath(info.dli_fname);
+}
 
 const PluginKind kGenericPlugin = {
     "qxfx",          "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",
