@@ -2,6 +2,7 @@
 // elements.
 #include "plugins/gstreamer/CropElement.h"
 #include "plugins/gstreamer/SceneCutElement.h"
+#include "plugins/gstreamer/TransitionElement.h"
 
 #include <gst/gst.h>
 
@@ -9,14 +10,15 @@ namespace {
 
 gboolean pluginInit(GstPlugin* plugin)
 {
-    // Both are put in pipelines by hand, never picked by autoplugging.
+    // All are put in pipelines by hand, never picked by autoplugging.
     return gst_element_register(plugin, "qxcrop", GST_RANK_NONE, GST_TYPE_QX_CROP) &&
-           gst_element_register(plugin, "qxscenecut", GST_RANK_NONE, GST_TYPE_QX_SCENE_CUT);
+           gst_element_register(plugin, "qxscenecut", GST_RANK_NONE, GST_TYPE_QX_SCENE_CUT) &&
+           gst_element_register(plugin, "qxtransition", GST_RANK_NONE, GST_TYPE_QX_TRANSITION);
 }
 
 }  // namespace
 
 #define PACKAGE "qxdynamiceffects"
 GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, qxfx,
-                  "Streaming objects of QXDynamicEffects: a crop to a fixed size, scene cuts", pluginInit, "5.0",
-                  "Proprietary", "QXDynamicEffects", "QXDynamicEffects")
+                  "Streaming objects of QXDynamicEffects: a crop to a fixed size, scene cuts, the 3D transition",
+                  pluginInit, "5.0", "Proprietary", "QXDynamicEffects", "QXDynamicEffects")

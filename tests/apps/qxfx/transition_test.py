@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """`qxfx transition` run as a user runs it on clips that ffmpeg makes, and the frei0r
 mixer "qxfx-transition" inside MLT's melt and GStreamer giving the very frames
-`qxfx transition` gives.
+`qxfx transition` gives, and so does the GStreamer element qxtransition, which also takes
+a second stream of another size and format that ends early.
 
-usage: transition_test.py QXFX PLUGIN_DIR WORK_DIR
-(PLUGIN_DIR "-": no host comparison, as in sanitizer builds, whose instrumented module
-the hosts' plain programs cannot load)
+usage: transition_test.py QXFX FREI0R_DIR GSTREAMER_DIR WORK_DIR
+(the plugin folders "-": no host comparison, as in sanitizer builds, whose instrumented
+modules the hosts' plain programs cannot load)
 
 The first clip has 20 frames at 10 frames per second. An overlap of 0.5 s is 5 frames,
 at progress 0, 0.25 ... 1; the output has 20 + 20 - 5 = 35 frames.
@@ -150,6 +151,35 @@ def test_hosts(plugin_dir, work, first, second, expected):
           run_gst_cut(env, raws, parse, work) == [frames_of(second, work)[i] for i in range(FRAMES)])
 
 
+def test_element(gst_dir, work, first):
+    env = dict(os.environ, GST_PLUGIN_PATH_1_0=gst_dir, GST_REGISTRY=os.path.join(work, "gst-element-registry.bin"))
+    parse = ["rawvideoparse", f"width={WIDTH}", f"height={HEIGHT}", "format=bgra", f"framerate={RATE}/1"]
+    raws = [os.path.join(work, f"input{index}.raw") for index in range(2)]
+    out = os.path.join(work, "element.raw")
+
+    def launch(*settings, second):
+        run(["gst-launch-1.0", "-q", "qxtransition", "name=mix", *settings, "!", "filesink", f"location={out}",
+             "filesrc", f"location={raws[0]}", "!", *parse, "!", "mix.sink_0", *second, "!", "mix.sink_1"], env=env)
+        with open(out, "rb") as f:
+            data = f.read()
+        return [data[i:i + FRAME] for i in range(0, len(data), FRAME)]
+
+    whole = frames_of(os.path.join(work, "whole.mkv"), work)
+    got = launch("duration=1900000000", second=["filesrc", f"location={raws[1]}", "!", *parse])
+    check("qxtransition: the frames of qxfx transition over the whole clips", got == whole, f"{len(got)} frames")
+    # Five frames of I420 at twice the size: stretched to the first stream's size, then
+    # the first stream goes on alone.
+    got = launch("progress=0.5", second=["videotestsrc", "pattern=smpte", "num-buffers=5", "!",
+                                         f"video/x-raw,format=I420,width={WIDTH * 2},height={HEIGHT * 2},"
+                                         f"framerate={RATE}/1"])
+    a = frames_of(first, work)
+    check("qxtransition: as many frames as the first stream", len(got) == FRAMES, f"{len(got)} frames")
+    check("qxtransition: the first stream alone once the second ended", got[5:] == a[5:len(got)])
+    halfway = got[0] if got else bytes(FRAME)
+    check("qxtransition: a second stream of another size and format is in the scene",
+          difference(halfway, a[0]) > 20 and max(halfway[8:11]) < 40, difference(halfway, a[0]))
+
+
 def run_gst_cut(env, raws, parse, work):
     out = os.path.join(work, "gst-cut.raw")
     run(["gst-launch-1.0", "-q", "frei0r-mixer-qxfx-transition", "name=mix", "progress=0.75", "scene=Nowhere.afx",
@@ -161,7 +191,7 @@ def run_gst_cut(env, raws, parse, work):
 
 
 def main():
-    qxfx, plugin_dir, work = sys.argv[1:4]
+    qxfx, plugin_dir, gst_dir, work = sys.argv[1:5]
     shutil.rmtree(work, ignore_errors=True)
     os.makedirs(work)
     first = clip(work, "first.mkv", "testsrc", FRAMES)
@@ -172,6 +202,13 @@ def main():
     if plugin_dir != "-":
         transition(qxfx, work, first, second, 2.0, "whole.mkv")
         test_hosts(plugin_dir, work, first, second, expected)
+    if gst_dir != "-":
+        if plugin_dir == "-":
+            transition(qxfx, work, first, second, 2.0, "whole.mkv")
+            for index, source in enumerate((first, second)):
+                run(["ffmpeg", "-v", "error", "-y", "-i", source, "-f", "rawvideo", "-pix_fmt", "bgra",
+                     os.path.join(work, f"input{index}.raw")])
+        test_element(gst_dir, work, first)
     if failures:
         sys.exit("\n".join(failures))
 

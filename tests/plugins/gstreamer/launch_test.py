@@ -6,7 +6,7 @@ usage: launch_test.py QXFX PLUGIN_DIR WORK_DIR
 
 - qxscenecut finds the cuts qxfx scenes finds, at the same frames and times;
 - qxcrop writes the same bytes as qxfx crop, anti-flicker included;
-- gst-inspect-1.0 describes the plugin and both elements without a warning;
+- gst-inspect-1.0 describes the plugin and its elements without a warning;
 - a format the elements do not take is refused when the pipeline links.
 """
 import json
@@ -99,7 +99,7 @@ def test_crop(qxfx, env, work):
 
 
 def test_inspect(env):
-    for name in ("qxfx", "qxcrop", "qxscenecut"):
+    for name in ("qxfx", "qxcrop", "qxscenecut", "qxtransition"):
         result = run(["gst-inspect-1.0", name], env)
         check(f"gst-inspect-1.0 {name} is clean", result.returncode == 0 and result.stderr == "", result.stderr)
     listing = run(["gst-inspect-1.0", "qxfx"], env).stdout
