@@ -4,8 +4,6 @@
 #include "effects/PanZoom.h"
 #include "host/EffectCatalog.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -49,7 +47,7 @@ std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values
     settings.effectId = *id;
     if (!values.texts[kParams].empty()) settings.params = values.texts[kParams];
     settings.source = values.texts[kSource].empty() ? packSource(*id) : values.texts[kSource];
-    settings.dataPath = values.texts[kDataPath].empty() ? pluginDataPath() : values.texts[kDataPath];
+    settings.dataPath = values.texts[kDataPath].empty() ? findModuleDataPath() : values.texts[kDataPath];
     settings.durationSeconds = spanSeconds(values.numbers[kDuration]);
     return settings;
 }
@@ -120,13 +118,6 @@ std::optional<qxfx::EffectSettings> rectangleSettings(const InstanceValues& valu
 }
 
 }  // namespace
-
-std::string pluginDataPath()
-{
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
-    return findDataPath(info.dli_fname);
-}
 
 const PluginKind kGenericPlugin = {
     "qxfx",          "Effects of the QXDynamicEffects catalogue (pan and zoom, fades, colours, old film...)",

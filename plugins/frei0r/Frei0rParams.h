@@ -77,10 +77,6 @@ inline constexpr double kDurationScale = 1000.0;
 /// value is above 0 (clamped to 0..1), else the explicit progress value (clamped too).
 float progressAt(double time, bool milliseconds, double durationValue, double progressValue);
 
-/// The pack found from where the plugin lies: installed beside it under the prefix, or the
-/// build's; empty when there is none.
-std::string pluginDataPath();
-
 /// The span in seconds of a duration value.
 double spanSeconds(double durationValue);
 

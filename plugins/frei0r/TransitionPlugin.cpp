@@ -4,6 +4,7 @@
 // enters. Progress is an explicit parameter, which MLT and GStreamer can keyframe, or
 // follows the host's time when a duration is set. A scene that cannot be played cuts
 // hard at the middle, as the transform does: frei0r has no way to report it.
+#include "apps/session/ContentPack.h"
 #include "apps/session/TransitionJob.h"
 #include "plugins/frei0r/Frei0rParams.h"
 #include "wrap3d/Context.h"
@@ -98,7 +99,7 @@ private:
         job_.reset();
         qx::qxfx::TransitionSettings settings;
         settings.scene = values_.texts[kScene];
-        settings.dataPath = values_.texts[kDataPath].empty() ? qx::frei0r::pluginDataPath() : values_.texts[kDataPath];
+        settings.dataPath = values_.texts[kDataPath].empty() ? qx::findModuleDataPath() : values_.texts[kDataPath];
         settings.aspectRatio = float(std::clamp(values_.numbers[kAspect], 0.0, 1.0) * kAspectScale);
         try {
             job_ = std::make_unique<qx::qxfx::TransitionJob>(settings, width_, height_);

@@ -21,8 +21,6 @@
 #include "apps/session/ContentPack.h"
 #include "apps/session/TransitionJob.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -50,15 +48,6 @@ struct TransitionState {
     bool changed = true;
     std::unique_ptr<qxfx::TransitionJob> job;
 };
-
-// The pack found from where the plugin lies: installed beside it under the prefix, or the
-// build's.
-std::string pluginDataPath()
-{
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
-    return findDataPath(info.dli_fname);
-}
 
 }  // namespace
 
@@ -171,7 +160,7 @@ qxfx::TransitionJob* jobFor(GstVideoAggregator* vagg, int width, int height)
     const bool remake = s.changed || !s.job || s.job->first().width != width || s.job->first().height != height;
     qxfx::TransitionSettings settings;
     settings.scene = s.scene;
-    settings.dataPath = s.dataPath.empty() ? pluginDataPath() : s.dataPath;
+    settings.dataPath = s.dataPath.empty() ? findModuleDataPath() : s.dataPath;
     settings.aspectRatio = s.aspect;
     s.changed = false;
     GST_OBJECT_UNLOCK(vagg);
