@@ -175,6 +175,11 @@ def test_element(gst_dir, work, first):
     a = frames_of(first, work)
     check("qxtransition: as many frames as the first stream", len(got) == FRAMES, f"{len(got)} frames")
     check("qxtransition: the first stream alone once the second ended", got[5:] == a[5:len(got)])
+    third = subprocess.run(["gst-launch-1.0", "-q", "qxtransition", "name=mix", "!", "fakesink",
+                            *[arg for _ in range(3) for arg in ("videotestsrc", "num-buffers=2", "!", "mix.")]],
+                           capture_output=True, text=True, timeout=60, env=env)
+    check("qxtransition: a third stream is refused when linking", third.returncode == 1 and "could not link" in third.stderr,
+          f"{third.returncode}: {third.stderr[-300:]}")
     halfway = got[0] if got else bytes(FRAME)
     check("qxtransition: a second stream of another size and format is in the scene",
           difference(halfway, a[0]) > 20 and max(halfway[8:11]) < 40, difference(halfway, a[0]))
