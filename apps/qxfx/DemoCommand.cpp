@@ -10,6 +10,7 @@
 #include "apps/qxfx/VideoWriter.h"
 #include "apps/session/ContentPack.h"
 #include "apps/session/EffectSession.h"
+#include "apps/session/TransitionJob.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -24,8 +25,9 @@ constexpr const char* kUsage =
     "Renders every effect of the catalogue over the test pattern with its default\n"
     "parameters, then the pack's particle, lens-flare and image-filter scenes, then the\n"
     "pack's slideshow and carousel compositions with five pictures it draws (written to\n"
-    "DIR/pictures), into DIR/demo.mp4 and DIR/contact-sheet.png (each at progress 0, 0.5\n"
-    "and 1). Effects that cannot be set up or run are skipped with a note.\n"
+    "DIR/pictures), and last the pack's 3D transition between two versions of the pattern,\n"
+    "into DIR/demo.mp4 and DIR/contact-sheet.png (each at progress 0, 0.5 and 1). Effects\n"
+    "that cannot be set up or run are skipped with a note.\n"
     "  --out DIR       output folder (default out)\n"
     "  --size WxH      frame size (default 320x180)\n"
     "  --frames N      frames per effect, odd so that the middle one is at 0.5 (default 25)\n"
@@ -33,6 +35,7 @@ constexpr const char* kUsage =
     "  --threads N     encoding threads (default 0: automatic)\n";
 
 constexpr float kFps = 25.0f;
+constexpr const char* kTransitionCaption = "20000  Cube (transition)";
 
 struct DemoOptions {
     std::string outDir = "out";
@@ -92,6 +95,22 @@ std::vector<DemoItem> demoItems()
     return items;
 }
 
+// Frame `index` of an item: kept when it is at progress 0, 0.5 or 1, and written to the
+// video with the item's caption.
+void showFrame(Frame shown, long index, const std::string& caption, const DemoOptions& o,
+               std::array<Frame, 3>& pictures, VideoWriter& video)
+{
+    const long middle = (o.frames - 1) / 2;
+    if (index == 0 || index == middle || index == o.frames - 1)
+        pictures[index == 0 ? 0 : index == middle ? 1 : 2] = shown;
+    makeOpaque(shown);
+    const auto surface = surfaceOver(shown);
+    const draw2d::CairoContext cr(cairo_create(surface.get()));
+    drawCaption(cr.get(), 4, 4, caption, std::max(10.0, o.height / 16.0));
+    cairo_surface_flush(surface.get());
+    video.write(shown);
+}
+
 // Renders one effect into the video and returns its pictures at progress 0, 0.5 and 1.
 // CommandError when the host refuses the effect; frames already written stay.
 std::array<Frame, 3> renderEffect(const DemoItem& item, const DemoOptions& o, VideoWriter& video)
@@ -104,18 +123,29 @@ std::array<Frame, 3> renderEffect(const DemoItem& item, const DemoOptions& o, Vi
     settings.durationSeconds = double(o.frames) / kFps;
     EffectSession session(settings, o.width, o.height);
     std::array<Frame, 3> pictures;
-    const long middle = (o.frames - 1) / 2;
     for (long i = 0; i < o.frames; ++i) {
         drawTestPattern(session.input(), int(i), int(o.frames));
         session.process(float(double(i) / double(o.frames - 1)));
-        Frame shown = session.output();
-        if (i == 0 || i == middle || i == o.frames - 1) pictures[i == 0 ? 0 : i == middle ? 1 : 2] = shown;
-        makeOpaque(shown);
-        const auto surface = surfaceOver(shown);
-        const draw2d::CairoContext cr(cairo_create(surface.get()));
-        drawCaption(cr.get(), 4, 4, item.caption, std::max(10.0, o.height / 16.0));
-        cairo_surface_flush(surface.get());
-        video.write(shown);
+        showFrame(session.output(), i, item.caption, o, pictures, video);
+    }
+    return pictures;
+}
+
+// The pack's 3D transition from the test pattern to the same pattern with red and blue
+// swapped, so that the two clips are told apart on the turning cube.
+std::array<Frame, 3> renderTransition(const DemoOptions& o, VideoWriter& video)
+{
+    TransitionSettings settings;
+    settings.dataPath = o.dataPath;
+    TransitionJob job(settings, o.width, o.height);
+    if (!job.playsScene()) throw CommandError(whyNoScene(settings));
+    std::array<Frame, 3> pictures;
+    for (long i = 0; i < o.frames; ++i) {
+        drawTestPattern(job.first(), int(i), int(o.frames));
+        std::transform(
+            job.first().samples.begin(), job.first().samples.end(), job.second().samples.begin(),
+            [](uint32_t sample) { return (sample & 0xFF00FF00u) | (sample >> 16 & 0xFFu) | (sample & 0xFFu) << 16; });
+        showFrame(job.run(float(double(i) / double(o.frames - 1))), i, kTransitionCaption, o, pictures, video);
     }
     return pictures;
 }
@@ -128,7 +158,7 @@ int renderDemo(const DemoOptions& o)
     const auto items = demoItems();
     VideoWriter video(o.outDir + "/demo.mp4", o.width, o.height, av_d2q(kFps, 1000), o.threads);
     ContactSheet sheet;
-    ProgressBar bar("demo", long(items.size()));
+    ProgressBar bar("demo", long(items.size()) + 1);
     int rendered = 0;
     for (size_t i = 0; i < items.size(); ++i) {
         try {
@@ -142,11 +172,21 @@ int renderDemo(const DemoOptions& o)
         bar.update(long(i + 1));
     }
     rendered += renderDemoCompositions({o.outDir, o.dataPath, o.width, o.height, o.frames}, video, sheet);
+    try {
+        auto pictures = renderTransition(o, video);
+        sheet.add(kTransitionCaption, pictures);
+        ++rendered;
+    } catch (const CommandError& skipped) {
+        std::fprintf(stderr, "qxfx demo: skipped effect %d: %s\n", int(CQX3DTransform::kClientId), skipped.what());
+        sheet.addSkipped(kTransitionCaption, std::string("skipped: ") + skipped.what());
+    }
+    bar.update(long(items.size()) + 1);
     video.finish();
     sheet.write(o.outDir + "/contact-sheet.png");
     std::fprintf(stderr,
-                 "qxfx demo: %d of %zu effects, scenes and compositions in %s/demo.mp4 and %s/contact-sheet.png\n",
-                 rendered, items.size() + 2, o.outDir.c_str(), o.outDir.c_str());
+                 "qxfx demo: %d of %zu effects, scenes, compositions and transitions in %s/demo.mp4 and "
+                 "%s/contact-sheet.png\n",
+                 rendered, items.size() + 3, o.outDir.c_str(), o.outDir.c_str());
     return 0;
 }
 

@@ -9,6 +9,7 @@
 #include "apps/qxfx/RenderCommand.h"
 #include "apps/qxfx/ScenesCommand.h"
 #include "apps/qxfx/SwfCommand.h"
+#include "apps/qxfx/TransitionCommand.h"
 
 extern "C" {
 #include <libavutil/avutil.h>
@@ -27,6 +28,7 @@ constexpr const char* kUsage =
     "commands:\n"
     "  list     the catalogue of effects\n"
     "  render   one effect over a video, an image or the test pattern\n"
+    "  transition  two clips joined by a 3D transition\n"
     "  composite  a picture, SWF animation or movie over a video\n"
     "  swf      an SWF animation to a video\n"
     "  anim     a composition with your pictures (slideshow, title) to a video\n"
@@ -43,6 +45,7 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
 {
     if (command == "list") return qx::qxfx::runList(args);
     if (command == "render") return qx::qxfx::runRender(args);
+    if (command == "transition") return qx::qxfx::runTransition(args);
     if (command == "composite") return qx::qxfx::runComposite(args);
     if (command == "swf") return qx::qxfx::runSwf(args);
     if (command == "anim") return qx::qxfx::runAnim(args);

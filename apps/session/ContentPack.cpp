@@ -3,6 +3,8 @@
 #include "host/EffectCatalog.h"
 #include "wrap3d/SceneEffects.h"
 
+#include <dlfcn.h>
+
 #include <system_error>
 
 namespace qx {
@@ -23,6 +25,13 @@ std::string findDataPath(const std::filesystem::path& binary)
     for (const auto& candidate : candidates)
         if (!candidate.empty() && fs::is_directory(candidate, error)) return candidate.string();
     return {};
+}
+
+std::string findModuleDataPath()
+{
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<const void*>(&findModuleDataPath), &info) || !info.dli_fname) return findDataPath({});
+    return findDataPath(info.dli_fname);
 }
 
 bool needsPack(LONG id)

@@ -15,6 +15,10 @@ namespace qx {
 /// The empty text when there is none.
 std::string findDataPath(const std::filesystem::path& binary);
 
+/// The pack for the module this code is linked into (a plugin, or the program), found
+/// from where the dynamic loader loaded it, as findDataPath does for a binary.
+std::string findModuleDataPath();
+
 /// Whether effect `id` plays content of the pack (scenes, objects, effect files, pictures).
 bool needsPack(LONG id);
 /// The Source that effect `id` plays by default, relative to the data path; empty for

@@ -4,8 +4,6 @@
 #include "effects/PanZoom.h"
 #include "host/EffectCatalog.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -44,15 +42,6 @@ constexpr std::array<ParamInfo, kGenericCount> kGenericParams = {{
      "and duration is not used"},
 }};
 
-// The pack found from where this plugin lies: installed beside it under the prefix, or
-// the build's.
-std::string pluginDataPath()
-{
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
-    return findDataPath(info.dli_fname);
-}
-
 std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values)
 {
     const auto id = effectId(values.texts[kEffect]);
@@ -61,7 +50,7 @@ std::optional<qxfx::EffectSettings> genericSettings(const InstanceValues& values
     settings.effectId = *id;
     if (!values.texts[kParams].empty()) settings.params = values.texts[kParams];
     settings.source = values.texts[kSource].empty() ? packSource(*id) : values.texts[kSource];
-    settings.dataPath = values.texts[kDataPath].empty() ? pluginDataPath() : values.texts[kDataPath];
+    settings.dataPath = values.texts[kDataPath].empty() ? findModuleDataPath() : values.texts[kDataPath];
     settings.durationSeconds = spanOfValues(values, kGenericPlugin);
     return settings;
 }

@@ -31,7 +31,6 @@
 
 #include <array>
 #include <cstring>
-#include <dlfcn.h>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -141,19 +140,11 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     }
 }
 
-/// The pack found from where this plugin lies: installed beside it, or the build's.
-std::string pluginDataPath()
-{
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&pluginDataPath), &info) || !info.dli_fname) return findDataPath({});
-    return findDataPath(info.dli_fname);
-}
-
 /// The data path is the process's: the first element to play sets it, when no host has.
 void useDataPath(const std::string& chosen)
 {
     if (!DataPath().empty()) return;
-    const std::string path = chosen.empty() ? pluginDataPath() : chosen;
+    const std::string path = chosen.empty() ? findModuleDataPath() : chosen;
     SetDataPathBuffer(os::fromUtf8(path));
     SetDataPath(os::fromUtf8(path));
 }

@@ -133,7 +133,7 @@ def test_anim(qxfx, env, work):
 
 
 def test_inspect(env):
-    for name in ("qxfx", "qxcrop", "qxscenecut", "qxanimsrc"):
+    for name in ("qxfx", "qxcrop", "qxscenecut", "qxanimsrc", "qxtransition"):
         result = run(["gst-inspect-1.0", name], env)
         check(f"gst-inspect-1.0 {name} is clean", result.returncode == 0 and result.stderr == "", result.stderr)
     listing = run(["gst-inspect-1.0", "qxfx"], env).stdout
