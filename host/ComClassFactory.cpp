@@ -17,6 +17,11 @@ com::ComPtr<CComClassFactory> CComClassFactory::Create(CreateInstanceFunction cr
     return com::ComPtr<CComClassFactory>(new (std::nothrow) CComClassFactory(creator));
 }
 
+com::ComPtr<IClassFactory> CreateClassFactory(CreateInstanceFunction creator)
+{
+    return CComClassFactory::Create(creator).get();
+}
+
 HRESULT CComClassFactory::CreateInstance(IUnknown* outer, const IID& riid, void** ppv)
 {
     if (!ppv) return E_POINTER;

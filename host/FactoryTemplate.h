@@ -12,6 +12,24 @@ using LPFNNewCOMObject = IUnknown* (*)(IUnknown* outer, HRESULT* phr);
 /// Called once as the module attaches to the process (true) and as it leaves (false).
 using LPFNInitRoutine = void (*)(bool loading, const CLSID* clsid);
 
+/// The creator of a class `T` with a static `Create()`: the object alone, or inside
+/// `outer`, as the template factory expects it.
+template <typename T>
+IUnknown* NewObject(IUnknown* outer, HRESULT* phr)
+{
+    auto object = T::Create();
+    if (!object) {
+        *phr = E_OUTOFMEMORY;
+        return nullptr;
+    }
+    T* created = object.detach();
+    if (outer) return created->aggregate(outer);
+    void* identity = nullptr;
+    created->InternalQueryInterface(IUnknown::iid, &identity);
+    created->InternalRelease();  // the identity's reference stays, as the creator's
+    return static_cast<IUnknown*>(identity);
+}
+
 struct CFactoryTemplate {
     const char16_t* m_Name;
     const CLSID* m_ClsID;

@@ -1,6 +1,5 @@
 #include "host/Module.h"
 
-#include "host/ComClassFactory.h"
 #include "host/MyClassFactory.h"
 
 #include <algorithm>
@@ -22,7 +21,7 @@ HRESULT CQXDynamicEffectsModule::GetClassObject(const CLSID& clsid, const IID& r
     {
         std::lock_guard guard(lock_);
         auto& kept = factories_[size_t(row - objectMap_.begin())];
-        if (!kept) kept = CComClassFactory::Create(row->pfnCreateInstance).get();
+        if (!kept) kept = row->pfnGetClassObject(row->pfnCreateInstance);
         factory = kept;
     }
     if (!factory) return E_OUTOFMEMORY;

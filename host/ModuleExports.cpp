@@ -30,7 +30,7 @@ std::string ModulePath()
     if (!::dladdr(reinterpret_cast<void*>(&DllGetClassObject), &info) || !info.dli_fname) return {};
     std::error_code error;
     const auto path = std::filesystem::absolute(info.dli_fname, error);
-    return error ? std::string() : path.string();
+    return error ? std::string() : path.lexically_normal().string();
 }
 
 class CQXDynamicEffectsApp {

@@ -23,10 +23,16 @@ struct CoclassScript {
 };
 
 using CreateInstanceFunction = HRESULT (*)(IUnknown* outer, const IID& riid, void** ppv);
+/// Makes the class object of a row, which creates its objects with `creator`.
+using GetClassObjectFunction = com::ComPtr<IClassFactory> (*)(CreateInstanceFunction creator);
+
+/// The ATL-style class factory (CComClassFactory) over `creator`; null without memory.
+com::ComPtr<IClassFactory> CreateClassFactory(CreateInstanceFunction creator);
 
 struct ObjectMapEntry {
     const CLSID* pclsid;
-    CoclassScript script;
+    CoclassScript script;  // what the row's registry function writes
+    GetClassObjectFunction pfnGetClassObject;
     CreateInstanceFunction pfnCreateInstance;
     const char* description = nullptr;
     const void* categoryMap = nullptr;
@@ -48,7 +54,7 @@ HRESULT CreateObject(IUnknown* outer, const IID& riid, void** ppv)
 template <typename T>
 constexpr ObjectMapEntry objectEntry(CoclassScript script)
 {
-    return {&T::clsid, script, &CreateObject<T>};
+    return {&T::clsid, script, &CreateClassFactory, &CreateObject<T>};
 }
 
 /// The module's rows.

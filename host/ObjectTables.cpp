@@ -52,8 +52,8 @@ const media::AMOVIESETUP_FILTER sudAnim3DVideoSource = {
 
 std::span<const ObjectMapEntry> ObjectMap() { return kObjectMap; }
 
-// The 3D animation source, the table's one row, joins it as
-// {u"Quorvel 3D Anim Video Source", &CLSID_Anim3DVideoSource, <its creator>, nullptr, &sudAnim3DVideoSource}.
+// The 3D animation source, the table's one row, joins it as {u"Quorvel 3D Anim Video
+// Source", &CLSID_Anim3DVideoSource, NewObject<CAnim3DVideoSource>, nullptr, &sudAnim3DVideoSource}.
 std::span<const CFactoryTemplate> FactoryTemplates() { return {}; }
 
 }  // namespace qx

@@ -184,11 +184,11 @@ struct IDXTransformVtbl {
     QX_IUNKNOWN_METHODS(IDXTransform);
     /* Surfaces are objects that answer IDXRawSurface; at most one output. No inputs and
      * no outputs undo the set-up. */
-    HRESULT (*Setup)
+    HRESULT(*Setup)
     (IDXTransform* This, IUnknown* const* punkInputs, ULONG ulNumInputs, IUnknown* const* punkOutputs,
      ULONG ulNumOutputs, DWORD dwFlags);
     /* Renders clipBounds of the input (all when null) at placement in the output. */
-    HRESULT (*Execute)
+    HRESULT(*Execute)
     (IDXTransform* This, const GUID* pRequestID, const QXBOUNDS* pClipBnds, const QXPOINT* pPlacement);
 };
 
@@ -219,9 +219,9 @@ struct IQXDynamicEffectVtbl {
     HRESULT (*GetEffectCategoryFromIndex)(IQXDynamicEffect* This, LONG nIndex, LONG* Category);
     HRESULT (*GetCategoriesCount)(IQXDynamicEffect* This, LONG* nCount);
     HRESULT (*GetCategoryString)(IQXDynamicEffect* This, LONG nIndex, BSTR* bString);
-    HRESULT (*GetCategoryImageFromID)
+    HRESULT(*GetCategoryImageFromID)
     (IQXDynamicEffect* This, LONG nCat, BYTE** pImageBits, LONG* nWidth, LONG* nHeight);
-    HRESULT (*GetCategoryImageFromIndex)
+    HRESULT(*GetCategoryImageFromIndex)
     (IQXDynamicEffect* This, LONG nIndex, BYTE** pImageBits, LONG* nWidth, LONG* nHeight);
     HRESULT (*GetCategoryIDFromIndex)(IQXDynamicEffect* This, LONG nIndex, LONG* nID);
     HRESULT (*get_Quality)(IQXDynamicEffect* This, LONG* pVal);
@@ -272,6 +272,23 @@ struct IQXCompositorVtbl {
     HRESULT (*put_DurationSeconds)(IQXCompositor* This, double newVal);
     HRESULT (*get_MediaStart)(IQXCompositor* This, double* pVal);
     HRESULT (*put_MediaStart)(IQXCompositor* This, double newVal);
+};
+
+QX_INTERFACE(IQX3DTransform);
+struct IQX3DTransformVtbl {
+    QX_IDXEFFECT_METHODS(IQX3DTransform);
+    HRESULT (*get_Quality)(IQX3DTransform* This, LONG* pVal);
+    HRESULT (*put_Quality)(IQX3DTransform* This, LONG newVal);
+    HRESULT (*get_Source)(IQX3DTransform* This, BSTR* pVal);
+    HRESULT (*put_Source)(IQX3DTransform* This, BSTR newVal);
+    HRESULT (*get_AspectRatio)(IQX3DTransform* This, float* pVal);
+    HRESULT (*put_AspectRatio)(IQX3DTransform* This, float newVal);
+};
+
+/* The overlay has the members of IDXEffect and nothing of its own. */
+QX_INTERFACE(IQXOverlay);
+struct IQXOverlayVtbl {
+    QX_IDXEFFECT_METHODS(IQXOverlay);
 };
 
 QX_INTERFACE(IQXCropTransform);

@@ -1,8 +1,10 @@
 #include "platform/com/RegistryFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <sstream>
 #include <system_error>
@@ -130,6 +132,23 @@ bool isAtOrUnder(std::string_view name, std::string_view key)
     return name.size() == key.size() || name[key.size()] == '\\';
 }
 
+/// Writes `content` to a new file and waits until it is on the disk, so that the rename
+/// that follows never shows an empty file after a crash.
+bool writeDurably(const std::filesystem::path& path, std::string_view content)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (file < 0) return false;
+    bool written = true;
+    while (written && !content.empty()) {
+        const ssize_t count = ::write(file, content.data(), content.size());
+        if (count < 0 && errno == EINTR) continue;
+        written = count > 0;
+        if (written) content.remove_prefix(size_t(count));
+    }
+    written = written && ::fsync(file) == 0;
+    return ::close(file) == 0 && written;
+}
+
 }  // namespace
 
 bool RegistryFile::CaseLess::operator()(std::string_view a, std::string_view b) const
@@ -236,16 +255,9 @@ HRESULT RegistryFile::save(const std::filesystem::path& path) const
     // A name of this process beside the target, so the rename stays within one file system.
     std::filesystem::path temporary = path;
     temporary += ".tmp." + std::to_string(::getpid());
-    const std::string content = text();
-    {
-        std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-        file << content;
-        file.flush();
-        if (!file) {
-            file.close();
-            std::filesystem::remove(temporary, error);
-            return REGDB_E_WRITEREGDB;
-        }
+    if (!writeDurably(temporary, text())) {
+        std::filesystem::remove(temporary, error);
+        return REGDB_E_WRITEREGDB;
     }
     std::filesystem::rename(temporary, path, error);
     if (error) {

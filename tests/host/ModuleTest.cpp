@@ -27,17 +27,21 @@ struct CreatorScript {
 };
 CreatorScript script;
 
-IUnknown* NewProbe(IUnknown* outer, HRESULT* phr)
+IUnknown* NewProbe(IUnknown*, HRESULT* phr)
 {
     *phr = script.code;
     if (!script.giveObject) return nullptr;
     auto* probe = new Probe();
     probe->InternalAddRef();  // the creator's reference
-    return outer ? probe->aggregate(outer) : static_cast<IUnknown*>(static_cast<IProbe*>(probe));
+    return static_cast<IProbe*>(probe);
 }
 
 constexpr CLSID kProbeClass = guid("{5A0B5A0B-0000-4000-8000-0000000000C1}");
-const CFactoryTemplate kTemplates[] = {{u"Probe", &kProbeClass, NewProbe, nullptr, &sudAnim3DVideoSource}};
+constexpr CLSID kHostByTemplate = guid("{5A0B5A0B-0000-4000-8000-0000000000C2}");
+const CFactoryTemplate kTemplates[] = {
+    {u"Probe", &kProbeClass, NewProbe, nullptr, &sudAnim3DVideoSource},
+    {u"Host", &kHostByTemplate, NewObject<CQXDynamicEffect>, nullptr, nullptr},
+};
 
 class Entries : public ::testing::Test {
 protected:
@@ -113,6 +117,19 @@ TEST_F(Entries, TemplateFactoryCreatesQueriesAndCleansUp)
     EXPECT_EQ(factory->LockServer(false), S_OK);
 }
 
+TEST_F(Entries, TheGenericCreatorServesTheTemplateFactory)
+{
+    auto factory = factoryOf(kHostByTemplate);
+    com::ComPtr<IQXDynamicEffect> host;
+    ASSERT_EQ(factory->CreateInstance(nullptr, IQXDynamicEffect::iid, reinterpret_cast<void**>(host.out())), S_OK);
+    LONG count = 0;
+    EXPECT_EQ(host->GetEffectsCount(&count), S_OK);
+    EXPECT_GT(count, 0);
+    // Its only reference is the caller's.
+    host->AddRef();
+    EXPECT_EQ(host->Release(), 1u);
+}
+
 /// An outer object that keeps the inner IUnknown it was given.
 struct Outer final : IUnknown {
     HRESULT QueryInterface(const IID& riid, void** ppv) override
@@ -153,17 +170,19 @@ TEST_F(Entries, EveryClassAggregatesAndOnlyForIUnknown)
         EXPECT_EQ(outer.inner->Release(), 0u);
         EXPECT_EQ(outer.references, 1u);
     }
-    auto probeFactory = factoryOf(kProbeClass);
+    // Through the template factory, with the host's own interface asked of the outer object.
+    auto hostFactory = factoryOf(kHostByTemplate);
     Outer outer;
-    ASSERT_EQ(probeFactory->CreateInstance(&outer, IUnknown::iid, reinterpret_cast<void**>(&outer.inner)), S_OK);
-    com::ComPtr<IProbe> probe;
-    ASSERT_EQ(outer.QueryInterface(IProbe::iid, reinterpret_cast<void**>(probe.out())), S_OK);
+    ASSERT_EQ(hostFactory->CreateInstance(&outer, IUnknown::iid, reinterpret_cast<void**>(&outer.inner)), S_OK);
+    com::ComPtr<IQXDynamicEffect> host;
+    ASSERT_EQ(outer.QueryInterface(IQXDynamicEffect::iid, reinterpret_cast<void**>(host.out())), S_OK);
     EXPECT_EQ(outer.references, 2u);
     void* identity = nullptr;
-    ASSERT_EQ(probe->QueryInterface(IUnknown::iid, &identity), S_OK);
+    ASSERT_EQ(host->QueryInterface(IUnknown::iid, &identity), S_OK);
     EXPECT_EQ(identity, &outer);
     outer.Release();
-    probe.reset();
+    host.reset();
+    EXPECT_EQ(outer.references, 1u);
     EXPECT_EQ(outer.inner->Release(), 0u);
 }
 

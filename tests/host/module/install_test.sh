@@ -26,6 +26,14 @@ cc -std=c11 -Wall -Wextra -o "$work/host" "$source/ModuleHost.c" "$source/HostOb
    $(pkg-config --cflags --libs qxdynamiceffects) -ldl
 LD_LIBRARY_PATH="$libdir" "$work/host" "$module" "$data"
 
+# Registration by hand, into a registry of this test's own.
+export XDG_DATA_HOME="$work/home"
+"$prefix/bin/qxregsvr" "$module" >/dev/null
+grep -qF "@=\"$(realpath -s "$module")\"" "$XDG_DATA_HOME/qxcom/classes.reg" || { echo "qxregsvr wrote no server path"; exit 1; }
+"$prefix/bin/qxregsvr" -u "$module" >/dev/null
+! grep -q QXDynamicEffects "$XDG_DATA_HOME/qxcom/classes.reg" || { echo "qxregsvr -u left entries"; exit 1; }
+! "$prefix/bin/qxregsvr" "$work/missing.so" 2>/dev/null || { echo "qxregsvr accepted a missing server"; exit 1; }
+
 # The installed qxfx finds the installed content pack.
 "$prefix/bin/qxfx" list >/dev/null
 
@@ -33,7 +41,7 @@ LD_LIBRARY_PATH="$libdir" "$work/host" "$module" "$data"
 deb=$(find "$work/package" -maxdepth 1 -name '*.deb')
 [ -n "$deb" ] || { echo "no Debian package"; exit 1; }
 contents=$(dpkg-deb -c "$deb")
-for name in libqxdynamiceffects.so.5 QXDynamicEffects.h qxdynamiceffects.pc frei0r-1/qxfx.so libgstqxfx.so bin/qxfx \
+for name in libqxdynamiceffects.so.5 QXDynamicEffects.h qxdynamiceffects.pc frei0r-1/qxfx.so libgstqxfx.so bin/qxfx bin/qxregsvr \
             qxdynamiceffects/data/Scenes/Misc/Cube.afx; do
   grep -q "$name" <<<"$contents" || { echo "not in the package: $name"; exit 1; }
 done
