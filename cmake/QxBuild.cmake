@@ -10,7 +10,10 @@ endif()
 
 set(QX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wno-missing-field-initializers)
 if(QX_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  # Not the dynamic type check of calls: component objects that a host makes (in C, say)
+  # carry tables of functions, not C++ vtables, and the module calls them all the same.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=undefined
+                      -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
@@ -48,8 +51,14 @@ function(qx_add_shared_library)
   # Whole archives, so that objects nothing inside the library calls (the catalogue's
   # routines, class objects) are still exported; the layers' own dependencies follow.
   target_link_libraries(qxdynamiceffects PRIVATE -Wl,--whole-archive ${layers} -Wl,--no-whole-archive)
+  # Only the module's four entry points are exported. The library stays loaded once a
+  # host loaded it (nodelete): its scene context is taken down at the process's end, never
+  # under the loader's lock of an unload.
+  target_link_options(qxdynamiceffects PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/host/exports.map
+                      -Wl,-z,nodelete -Wl,--no-undefined)
+  set_property(TARGET qxdynamiceffects APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/host/exports.map)
   set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
-  install(TARGETS qxdynamiceffects LIBRARY DESTINATION lib)
+  install(TARGETS qxdynamiceffects LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endfunction()
 
 # qx_add_gtest(NAME SOURCES ... DEPS ...): one GoogleTest binary, registered with CTest.

@@ -26,6 +26,10 @@ namespace com {
 /// static `iid`). IUnknown is answered through the first interface, so every query for it
 /// gives the same pointer, as identity tests require. The object starts with no
 /// reference; the creator takes the first.
+///
+/// An object made inside an outer object (aggregation, see `aggregate`) hands every
+/// IUnknown call of its interfaces to the outer object; the outer one holds it through
+/// `innerUnknown()`, which answers for the object itself and owns its life.
 template <typename... Interfaces>
 class ComObject : public Interfaces... {
     using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;
@@ -33,24 +37,42 @@ class ComObject : public Interfaces... {
 public:
     HRESULT QueryInterface(const IID& riid, void** ppv) override
     {
+        return outer_ ? outer_->QueryInterface(riid, ppv) : InternalQueryInterface(riid, ppv);
+    }
+    ULONG AddRef() override { return outer_ ? outer_->AddRef() : InternalAddRef(); }
+    ULONG Release() override { return outer_ ? outer_->Release() : InternalRelease(); }
+
+    /// The object's own identity and count, which never delegate.
+    HRESULT InternalQueryInterface(const IID& riid, void** ppv)
+    {
         if (!ppv) return E_POINTER;
         *ppv = nullptr;
         if (riid == IUnknown::iid) {
-            *ppv = static_cast<IUnknown*>(static_cast<First*>(this));
+            *ppv = outer_ ? static_cast<IUnknown*>(&inner_) : static_cast<IUnknown*>(static_cast<First*>(this));
         } else {
             // The first listed interface with this identifier answers.
             (void)((riid == Interfaces::iid && !*ppv ? (*ppv = static_cast<Interfaces*>(this), true) : false) || ...);
         }
         if (!*ppv) return queryExtraInterface(riid, ppv);
-        AddRef();
+        static_cast<IUnknown*>(*ppv)->AddRef();
         return S_OK;
     }
-    ULONG AddRef() override { return ++references_; }
-    ULONG Release() override
+    ULONG InternalAddRef() { return ++references_; }
+    ULONG InternalRelease()
     {
         const ULONG left = --references_;
         if (left == 0) delete this;
         return left;
+    }
+
+    /// Makes this new object a part of `outer`: from now on its interfaces delegate to
+    /// `outer`, and the returned inner IUnknown is what `outer` keeps. The inner IUnknown
+    /// takes over the one reference of the object's creator; `outer` is not counted, as
+    /// it owns the object.
+    IUnknown* aggregate(IUnknown* outer)
+    {
+        outer_ = outer;
+        return &inner_;
     }
 
 protected:
@@ -59,7 +81,24 @@ protected:
     virtual HRESULT queryExtraInterface(const IID&, void**) { return E_NOINTERFACE; }
 
 private:
+    /// The non-delegating IUnknown of an aggregated object.
+    class InnerUnknown final : public IUnknown {
+    public:
+        explicit InnerUnknown(ComObject& object) : object_(object) {}
+        HRESULT QueryInterface(const IID& riid, void** ppv) override
+        {
+            return object_.InternalQueryInterface(riid, ppv);
+        }
+        ULONG AddRef() override { return object_.InternalAddRef(); }
+        ULONG Release() override { return object_.InternalRelease(); }
+
+    private:
+        ComObject& object_;
+    };
+
     std::atomic<ULONG> references_{0};
+    IUnknown* outer_ = nullptr;
+    InnerUnknown inner_{*this};
 };
 
 /// Owns one reference to an interface.
@@ -87,6 +126,8 @@ public:
         result.p_ = p;
         return result;
     }
+    /// Gives up the held reference to the caller.
+    T* detach() { return std::exchange(p_, nullptr); }
     void reset()
     {
         if (auto* p = std::exchange(p_, nullptr)) p->Release();

@@ -6,12 +6,59 @@ DXTransformCore::DXTransformCore(ULONG requiredInputs, ULONG maxInputs, LONG cap
     : requiredInputs_(requiredInputs), maxInputs_(maxInputs), capabilities_(capabilities)
 {}
 
+namespace {
+
+/// A surface over the memory that a host's IDXRawSurface describes, with the object kept
+/// in `holders`; E_INVALIDARG for an object that is no such surface or describes none.
+HRESULT wrapHostSurface(IUnknown* object, std::shared_ptr<DXSurface>& surface,
+                        std::vector<com::ComPtr<IUnknown>>& holders)
+{
+    if (!object) return E_POINTER;
+    com::ComPtr<IDXRawSurface> raw;
+    if (FAILED(object->QueryInterface(IDXRawSurface::iid, reinterpret_cast<void**>(raw.out())))) {
+        return E_INVALIDARG;
+    }
+    DXRAWSURFACEINFO info;
+    const HRESULT hr = raw->GetSurfaceInfo(&info);
+    if (FAILED(hr)) return hr;
+    if (!info.pSamples || info.width <= 0 || info.height <= 0) return E_INVALIDARG;
+    surface = DXSurface::wrap({info.pSamples, size_t(info.width) * size_t(info.height)}, info.width, info.height);
+    if (!surface) return E_OUTOFMEMORY;
+    holders.emplace_back(object);
+    return S_OK;
+}
+
+}  // namespace
+
+HRESULT DXTransformCore::setupHostSurfaces(IUnknown* const* punkInputs, ULONG ulNumInputs, IUnknown* const* punkOutputs,
+                                           ULONG ulNumOutputs, DWORD dwFlags)
+{
+    if ((ulNumInputs > 0 && !punkInputs) || (ulNumOutputs > 0 && !punkOutputs)) return E_POINTER;
+    if (ulNumOutputs > 1) return E_INVALIDARG;
+    std::vector<com::ComPtr<IUnknown>> holders;
+    std::vector<std::shared_ptr<DXSurface>> inputs(ulNumInputs);
+    for (ULONG i = 0; i < ulNumInputs; ++i) {
+        // An optional input may be left out; a required one fails in setup.
+        if (!punkInputs[i]) continue;
+        const HRESULT hr = wrapHostSurface(punkInputs[i], inputs[i], holders);
+        if (FAILED(hr)) return hr;
+    }
+    std::shared_ptr<DXSurface> output;
+    if (ulNumOutputs == 1) {
+        const HRESULT hr = wrapHostSurface(punkOutputs[0], output, holders);
+        if (FAILED(hr)) return hr;
+    }
+    return setup(inputs, output, dwFlags, std::move(holders));
+}
+
 HRESULT DXTransformCore::setup(std::span<const std::shared_ptr<DXSurface>> inputs,
-                               const std::shared_ptr<DXSurface>& output, DWORD flags)
+                               const std::shared_ptr<DXSurface>& output, DWORD flags,
+                               std::vector<com::ComPtr<IUnknown>> hostSurfaces)
 {
     if (inputs.empty() && !output) {
         inputs_.clear();
         output_.reset();
+        hostSurfaces_.clear();
         return S_OK;
     }
     if (inputs.size() < requiredInputs_ || inputs.size() > maxInputs_ || !output) return E_INVALIDARG;
@@ -20,6 +67,7 @@ HRESULT DXTransformCore::setup(std::span<const std::shared_ptr<DXSurface>> input
     }
     inputs_.assign(inputs.begin(), inputs.end());
     output_ = output;
+    hostSurfaces_ = std::move(hostSurfaces);
     {
         std::lock_guard lock(objectLock_);
         ++generationId_;
@@ -28,6 +76,7 @@ HRESULT DXTransformCore::setup(std::span<const std::shared_ptr<DXSurface>> input
     if (FAILED(hr)) {
         inputs_.clear();
         output_.reset();
+        hostSurfaces_.clear();
     }
     return hr;
 }

@@ -25,7 +25,10 @@ public:
     static constexpr ULONG kDefaultLockTimeOut = 10000;
 
     HRESULT setup(std::span<const std::shared_ptr<DXSurface>> inputs, const std::shared_ptr<DXSurface>& output,
-                  DWORD flags);
+                  DWORD flags, std::vector<com::ComPtr<IUnknown>> hostSurfaces = {});
+    /// Setup over a host's IDXRawSurface objects, held while their memory is in use.
+    HRESULT setupHostSurfaces(IUnknown* const* punkInputs, ULONG ulNumInputs, IUnknown* const* punkOutputs,
+                              ULONG ulNumOutputs, DWORD dwFlags);
     HRESULT execute(const Bounds* clipBounds, const Point* placement);
 
     HRESULT getCapabilities(LONG* pVal) const;
@@ -58,6 +61,8 @@ private:
     const LONG capabilities_;
     std::vector<std::shared_ptr<DXSurface>> inputs_;
     std::shared_ptr<DXSurface> output_;
+    /// The host's objects whose memory `inputs_` and `output_` wrap.
+    std::vector<com::ComPtr<IUnknown>> hostSurfaces_;
     std::mutex objectLock_;
     float progress_ = 0.0f;
     float duration_ = 1.0f;
@@ -83,6 +88,11 @@ public:
                   DWORD flags) override
     {
         return setup(inputs, output, flags);
+    }
+    HRESULT Setup(IUnknown* const* punkInputs, ULONG ulNumInputs, IUnknown* const* punkOutputs, ULONG ulNumOutputs,
+                  DWORD dwFlags) override
+    {
+        return setupHostSurfaces(punkInputs, ulNumInputs, punkOutputs, ulNumOutputs, dwFlags);
     }
     HRESULT Execute(const GUID*, const Bounds* clipBounds, const Point* placement) override
     {

@@ -52,5 +52,52 @@ TEST(ComObject, AnswersEachInterfaceAndOneIdentity)
     EXPECT_TRUE(destroyed);
 }
 
+/// An outer object that counts what the aggregated object's interfaces ask of it.
+struct Outer final : IUnknown {
+    HRESULT QueryInterface(const IID& riid, void** ppv) override
+    {
+        if (riid == IUnknown::iid) {
+            *ppv = this;
+            AddRef();
+            return S_OK;
+        }
+        return inner->QueryInterface(riid, ppv);
+    }
+    ULONG AddRef() override { return ++references; }
+    ULONG Release() override { return --references; }
+
+    ULONG references = 1;
+    IUnknown* inner = nullptr;
+};
+
+TEST(ComObject, AnAggregatedObjectCountsOnItsOuterObjectAndLivesByItsInnerUnknown)
+{
+    bool destroyed = false;
+    Outer outer;
+    auto object = com::ComPtr<Both>(new Both(destroyed));
+    outer.inner = object.detach()->aggregate(&outer);
+
+    com::ComPtr<ISecond> second;
+    ASSERT_EQ(outer.QueryInterface(ISecond::iid, reinterpret_cast<void**>(second.out())), S_OK);
+    EXPECT_EQ(outer.references, 2u);  // the interface's reference went to the outer object
+    void* identity = nullptr;
+    ASSERT_EQ(second->QueryInterface(IUnknown::iid, &identity), S_OK);
+    EXPECT_EQ(identity, &outer);
+    EXPECT_EQ(outer.references, 3u);
+    outer.Release();
+    second.reset();
+    EXPECT_EQ(outer.references, 1u);
+
+    // The inner IUnknown answers for the object itself, apart from the outer one.
+    void* innerIdentity = nullptr;
+    ASSERT_EQ(outer.inner->QueryInterface(IUnknown::iid, &innerIdentity), S_OK);
+    EXPECT_EQ(innerIdentity, outer.inner);
+    EXPECT_EQ(outer.inner->Release(), 1u);
+    EXPECT_FALSE(destroyed);
+    EXPECT_EQ(outer.inner->Release(), 0u);
+    EXPECT_TRUE(destroyed);
+    EXPECT_EQ(outer.references, 1u);
+}
+
 }  // namespace
 }  // namespace qx

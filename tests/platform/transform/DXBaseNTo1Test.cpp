@@ -77,6 +77,69 @@ TEST_F(Base, SetupChecksItsSurfacesAndCanBeUndone)
     EXPECT_EQ(recorder->Execute(nullptr, nullptr, nullptr), DXTERR_UNINITIALIZED);
 }
 
+// A host's surface over its own memory, as a host hands it through the component interface.
+class HostSurface final : public com::ComObject<IDXRawSurface> {
+public:
+    HostSurface(LONG width, LONG height) : samples(size_t(width * height)), width_(width), height_(height) {}
+    HRESULT GetSurfaceInfo(DXRAWSURFACEINFO* info) override
+    {
+        *info = {samples.empty() ? nullptr : samples.data(), width_, height_};
+        return S_OK;
+    }
+    ULONG references()
+    {
+        AddRef();
+        return Release();
+    }
+    std::vector<uint32_t> samples;
+
+private:
+    LONG width_;
+    LONG height_;
+};
+
+TEST_F(Base, HostSurfacesAreHeldFromSetupToTheNextSetup)
+{
+    com::ComPtr<HostSurface> in(new HostSurface(8, 6));
+    com::ComPtr<HostSurface> out(new HostSurface(8, 6));
+    IUnknown* inputs[] = {in.get()};
+    IUnknown* outputs[] = {out.get()};
+    ASSERT_EQ(recorder->Setup(inputs, 1, outputs, 1, 0), S_OK);
+    EXPECT_EQ(in->references(), 2u);
+    EXPECT_EQ(out->references(), 2u);
+    ASSERT_EQ(recorder->Execute(nullptr, nullptr, nullptr), S_OK);
+    EXPECT_EQ(recorder->lastWork.DoBnds, (Bounds{0, 0, 8, 6}));
+
+    // A set-up over surfaces of the library's own lets the host's go.
+    ASSERT_EQ(setup(), S_OK);
+    EXPECT_EQ(in->references(), 1u);
+    EXPECT_EQ(out->references(), 1u);
+    ASSERT_EQ(recorder->Setup(inputs, 1, outputs, 1, 0), S_OK);
+    ASSERT_EQ(recorder->Setup(nullptr, 0, nullptr, 0, 0), S_OK);
+    EXPECT_EQ(in->references(), 1u);
+}
+
+TEST_F(Base, HostSurfacesThatDescribeNoMemoryAreRefused)
+{
+    com::ComPtr<HostSurface> in(new HostSurface(8, 6));
+    com::ComPtr<HostSurface> empty(new HostSurface(0, 0));
+    com::ComPtr<Recorder> notASurface(new Recorder());
+    IUnknown* inputs[] = {in.get()};
+    IUnknown* twoOutputs[] = {in.get(), in.get()};
+    IUnknown* emptyOutput[] = {empty.get()};
+    IUnknown* wrongOutput[] = {static_cast<IDXTransform*>(notASurface.get())};
+    IUnknown* missing[] = {nullptr};
+    EXPECT_EQ(recorder->Setup(nullptr, 1, twoOutputs, 1, 0), E_POINTER);
+    EXPECT_EQ(recorder->Setup(inputs, 1, nullptr, 1, 0), E_POINTER);
+    EXPECT_EQ(recorder->Setup(inputs, 1, twoOutputs, 2, 0), E_INVALIDARG);
+    EXPECT_EQ(recorder->Setup(inputs, 1, emptyOutput, 1, 0), E_INVALIDARG);
+    EXPECT_EQ(recorder->Setup(inputs, 1, wrongOutput, 1, 0), E_INVALIDARG);
+    EXPECT_EQ(recorder->Setup(inputs, 1, missing, 1, 0), E_POINTER);
+    EXPECT_EQ(recorder->Setup(missing, 1, inputs, 1, 0), E_INVALIDARG);  // the required input left out
+    EXPECT_EQ(recorder->setups, 0);
+    EXPECT_EQ(in->references(), 1u);
+}
+
 TEST_F(Base, AFailedOnSetupLeavesTheTransformUnset)
 {
     recorder->setupResult = E_FAIL;
