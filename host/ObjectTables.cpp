@@ -1,8 +1,11 @@
 #include "host/ObjectTables.h"
 
+#include "filters/3DTransform.h"
+#include "filters/Anim3DVideoSource.h"
 #include "filters/Compositor.h"
 #include "filters/CropTransform.h"
 #include "filters/FlashAnimation.h"
+#include "filters/Overlay.h"
 #include "filters/SceneDetect.h"
 #include "host/DynamicEffect.h"
 #include "platform/media/MediaType.h"
@@ -18,7 +21,9 @@ namespace {
 constexpr std::array kObjectMap = {
     objectEntry<CQXDynamicEffect>({"QXDynamicEffect", 5, 103}),
     objectEntry<CQXCropTransform>({"QXCropTransform", 4, 125}),
+    objectEntry<CQX3DTransform>({"QX3DTransform", 3, 127}),
     objectEntry<CQXCompositor>({"QXCompositor", 2, 128}),
+    objectEntry<CQXOverlay>({"QXOverlay", 2, 129}),
     objectEntry<CQXSceneDetect>({"QXSceneDetect", 1, 130}),
     objectEntry<CFlashAnimation>({"FlashAnimation", 1, 131}),
 };
@@ -52,8 +57,12 @@ const media::AMOVIESETUP_FILTER sudAnim3DVideoSource = {
 
 std::span<const ObjectMapEntry> ObjectMap() { return kObjectMap; }
 
-// The 3D animation source, the table's one row, joins it as {u"Quorvel 3D Anim Video
-// Source", &CLSID_Anim3DVideoSource, NewObject<CAnim3DVideoSource>, nullptr, &sudAnim3DVideoSource}.
-std::span<const CFactoryTemplate> FactoryTemplates() { return {}; }
+// The template table: one row, the 3D animation source.
+constexpr std::array kFactoryTemplates = {
+    CFactoryTemplate{u"Quorvel 3D Anim Video Source", &CLSID_Anim3DVideoSource, NewObject<CAnim3DVideoSource>, nullptr,
+                     &sudAnim3DVideoSource},
+};
+
+std::span<const CFactoryTemplate> FactoryTemplates() { return kFactoryTemplates; }
 
 }  // namespace qx

@@ -19,22 +19,22 @@
 
 static int failures = 0;
 
-#define CHECK(condition)                                                  \
-    do {                                                                  \
-        if (!(condition)) {                                               \
-            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
-            ++failures;                                                   \
-        }                                                                 \
+#define CHECK(condition)                                                                                               \
+    do {                                                                                                               \
+        if (!(condition)) {                                                                                            \
+            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);                                            \
+            ++failures;                                                                                                \
+        }                                                                                                              \
     } while (0)
 
-#define CHECK_HR(expected, call)                                                                            \
-    do {                                                                                                    \
-        const HRESULT got_ = (call);                                                                        \
-        if (got_ != (expected)) {                                                                           \
-            fprintf(stderr, "%s:%d: %s gave 0x%08X, not 0x%08X\n", __FILE__, __LINE__, #call, (unsigned)got_, \
-                    (unsigned)(expected));                                                                  \
-            ++failures;                                                                                     \
-        }                                                                                                   \
+#define CHECK_HR(expected, call)                                                                                       \
+    do {                                                                                                               \
+        const HRESULT got_ = (call);                                                                                   \
+        if (got_ != (expected)) {                                                                                      \
+            fprintf(stderr, "%s:%d: %s gave 0x%08X, not 0x%08X\n", __FILE__, __LINE__, #call, (unsigned)got_,          \
+                    (unsigned)(expected));                                                                             \
+            ++failures;                                                                                                \
+        }                                                                                                              \
     } while (0)
 
 typedef struct Module {
@@ -57,9 +57,10 @@ static const ListedClass kListed[] = {
      &IID_IQXDynamicEffect},
     {"QXDynamicEffects.QXCropTransform.4", "QXDynamicEffects.QXCropTransform", &CLSID_QXCropTransform,
      &IID_IQXCropTransform},
+    {"QXDynamicEffects.QX3DTransform.3", "QXDynamicEffects.QX3DTransform", &CLSID_QX3DTransform, &IID_IQX3DTransform},
     {"QXDynamicEffects.QXCompositor.2", "QXDynamicEffects.QXCompositor", &CLSID_QXCompositor, &IID_IQXCompositor},
-    {"QXDynamicEffects.QXSceneDetect.1", "QXDynamicEffects.QXSceneDetect", &CLSID_QXSceneDetect,
-     &IID_IQXSceneDetect},
+    {"QXDynamicEffects.QXOverlay.2", "QXDynamicEffects.QXOverlay", &CLSID_QXOverlay, &IID_IQXOverlay},
+    {"QXDynamicEffects.QXSceneDetect.1", "QXDynamicEffects.QXSceneDetect", &CLSID_QXSceneDetect, &IID_IQXSceneDetect},
     {"QXDynamicEffects.FlashAnimation.1", "QXDynamicEffects.FlashAnimation", &CLSID_FlashAnimation,
      &IID_IFlashAnimation},
 };
@@ -110,6 +111,11 @@ static void createEveryClass(void)
             if (object) object->lpVtbl->Release(object);
         }
     }
+    /* The source of the template table is registered by CLSID only, as filters are. */
+    IUnknown* source = NULL;
+    CHECK_HR(S_OK, QxCoCreateInstance(&CLSID_Anim3DVideoSource, NULL, 0, &IID_IAnim3DVideoSource, (void**)&source));
+    CHECK(source != NULL);
+    if (source) source->lpVtbl->Release(source);
     CLSID unknown;
     CHECK_HR(CO_E_CLASSSTRING, QxCLSIDFromProgID("QXDynamicEffects.Nothing.1", &unknown));
 }
@@ -179,7 +185,9 @@ static void classFactoryEdges(const Module* module)
         CHECK_HR(E_NOINTERFACE, module->getClassObject(kListed[i].clsid, &IID_IDXEffect, &out));
         CHECK(out == NULL);
     }
-    CHECK_HR(CLASS_E_CLASSNOTAVAILABLE, module->getClassObject(&CLSID_QXOverlay, &IID_IClassFactory, &out));
+    /* A class the module does not serve. */
+    static const CLSID noSuchClass = {0x5A1E0C1D, 0x0B1E, 0x4C7A, {0x9E, 0x21, 0x3D, 0x5F, 0x70, 0x11, 0x22, 0x33}};
+    CHECK_HR(CLASS_E_CLASSNOTAVAILABLE, module->getClassObject(&noSuchClass, &IID_IClassFactory, &out));
     CHECK(out == NULL);
     CHECK_HR(E_POINTER, module->getClassObject(&CLSID_QXDynamicEffect, &IID_IClassFactory, NULL));
 
