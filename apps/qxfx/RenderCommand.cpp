@@ -7,6 +7,7 @@
 #include "apps/qxfx/VideoWriter.h"
 #include "apps/session/ContentPack.h"
 #include "apps/session/EffectSession.h"
+#include "platform/os/WorkerPool.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -40,7 +41,8 @@ constexpr const char* kUsage =
     "      --fps RATE       frame rate (default: the input's, else 25)\n"
     "      --duration SEC   the effect's span in seconds (default: frames / fps)\n"
     "      --aspect RATIO   aspect ratio for the effect (default: the frame's)\n"
-    "      --threads N      FFmpeg decoding and encoding threads (default 0: automatic)\n";
+    "      --threads N      threads of FFmpeg's decoding and encoding and of the\n"
+    "                       effect's rows (default 0: automatic, every core)\n";
 
 constexpr long kDefaultStillFrames = 50;
 constexpr long kMaxFrames = 10'000'000;
@@ -125,6 +127,8 @@ LONG effectIdOfIndex(long index)
 int render(RenderOptions& o)
 {
     if (o.effectIndex) o.effect.effectId = effectIdOfIndex(*o.effectIndex);
+    // Before any frame: the effects' worker pool is sized once, on first use.
+    os::WorkerPool::setThreadCount(unsigned(o.threads));
     if (o.effect.source.empty()) o.effect.source = packSource(o.effect.effectId);
     std::unique_ptr<VideoReader> reader;
     if (!o.input.empty()) reader = std::make_unique<VideoReader>(o.input, o.threads);

@@ -92,6 +92,10 @@ public:
     /// Copies the caller's samples into `desc.rect` of the locked part (write locks only),
     /// taking premultiplied samples back to straight alpha when so described.
     HRESULT PackRect(const DXPACKEDRECTDESC& desc);
+    /// The locked samples themselves, rows one after the other, for a caller that writes a
+    /// whole frame in place of packing it: only for a write lock on whole rows of the
+    /// surface; empty otherwise.
+    std::span<uint32_t> wholeRowsInPlace();
 
 private:
     friend class DXSurface;
