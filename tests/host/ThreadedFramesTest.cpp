@@ -1,8 +1,9 @@
 // Every effect computed on the processor gives the same frames with its rows split
 // between the shared worker threads as on one thread. The effects with state (the water,
-// the scratches, the old film) keep their random draws in the same order, so a run of
-// frames is compared, not only one. The two runs start from the same place of the
-// process's random sequence: the single-threaded one runs in a forked copy of the test.
+// the scratches, the old film, the puzzle) keep their random draws in the same order, so
+// a run of frames is compared, not only one. Setup seeds the random sequence with the
+// clock, so each effect is set up once and the process forked: the copy renders on one
+// thread, the test itself on several, both from the same state.
 #include "platform/os/WorkerPool.h"
 #include "tests/host/EffectHarness.h"
 #include "tests/host/ProcessorEffects.h"
@@ -22,27 +23,23 @@ constexpr LONG kWidth = 161;
 constexpr LONG kHeight = 120;
 constexpr int kFrames = 5;
 
-/// The frames of every effect, one after another, as bytes.
-std::vector<uint32_t> renderAll()
+std::vector<uint32_t> inputFrame()
 {
-    std::vector<uint32_t> all;
     auto input = test::gradientFrame(kWidth, kHeight);
     // Some translucent samples, so that the premultiplied paths are taken too.
     for (size_t i = 0; i < input.size(); i += 7) input[i] = (input[i] & 0x00FFFFFFu) | 0x80000000u;
-    for (const EffectDescriptor& effect : EffectTable) {
-        if (!test::computedOnTheProcessor(effect)) continue;
-        test::EffectHarness harness(kWidth, kHeight);
-        harness.setInput(input);
-        if (harness.select(effect.id, test::workingParams(effect)) != S_OK || harness.setup() != S_OK) {
-            ADD_FAILURE() << "effect " << effect.id << " refused";
-            continue;
-        }
-        for (int frame = 0; frame < kFrames; ++frame) {
-            harness.markOutput(0xDEADBEEF);
-            EXPECT_EQ(harness.execute(float(frame) / float(kFrames - 1)), S_OK) << "effect " << effect.id;
-            const auto output = harness.output();
-            all.insert(all.end(), output.begin(), output.end());
-        }
+    return input;
+}
+
+/// The effect's next frames, one after another.
+std::vector<uint32_t> renderFrames(test::EffectHarness& harness)
+{
+    std::vector<uint32_t> all;
+    for (int frame = 0; frame < kFrames; ++frame) {
+        harness.markOutput(0xDEADBEEF);
+        if (harness.execute(float(frame) / float(kFrames - 1)) != S_OK) return {};
+        const auto output = harness.output();
+        all.insert(all.end(), output.begin(), output.end());
     }
     return all;
 }
@@ -70,17 +67,18 @@ std::vector<uint32_t> readAll(int fd)
     return samples;
 }
 
-/// Renders every effect on the calling thread alone in a forked copy of this process,
-/// which shares the random sequence's place with it.
-std::vector<uint32_t> renderSingleThreadedInACopy()
+/// The effect's frames rendered on the calling thread alone, in a forked copy of this
+/// process that shares the effect's state and the random sequence's place with it.
+std::vector<uint32_t> renderSingleThreadedInACopy(test::EffectHarness& harness)
 {
     int pipeEnds[2];
     if (::pipe(pipeEnds) != 0) return {};
     const pid_t child = ::fork();
     if (child == 0) {
         ::close(pipeEnds[0]);
-        os::SingleThreadedRows single;
-        const bool sent = writeAll(pipeEnds[1], renderAll());
+        os::SingleThreadedRows single;  // the copy has no pool threads
+        const std::vector<uint32_t> frames = renderFrames(harness);
+        const bool sent = !frames.empty() && writeAll(pipeEnds[1], frames);
         ::_exit(sent ? 0 : 1);  // no destructors, no leak check of the copy
     }
     ::close(pipeEnds[1]);
@@ -96,23 +94,32 @@ TEST(ThreadedFrames, EveryProcessorEffectGivesTheSameFramesOnOneThreadAndOnMany)
 {
     // Four threads even on a machine of fewer cores, so that rows are really split.
     os::WorkerPool::setThreadCount(4);
-    const std::vector<uint32_t> single = renderSingleThreadedInACopy();
     ASSERT_GT(os::WorkerPool::shared().threadCount(), 1u);
-    const std::vector<uint32_t> threaded = renderAll();
-    ASSERT_FALSE(single.empty());
-    ASSERT_EQ(single.size(), threaded.size());
-    // Report the first differing frame by effect, rather than millions of samples.
-    size_t frame = 0;
-    const size_t frameSamples = size_t(kWidth) * size_t(kHeight);
+    const auto input = inputFrame();
+    int compared = 0;
     for (const EffectDescriptor& effect : EffectTable) {
         if (!test::computedOnTheProcessor(effect)) continue;
-        for (int f = 0; f < kFrames; ++f, ++frame) {
+        test::EffectHarness harness(kWidth, kHeight);
+        harness.setInput(input);
+        ASSERT_EQ(harness.select(effect.id, test::workingParams(effect)), S_OK) << "effect " << effect.id;
+        ASSERT_EQ(harness.setup(), S_OK) << "effect " << effect.id;
+        const std::vector<uint32_t> single = renderSingleThreadedInACopy(harness);
+        const std::vector<uint32_t> threaded = renderFrames(harness);
+        ASSERT_FALSE(single.empty()) << "effect " << effect.id;
+        ASSERT_EQ(single.size(), threaded.size()) << "effect " << effect.id;
+        // The first differing frame, rather than thousands of samples.
+        const size_t frameSamples = size_t(kWidth) * size_t(kHeight);
+        for (size_t frame = 0; frame < size_t(kFrames); ++frame) {
             const auto from = std::ptrdiff_t(frame * frameSamples);
-            const bool same = std::equal(single.begin() + from, single.begin() + from + std::ptrdiff_t(frameSamples),
-                                         threaded.begin() + from);
-            EXPECT_TRUE(same) << "effect " << effect.id << ", frame " << f;
+            const auto to = from + std::ptrdiff_t(frameSamples);
+            ASSERT_TRUE(std::equal(single.begin() + from, single.begin() + to, threaded.begin() + from))
+                << "effect " << effect.id << ", frame " << frame;
         }
+        ++compared;
     }
+    // Zoom out and in, four pans, free move, two fades, two old films, four colour
+    // effects, puzzle, water and colour key.
+    EXPECT_EQ(compared, 18);
 }
 
 }  // namespace
