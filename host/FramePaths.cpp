@@ -48,12 +48,12 @@ HRESULT VideoEffectRunner::run(FrameWork& work)
     // when the lock holds whole rows, which saves a frame's copy.
     const std::span<uint32_t> inPlace = work.output.wholeRowsInPlace();
     if (inPlace.size() == size_t(work.width) * size_t(work.height)) {
-        effect_->ProcessFrame(work.frame.get(), inPlace.data(), work.progress);
+        effect_->ProcessFrame(work.source(), inPlace.data(), work.progress);
         return S_OK;
     }
     const pixel::FrameMemory result = allocateFrame(work.width, work.height);
     if (!result) return E_FAIL;
-    effect_->ProcessFrame(work.frame.get(), result.get(), work.progress);
+    effect_->ProcessFrame(work.source(), result.get(), work.progress);
     work.output.PackRect(packedRect(result.get(), work.width, work.height));
     return S_OK;
 }

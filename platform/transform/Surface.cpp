@@ -97,7 +97,14 @@ HRESULT SurfaceLock::UnpackRect(const DXPACKEDRECTDESC& desc) const
 
 std::span<uint32_t> SurfaceLock::wholeRowsInPlace()
 {
-    if (!writable_ || bounds_.left != 0 || bounds_.width() != surface_->width_) return {};
+    if (!writable_) return {};
+    const auto samples = wholeRowsToRead();
+    return {row(0), samples.size()};
+}
+
+std::span<const uint32_t> SurfaceLock::wholeRowsToRead() const
+{
+    if (bounds_.left != 0 || bounds_.width() != surface_->width_) return {};
     return {row(0), size_t(bounds_.width()) * size_t(bounds_.height())};
 }
 

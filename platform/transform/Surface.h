@@ -96,6 +96,9 @@ public:
     /// whole frame in place of packing it: only for a write lock on whole rows of the
     /// surface; empty otherwise.
     std::span<uint32_t> wholeRowsInPlace();
+    /// The locked samples themselves for reading, rows one after the other, when the lock
+    /// holds whole rows of the surface; empty otherwise.
+    std::span<const uint32_t> wholeRowsToRead() const;
 
 private:
     friend class DXSurface;
