@@ -48,6 +48,9 @@ function(qx_add_shared_library)
   # Whole archives, so that objects nothing inside the library calls (the catalogue's
   # routines, class objects) are still exported; the layers' own dependencies follow.
   target_link_libraries(qxdynamiceffects PRIVATE -Wl,--whole-archive ${layers} -Wl,--no-whole-archive)
+  # The effects' worker threads, started on first use, live as long as the process: a
+  # host's dlclose leaves the library loaded under them.
+  target_link_options(qxdynamiceffects PRIVATE -Wl,-z,nodelete)
   set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
   install(TARGETS qxdynamiceffects LIBRARY DESTINATION lib)
 endfunction()

@@ -3,6 +3,8 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace qx::os {
 
@@ -29,6 +31,23 @@ unsigned usableCores()
     return std::max(1u, std::thread::hardware_concurrency());
 }
 
+/// Holds an object that is never destroyed: the shared pool outlives static destruction,
+/// since a host's threads may still be drawing frames when its process exits, and its
+/// workers stay parked until the process ends them.
+template <typename T>
+class NeverDestroyed {
+public:
+    template <typename... Args>
+    explicit NeverDestroyed(Args&&... args)
+    {
+        new (storage_) T(std::forward<Args>(args)...);
+    }
+    T& get() { return *std::launder(reinterpret_cast<T*>(storage_)); }
+
+private:
+    alignas(T) unsigned char storage_[sizeof(T)];
+};
+
 /// The size of the shared pool, taken as it is made: later requests are refused.
 unsigned sharedThreadCount()
 {
@@ -41,8 +60,8 @@ unsigned sharedThreadCount()
 
 WorkerPool& WorkerPool::shared()
 {
-    static WorkerPool pool(sharedThreadCount());
-    return pool;
+    static NeverDestroyed<WorkerPool> pool(sharedThreadCount());
+    return pool.get();
 }
 
 bool WorkerPool::setThreadCount(unsigned count)

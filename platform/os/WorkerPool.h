@@ -16,7 +16,8 @@ namespace qx::os {
 
 class WorkerPool {
 public:
-    /// The process's pool, made on first use.
+    /// The process's pool, made on first use and never destroyed (a module that holds it
+    /// must stay loaded: see the modules' -z nodelete).
     static WorkerPool& shared();
     /// Sets how many threads (the caller included) the pool will have, before it is made;
     /// 0 means one per core the process may run on. False once the pool exists: it is
