@@ -204,9 +204,18 @@ HRESULT CQXCompositor::passThrough(const transform::CDXTWorkInfoNTo1& workInfo)
     }
     const LONG w = workInfo.DoBnds.width();
     const LONG h = workInfo.DoBnds.height();
-    input->UnpackRect(packedRect(outputBits.get(), w, h));
-    output->PackRect(packedRect(outputBits.get(), w, h));
+    uint32_t* frame = frameToCompose(*output, w);
+    input->UnpackRect(packedRect(frame, w, h));
+    if (frame == outputBits.get()) output->PackRect(packedRect(frame, w, h));
     return S_OK;
+}
+
+// The output's own samples when its rows follow each other as the frame's do, so that the
+// frame is composed in place; else the compositor's buffer, packed into the output after.
+uint32_t* CQXCompositor::frameToCompose(const SurfaceLock& output, LONG w) const
+{
+    const SurfaceLock::NativeSamples native = output.GetNativeType();
+    return native.first && native.pitch == w ? native.first : outputBits.get();
 }
 
 HRESULT CQXCompositor::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, bool*)
@@ -232,15 +241,15 @@ HRESULT CQXCompositor::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, boo
         return S_OK;
     }
     if (!outputBits) return E_FAIL;
-    // The first input goes straight into the frame being composed: unpacked into a
-    // buffer of its own and copied over in one block, as the frame path had it, it would
-    // come out the same one copy later.
-    input->UnpackRect(packedRect(outputBits.get(), w, h));
+    // The first input goes straight into the frame being composed, and that frame is the
+    // output's own memory where it can be: the frame then costs one copy of the input.
+    uint32_t* frame = frameToCompose(*output, w);
+    input->UnpackRect(packedRect(frame, w, h));
     if (secondInput) second->UnpackRect(packedRect(secondBits.get(), w, h));
     std::unique_ptr<draw2d::Bitmap> movieFrame;
     const draw2d::Bitmap* picture = pictureOf(movieFrame, w, h);
-    if (picture) compose(*picture, w, h);
-    output->PackRect(packedRect(outputBits.get(), w, h));
+    if (picture) compose(*picture, frame, w, h);
+    if (frame == outputBits.get()) output->PackRect(packedRect(frame, w, h));
     return S_OK;
 }
 
@@ -310,9 +319,9 @@ void CQXCompositor::placeAndTurn(draw2d::Graphics& graphics, LONG w, LONG h, dou
     graphics.TranslateTransform(-cx, -cy);
 }
 
-void CQXCompositor::compose(const draw2d::Bitmap& picture, LONG w, LONG h)
+void CQXCompositor::compose(const draw2d::Bitmap& picture, uint32_t* frame, LONG w, LONG h)
 {
-    draw2d::Bitmap output(w, h, w * 4, outputBits.get());
+    draw2d::Bitmap output(w, h, w * 4, frame);
     draw2d::Graphics graphics(output);
     draw2d::ImageAttributes attributes;
     keyAndFade(attributes);

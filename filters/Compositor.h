@@ -87,7 +87,8 @@ private:
     /// The picture of this frame: the overlay, the second input's frame, or the movie's.
     /// `movieFrame` receives the view over a movie frame; null when there is no picture.
     const draw2d::Bitmap* pictureOf(std::unique_ptr<draw2d::Bitmap>& movieFrame, LONG width, LONG height);
-    void compose(const draw2d::Bitmap& picture, LONG width, LONG height);
+    uint32_t* frameToCompose(const transform::SurfaceLock& output, LONG width) const;
+    void compose(const draw2d::Bitmap& picture, uint32_t* frame, LONG width, LONG height);
     void keyAndFade(draw2d::ImageAttributes& attributes) const;
     void placeAndTurn(draw2d::Graphics& graphics, LONG width, LONG height, double& frameWidth,
                       double& frameHeight) const;
@@ -115,7 +116,7 @@ private:
     std::unique_ptr<draw2d::Bitmap> overlayBitmap;  // the still picture, or a view over animationBits
     pixel::FrameMemory animationBits;
     pixel::FrameMemory secondBits;
-    pixel::FrameMemory outputBits;
+    pixel::FrameMemory outputBits;  // the frame composed where the output cannot be written in place
     LONG bufferWidth = 0;
     LONG bufferHeight = 0;
     std::unique_ptr<CSwfRenderer> animation;

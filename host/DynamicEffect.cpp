@@ -1,6 +1,8 @@
 #include "host/DynamicEffect.h"
 
 #include "host/FramePaths.h"
+#include "host/PropertiesDialogs.h"
+#include "platform/imaging/BitmapHandle.h"
 #include "resources/StringTable.h"
 #include "wrap3d/4DTransform.h"
 #include "wrap3d/DataPath.h"
@@ -109,9 +111,13 @@ HRESULT CQXDynamicEffect::put_Params(BSTR newVal)
     return S_OK;
 }
 
-HRESULT CQXDynamicEffect::ShowPropertiesDialog(LONG, LONG*, LONG*, void*)
+// `ltBmp` is the caller's imaging::BitmapHandle, the picture the dialogs show. Its test
+// comes first, for every effect, also for those that show no picture.
+HRESULT CQXDynamicEffect::ShowPropertiesDialog(LONG nIndex, LONG* Params, LONG* nParams, void* ltBmp)
 {
-    return E_NOTIMPL;  // the property dialogs are not part of this build yet
+    if (!isValidIndex(nIndex, kEffectTableSize) || !ltBmp) return E_INVALIDARG;
+    return ShowEffectDialog(EffectTable[size_t(nIndex)], Params, nParams,
+                            *static_cast<const imaging::BitmapHandle*>(ltBmp), aspectRatio);
 }
 
 HRESULT CQXDynamicEffect::GetIDFromIdx(LONG nIndex, LONG* nID)

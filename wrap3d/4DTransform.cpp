@@ -9,25 +9,6 @@
 
 namespace qx {
 
-namespace {
-
-/// Runs `work` under the bridge's lock, then hands the device's context back so that the
-/// next caller may take it from another thread.
-template <typename Work>
-void UnderBridgeLock(Work&& work)
-{
-    C4DContext* context = C4DContext::Instance();
-    if (!context) {
-        work();
-        return;
-    }
-    std::lock_guard guard(context->Lock());
-    work();
-    if (qx4d::GraphicsDevice* device = context->Device()) device->ReleaseThread();
-}
-
-}  // namespace
-
 C4DTransform::C4DTransform() { EnsureContext(); }
 
 C4DTransform::~C4DTransform()

@@ -238,4 +238,16 @@ void DestroyContext()
     TheContext().reset();
 }
 
+void UnderBridgeLock(const std::function<void()>& work)
+{
+    C4DContext* context = C4DContext::Instance();
+    if (!context) {
+        work();
+        return;
+    }
+    std::lock_guard guard(context->Lock());
+    work();
+    if (qx4d::GraphicsDevice* device = context->Device()) device->ReleaseThread();
+}
+
 }  // namespace qx

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -104,5 +105,8 @@ LONG EnsureContext();
 bool IsContextReady();
 /// Deletes the context, if any; the module calls it once as it unloads.
 void DestroyContext();
+/// Runs `work` under the bridge's lock, then hands the device's context back so that the
+/// next caller may take it from another thread. Without a context `work` runs alone.
+void UnderBridgeLock(const std::function<void()>& work);
 
 }  // namespace qx

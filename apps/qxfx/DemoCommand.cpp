@@ -3,6 +3,7 @@
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/Catalogue.h"
 #include "apps/qxfx/ContactSheet.h"
+#include "apps/qxfx/DemoCompositions.h"
 #include "apps/qxfx/FrameCanvas.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/TestPattern.h"
@@ -21,9 +22,10 @@ namespace {
 constexpr const char* kUsage =
     "usage: qxfx demo [options]\n"
     "Renders every effect of the catalogue over the test pattern with its default\n"
-    "parameters, then the pack's particle, lens-flare and image-filter scenes, into\n"
-    "DIR/demo.mp4 and DIR/contact-sheet.png (each at progress 0, 0.5 and 1). Effects\n"
-    "that cannot be set up or run are skipped with a note.\n"
+    "parameters, then the pack's particle, lens-flare and image-filter scenes, then the\n"
+    "pack's slideshow and carousel compositions with five pictures it draws (written to\n"
+    "DIR/pictures), into DIR/demo.mp4 and DIR/contact-sheet.png (each at progress 0, 0.5\n"
+    "and 1). Effects that cannot be set up or run are skipped with a note.\n"
     "  --out DIR       output folder (default out)\n"
     "  --size WxH      frame size (default 320x180)\n"
     "  --frames N      frames per effect, odd so that the middle one is at 0.5 (default 25)\n"
@@ -139,10 +141,12 @@ int renderDemo(const DemoOptions& o)
         }
         bar.update(long(i + 1));
     }
+    rendered += renderDemoCompositions({o.outDir, o.dataPath, o.width, o.height, o.frames}, video, sheet);
     video.finish();
     sheet.write(o.outDir + "/contact-sheet.png");
-    std::fprintf(stderr, "qxfx demo: %d of %zu effects and scenes in %s/demo.mp4 and %s/contact-sheet.png\n", rendered,
-                 items.size(), o.outDir.c_str(), o.outDir.c_str());
+    std::fprintf(stderr,
+                 "qxfx demo: %d of %zu effects, scenes and compositions in %s/demo.mp4 and %s/contact-sheet.png\n",
+                 rendered, items.size() + 2, o.outDir.c_str(), o.outDir.c_str());
     return 0;
 }
 

@@ -1,7 +1,9 @@
 // qxfx: the command-line host of the effect library.
+#include "apps/qxfx/AnimCommand.h"
 #include "apps/qxfx/CompositeCommand.h"
 #include "apps/qxfx/CropCommand.h"
 #include "apps/qxfx/DemoCommand.h"
+#include "apps/qxfx/EditCommand.h"
 #include "apps/qxfx/ImportCommand.h"
 #include "apps/qxfx/ListCommand.h"
 #include "apps/qxfx/RenderCommand.h"
@@ -26,10 +28,12 @@ constexpr const char* kUsage =
     "  render   one effect over a video, an image or the test pattern\n"
     "  composite  a picture, SWF animation or movie over a video\n"
     "  swf      an SWF animation to a video\n"
+    "  anim     a composition with your pictures (slideshow, title) to a video\n"
     "  crop     a video centred in frames of a fixed size, with anti-flicker\n"
     "  scenes   the scene cuts of a video\n"
     "  demo     every effect over the test pattern, as a video and a contact sheet\n"
     "  import   an OBJ or glTF model into the engine's object format\n"
+    "  edit     an effect's properties dialog, printing the parameter text\n"
     "Run 'qxfx <command> --help' for the options of a command.\n";
 
 int dispatch(std::string_view command, const std::vector<std::string_view>& args)
@@ -38,8 +42,10 @@ int dispatch(std::string_view command, const std::vector<std::string_view>& args
     if (command == "render") return qx::qxfx::runRender(args);
     if (command == "composite") return qx::qxfx::runComposite(args);
     if (command == "swf") return qx::qxfx::runSwf(args);
+    if (command == "anim") return qx::qxfx::runAnim(args);
     if (command == "demo") return qx::qxfx::runDemo(args);
     if (command == "import") return qx::qxfx::runImport(args);
+    if (command == "edit") return qx::qxfx::runEdit(args);
     if (command == "crop") return qx::qxfx::runCrop(args);
     if (command == "scenes") return qx::qxfx::runScenes(args);
     if (command == "--help" || command == "-h") {

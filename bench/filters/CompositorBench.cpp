@@ -4,6 +4,7 @@
 // from its second input (a 1920 by 1080 frame scaled to a third); ffmpeg gets the 640 by
 // 360 picture itself, and its overlay works on packed RGB, so neither side converts
 // pixel formats.
+#include "bench/common/BmpFile.h"
 #include "bench/common/Frames.h"
 #include "filters/Compositor.h"
 
@@ -43,37 +44,6 @@ std::vector<uint32_t> logo(int width, int height)
     return samples;
 }
 
-// A 24-bit BMP file of `samples`, the simplest picture file to write by hand.
-std::string writeBmp(const std::vector<uint32_t>& samples, int width, int height)
-{
-    const std::string path =
-        std::filesystem::temp_directory_path() / ("qx-bench-logo-" + std::to_string(::getpid()) + ".bmp");
-    const uint32_t rowBytes = uint32_t(width * 3 + 3) & ~3u;
-    const uint32_t dataBytes = rowBytes * uint32_t(height);
-    std::vector<uint8_t> file(54 + dataBytes, 0);
-    const auto put = [&](size_t at, uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) file[at + size_t(i)] = uint8_t(value >> (8 * i));
-    };
-    file[0] = 'B';
-    file[1] = 'M';
-    put(2, uint32_t(file.size()), 4);
-    put(10, 54, 4);
-    put(14, 40, 4);
-    put(18, uint32_t(width), 4);
-    put(22, uint32_t(height), 4);  // bottom-up rows
-    put(26, 1, 2);
-    put(28, 24, 2);
-    put(34, dataBytes, 4);
-    for (int y = 0; y < height; ++y) {
-        uint8_t* row = file.data() + 54 + size_t(height - 1 - y) * rowBytes;
-        for (int x = 0; x < width; ++x)
-            put(size_t(row - file.data()) + size_t(x) * 3, samples[size_t(y * width + x)], 3);
-    }
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
-    return path;
-}
-
 // The compositor with the picture from `overlay` (empty: its second input).
 void runCompositor(benchmark::State& state, const std::string& overlay)
 {
@@ -111,7 +81,8 @@ void runCompositor(benchmark::State& state, const std::string& overlay)
 // A 640 by 360 picture file, resampled to the frame at set-up as the compositor does.
 void BM_CompositorPictureTurnedKeyedHalfOpacity(benchmark::State& state)
 {
-    const std::string picture = writeBmp(logo(kPictureWidth, kPictureHeight), kPictureWidth, kPictureHeight);
+    const std::string picture =
+        qx::bench::writeBmp(logo(kPictureWidth, kPictureHeight), kPictureWidth, kPictureHeight, "qx-bench-logo");
     runCompositor(state, picture);
     std::filesystem::remove(picture);
 }

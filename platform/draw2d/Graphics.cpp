@@ -401,6 +401,18 @@ Status Graphics::ResetTransform()
     return Status::Ok;
 }
 
+Status Graphics::SetTransform(const Matrix& matrix)
+{
+    if (status_ != Status::Ok) return status_;
+    for (const double v : {matrix.m11, matrix.m12, matrix.m21, matrix.m22, matrix.dx, matrix.dy}) {
+        if (!std::isfinite(v)) return Status::InvalidParameter;
+    }
+    transform_ = matrix;
+    return Status::Ok;
+}
+
+Status Graphics::MultiplyTransform(const Matrix& matrix, MatrixOrder order) { return combineTransform(matrix, order); }
+
 Status Graphics::fillRectangle(Color color, int x, int y, int width, int height)
 {
     if (status_ != Status::Ok) return status_;
@@ -482,6 +494,29 @@ Status Graphics::drawCurve(const Pen& pen, std::span<const PointF> points, float
                        to.X - k * (after.X - from.X), to.Y - k * (after.Y - from.Y), to.X, to.Y);
     }
     return stroke(pen);
+}
+
+Status Graphics::drawPolygon(const Pen& pen, std::span<const PointF> points)
+{
+    if (status_ != Status::Ok) return status_;
+    if (points.size() < 2 || !std::isfinite(pen.width)) return Status::InvalidParameter;
+    std::vector<PointF> pixels(points.size());
+    for (size_t i = 0; i < points.size(); ++i) {
+        pixels[i] = transform_.apply(points[i]);
+        if (!finite(pixels[i])) return Status::InvalidParameter;
+    }
+    // The pen's width scales with the transform as the points do (by the mean of the
+    // axes' stretch).
+    const double stretch = std::sqrt(std::abs(transform_.m11 * transform_.m22 - transform_.m12 * transform_.m21));
+    Pen widened = pen;
+    widened.width = float(std::max(1.0, pen.width * stretch));
+    cairo_t* cr = cairo();
+    cairo_save(cr);
+    cairo_translate(cr, 0.5, 0.5);
+    cairo_move_to(cr, pixels[0].X, pixels[0].Y);
+    for (size_t i = 1; i < pixels.size(); ++i) cairo_line_to(cr, pixels[i].X, pixels[i].Y);
+    cairo_close_path(cr);
+    return stroke(widened);
 }
 
 }  // namespace qx::draw2d

@@ -45,6 +45,10 @@ public:
     /// Turns by `angle` degrees, clockwise on the top-down bitmap.
     Status RotateTransform(double angle, MatrixOrder order = MatrixOrder::Prepend);
     Status ResetTransform();
+    /// Replaces the world transform; a matrix with a value that is not finite is refused.
+    Status SetTransform(const Matrix& matrix);
+    /// Combines `matrix` with the world transform, before it (prepended) or after it.
+    Status MultiplyTransform(const Matrix& matrix, MatrixOrder order = MatrixOrder::Prepend);
     const Matrix& transform() const { return transform_; }
 
     Status setCompositingMode(CompositingMode mode);
@@ -56,6 +60,10 @@ public:
     /// Strokes a cardinal spline through `points`: each segment is a Bezier curve whose
     /// control points lie `tension` / 3 of the neighbouring chord away from its ends.
     Status drawCurve(const Pen& pen, std::span<const PointF> points, float tension);
+    /// Strokes the closed polygon through `points`, given in world units: unlike the other
+    /// strokes it follows the world transform. A pen narrower than a pixel there draws
+    /// one pixel wide, so thin outlines never vanish.
+    Status drawPolygon(const Pen& pen, std::span<const PointF> points);
 
 private:
     // What the bitmap's samples hold now.

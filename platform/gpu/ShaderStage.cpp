@@ -8,17 +8,22 @@
 
 #include <algorithm>
 #include <cctype>
-#include <mutex>
 
 namespace qx::gpu {
 
 namespace {
 
-void initialiseGlslangOnce()
-{
-    static std::once_flag once;
-    std::call_once(once, [] { glslang::InitializeProcess(); });
-}
+/// glslang's process-wide tables (its built-in symbols), made on first use and freed with
+/// this library's statics: a host that unloads a plugin holding the library gets them
+/// back, where without the finalisation they would stay behind, out of anyone's reach.
+struct GlslangProcess {
+    GlslangProcess() { glslang::InitializeProcess(); }
+    ~GlslangProcess() { glslang::FinalizeProcess(); }
+    GlslangProcess(const GlslangProcess&) = delete;
+    GlslangProcess& operator=(const GlslangProcess&) = delete;
+};
+
+void initialiseGlslangOnce() { static const GlslangProcess process; }
 
 std::vector<uint32_t> hlslToSpirv(const std::string& hlsl, StageKind kind, const std::string& entry)
 {

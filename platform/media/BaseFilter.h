@@ -21,11 +21,40 @@ protected:
     ~IFilterGraph() = default;
 };
 
-/// Positions of a graph or a stream, in reference time.
+/// SetPositions flags: how a position is given, in the low bits.
+inline constexpr DWORD AM_SEEKING_NoPositioning = 0;
+inline constexpr DWORD AM_SEEKING_AbsolutePositioning = 1;
+inline constexpr DWORD AM_SEEKING_RelativePositioning = 2;
+inline constexpr DWORD AM_SEEKING_IncrementalPositioning = 3;
+inline constexpr DWORD AM_SEEKING_PositioningBitsMask = 3;
+
+/// GetCapabilities bits.
+inline constexpr DWORD AM_SEEKING_CanSeekAbsolute = 0x1;
+inline constexpr DWORD AM_SEEKING_CanSeekForwards = 0x2;
+inline constexpr DWORD AM_SEEKING_CanSeekBackwards = 0x4;
+inline constexpr DWORD AM_SEEKING_CanGetCurrentPos = 0x8;
+inline constexpr DWORD AM_SEEKING_CanGetStopPos = 0x10;
+inline constexpr DWORD AM_SEEKING_CanGetDuration = 0x20;
+
+/// Positions of a graph or a stream, in reference time. A graph that only tells where it
+/// is implements GetCurrentPosition; the other members answer E_NOTIMPL unless a seekable
+/// stream implements them.
 struct IMediaSeeking : IUnknown {
     static constexpr IID iid = guid("{36B73880-C2C8-11CF-8B46-00805F6CEF60}");
 
     virtual HRESULT GetCurrentPosition(LONGLONG* pCurrent) = 0;
+    virtual HRESULT GetCapabilities(DWORD* /*pCapabilities*/) { return E_NOTIMPL; }
+    virtual HRESULT GetDuration(LONGLONG* /*pDuration*/) { return E_NOTIMPL; }
+    virtual HRESULT GetStopPosition(LONGLONG* /*pStop*/) { return E_NOTIMPL; }
+    /// New start and stop positions, each given as the flags say (AM_SEEKING_*).
+    virtual HRESULT SetPositions(LONGLONG* /*pCurrent*/, DWORD /*CurrentFlags*/, LONGLONG* /*pStop*/,
+                                 DWORD /*StopFlags*/)
+    {
+        return E_NOTIMPL;
+    }
+    virtual HRESULT GetPositions(LONGLONG* /*pCurrent*/, LONGLONG* /*pStop*/) { return E_NOTIMPL; }
+    virtual HRESULT SetRate(double /*dRate*/) { return E_NOTIMPL; }
+    virtual HRESULT GetRate(double* /*pdRate*/) { return E_NOTIMPL; }
 
 protected:
     ~IMediaSeeking() = default;

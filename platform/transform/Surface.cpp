@@ -73,6 +73,12 @@ uint32_t* SurfaceLock::row(LONG y) const
     return surface_->samples_.data() + size_t(bounds_.top + y) * size_t(surface_->width_) + size_t(bounds_.left);
 }
 
+SurfaceLock::NativeSamples SurfaceLock::GetNativeType() const
+{
+    if (!writable_) return {};
+    return {row(0), surface_->width_};
+}
+
 HRESULT SurfaceLock::UnpackRect(const DXPACKEDRECTDESC& desc) const
 {
     if (!desc.pSamples) return E_POINTER;

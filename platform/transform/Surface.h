@@ -100,6 +100,15 @@ public:
     /// holds whole rows of the surface; empty otherwise.
     std::span<const uint32_t> wholeRowsToRead() const;
 
+    /// The locked part's own samples, for work in place without a copy in and out (the
+    /// platform's native access): straight B, G, R, A words, row y at `first + y * pitch`.
+    /// Write locks only; a read lock gives a null `first`, so nobody writes through it.
+    struct NativeSamples {
+        uint32_t* first = nullptr;
+        LONG pitch = 0;
+    };
+    NativeSamples GetNativeType() const;
+
 private:
     friend class DXSurface;
     SurfaceLock(std::shared_ptr<DXSurface> surface, const Bounds& bounds, bool writable);

@@ -138,9 +138,9 @@ def test_demo(work):
     result = qxfx("demo", "--size", "64x36", "--frames", "3", "--out", "demo-out", cwd=work)
     out = os.path.join(work, "demo-out")
     entries = len(qxfx("list", "--json").stdout.split('"index"')) - 1
-    # The pack's particle, flare and filter scenes follow the catalogue: their number is
-    # what the closing line counts beyond the catalogue.
-    counted = re.search(r"of (\d+) effects and scenes", result.stderr)
+    # The pack's particle, flare and filter scenes and its two compositions follow the
+    # catalogue: their number is what the closing line counts beyond the catalogue.
+    counted = re.search(r"of (\d+) effects, scenes and compositions", result.stderr)
     sheet = frames = None
     ok = result.returncode == 0 and entries > 0 and counted is not None and int(counted.group(1)) > entries
     if ok:

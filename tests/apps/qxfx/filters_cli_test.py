@@ -9,6 +9,9 @@ usage: filters_cli_test.py QXFX WORK_DIR
   there for the one cut where they differ).
 - crop: frames of known samples come out centred in the size asked for, with the
   anti-flicker blur where its geometry puts it.
+- anim: a composition file of the user's own plays with a picture filling the frame, for
+  the duration asked, and fits a wide picture inside with bars; the pack's slideshow
+  starts from black.
 - bad input ends with one line naming the problem and exit code 1.
 """
 import json
@@ -131,6 +134,37 @@ def test_crop(qxfx, work):
           greys == [0] * 19 + [128, 128] + [0] * 19, str(greys))
 
 
+def test_anim(qxfx, work):
+    wide = os.path.join(work, "wide.png")
+    ffmpeg("-f", "lavfi", "-i", "color=c=blue:size=80x20", "-frames:v", "1", wide)
+    composition = os.path.join(work, "fill.cpo")
+    with open(composition, "w") as f:
+        f.write('Duration 1\nImage\n{\n  Name "Picture"\n  Size 4 3\n}\n')
+    out = os.path.join(work, "anim-%02d.png")
+    result = run([qxfx, "anim", composition, "--image", wide, "--duration", "0.4", "--fps", "10", "--size", "64x48",
+                  "--fit", "stretch", "-o", out])
+    check("anim runs", result.returncode == 0, result.stderr)
+    frames = sorted(n for n in os.listdir(work) if n.startswith("anim-"))
+    check("anim writes the duration's frames", len(frames) == 4, str(frames))
+    frame = raw_bgra(os.path.join(work, "anim-01.png"))
+    check("a stretched picture fills the frame", len(frame) == 64 * 48 * 4 and
+          all(frame[i] > 200 and frame[i + 2] < 50 for i in range(0, len(frame), 4)), str(frame[:8]))
+    out = os.path.join(work, "inside-%02d.png")
+    result = run([qxfx, "anim", composition, "--image", wide, "--duration", "0.1", "--fps", "10", "--size", "64x48",
+                  "--fit", "inside", "-o", out])
+    frame = raw_bgra(os.path.join(work, "inside-01.png"))
+    column = [frame[(y * 64 + 32) * 4] for y in range(48)] if len(frame) == 64 * 48 * 4 else []
+    # 80 x 20 inside 64 x 48: 64 x 16, rows 16 to 31.
+    check("a wide picture fitted inside has bars above and below", result.returncode == 0 and
+          column[:15] == [0] * 15 and min(column[17:31]) > 200 and column[33:] == [0] * 15, str(column))
+    out = os.path.join(work, "slides-%02d.png")
+    result = run([qxfx, "anim", "Compositions/Slideshow.cpo", "--image", wide, "--duration", "0.1", "--fps", "10",
+                  "--size", "64x48", "-o", out])
+    frame = raw_bgra(os.path.join(work, "slides-01.png"))
+    check("the pack's slideshow starts from black", result.returncode == 0 and len(frame) == 64 * 48 * 4 and
+          max(frame[i] for i in range(0, len(frame), 4)) == 0, result.stderr)
+
+
 def test_bad_input(qxfx, work):
     text_file = os.path.join(work, "notes.txt")
     with open(text_file, "w") as f:
@@ -144,6 +178,11 @@ def test_bad_input(qxfx, work):
         ("crop size malformed", ["crop", "-i", text_file, "--discard", "--size", "10by9"], "--size"),
         ("crop level out of range", ["crop", "-i", text_file, "--discard", "--anti-flicker", "40000"],
          "--anti-flicker"),
+        ("anim without pictures", ["anim", "Compositions/Slideshow.cpo", "--discard"], "--image"),
+        ("anim of a missing composition", ["anim", "Nothing/There.cpo", "--image", text_file, "--discard"],
+         "no composition there"),
+        ("anim with six pictures", ["anim", "x.cpo", *(["--image", text_file] * 6), "--discard"], "at most five"),
+        ("anim fit unknown", ["anim", "x.cpo", "--image", text_file, "--fit", "zoom", "--discard"], "--fit"),
     ]
     for name, args, needle in cases:
         result = run([qxfx, *args])
@@ -157,6 +196,7 @@ def main():
     os.makedirs(work)
     test_scenes(qxfx, work)
     test_crop(qxfx, work)
+    test_anim(qxfx, work)
     test_bad_input(qxfx, work)
     if failures:
         sys.exit("\n".join(failures))

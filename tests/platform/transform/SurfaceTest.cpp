@@ -65,6 +65,27 @@ TEST(Surface, WholeRowsOfAWriteLockCanBeWrittenInPlace)
     EXPECT_TRUE(lock(*surface, DXLOCKF_READ)->wholeRowsInPlace().empty());
 }
 
+TEST(Surface, NativeAccessWritesTheLockedPartInPlace)
+{
+    auto surface = DXSurface::create(4, 3);
+    const Bounds middle{1, 1, 3, 3};
+    {
+        auto writer = lock(*surface, DXLOCKF_READWRITE, &middle);
+        const SurfaceLock::NativeSamples native = writer->GetNativeType();
+        ASSERT_NE(native.first, nullptr);
+        EXPECT_EQ(native.pitch, 4);  // rows lie a whole surface row apart
+        native.first[0] = 1;
+        native.first[1] = 2;
+        native.first[native.pitch] = 3;
+        native.first[native.pitch + 1] = 4;
+    }
+    std::vector<uint32_t> all(12);
+    lock(*surface, DXLOCKF_READ)->UnpackRect({all.data(), false, {0, 0, 4, 3}, 0});
+    EXPECT_EQ(all, (std::vector<uint32_t>{0, 0, 0, 0, 0, 1, 2, 0, 0, 3, 4, 0}));
+    // A reader gets nothing to write through.
+    EXPECT_EQ(lock(*surface, DXLOCKF_READ)->GetNativeType().first, nullptr);
+}
+
 TEST(Surface, ConvertsPremultipliedSamplesAtItsEdge)
 {
     auto surface = DXSurface::create(1, 1);

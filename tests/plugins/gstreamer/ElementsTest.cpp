@@ -8,8 +8,11 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -328,6 +331,122 @@ TEST_F(Elements, SceneCutRefusesOtherFormats)
     const auto h = harness("qxscenecut");
     gst_harness_set_src_caps_str(h.get(), bgrxCaps(4, 2).c_str());
     EXPECT_EQ(gst_harness_push(h.get(), bufferOf(std::vector<uint8_t>(32), 0).release()), GST_FLOW_NOT_NEGOTIATED);
+}
+
+/// A folder with a 2D composition under Scenes: a red square, a quarter of a unit wide,
+/// sliding from x -1 to 1 at y 1 over two seconds; and its picture, a BMP.
+class SlideFolder {
+public:
+    SlideFolder() : root_(std::filesystem::temp_directory_path() / ("qx-anim-" + std::to_string(::getpid())))
+    {
+        std::filesystem::create_directories(root_ / "Scenes");
+        std::ofstream(root_ / "Scenes" / "slide.cpo")
+            << "Duration 2\nImage\n{\n  Name \"Square\"\n  Size 0.5 0.5\n  Position (envelope)\n"
+               "  { X 2 Key -1 0 3 0 0 0 0 0 0 Key 1 2 3 0 0 0 0 0 0 Behaviors 1 1 }\n"
+               "  { Y 1 Key 1 0 3 0 0 0 0 0 0 Behaviors 1 1 }\n}\n";
+        writeRedBmp(root_ / "red.bmp", 8, 8);
+    }
+    ~SlideFolder() { std::filesystem::remove_all(root_); }
+    std::string path(const char* name = "") const { return (root_ / name).string(); }
+
+private:
+    /// A 24-bit bottom-up BMP of pure red.
+    static void writeRedBmp(const std::filesystem::path& path, uint32_t width, uint32_t height)
+    {
+        const uint32_t rowBytes = (width * 3 + 3) & ~3u;
+        std::vector<uint8_t> file(54 + size_t(rowBytes) * height, 0);
+        const auto put32 = [&](size_t at, uint32_t v) { std::memcpy(&file[at], &v, 4); };
+        file[0] = 'B';
+        file[1] = 'M';
+        put32(2, uint32_t(file.size()));
+        put32(10, 54);
+        put32(14, 40);
+        put32(18, width);
+        put32(22, height);
+        file[26] = 1;
+        file[28] = 24;
+        for (uint32_t y = 0; y < height; ++y)
+            for (uint32_t x = 0; x < width; ++x) file[54 + y * rowBytes + x * 3 + 2] = 0xFF;
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
+    }
+    std::filesystem::path root_;
+};
+
+/// The middle column of the red in row 20 of a 160-wide BGRx frame; -1 without red.
+int redCentre(const std::vector<uint8_t>& frame)
+{
+    int first = -1, last = -1;
+    for (int x = 0; x < 160; ++x) {
+        const uint32_t sample = sampleAt(frame, 160, x, 20) & 0xFFFFFFu;
+        if (sample == 0xFF0000u) {
+            if (first < 0) first = x;
+            last = x;
+        }
+    }
+    return first < 0 ? -1 : (first + last) / 2;
+}
+
+/// The next buffer of `h` with its time; events on the way are dropped.
+std::pair<std::vector<uint8_t>, GstClockTime> pullFrame(GstHarness* h)
+{
+    Buffer buffer(gst_harness_pull(h));
+    if (!buffer) return {{}, GST_CLOCK_TIME_NONE};
+    return {bytesOf(buffer.get()), GST_BUFFER_PTS(buffer.get())};
+}
+
+bool endsWithEos(GstHarness* h)
+{
+    while (GstEvent* event = gst_harness_pull_event(h)) {
+        const bool eos = GST_EVENT_TYPE(event) == GST_EVENT_EOS;
+        gst_event_unref(event);
+        if (eos) return true;
+    }
+    return false;
+}
+
+// The source plays its two seconds at 10 frames a second and ends; a flushing seek to
+// one second gives, from there, the frames it gave the first time.
+TEST_F(Elements, AnimSourcePlaysSeeksAndEnds)
+{
+    const SlideFolder folder;
+    const Harness h(gst_harness_new_with_padnames("qxanimsrc", nullptr, "src"));
+    g_object_set(h->element, "data-path", folder.path().c_str(), "composition", "slide.cpo", "image1",
+                 folder.path("red.bmp").c_str(), nullptr);
+    gst_harness_set_sink_caps_str(h.get(), "video/x-raw,format=BGRx,width=160,height=120,framerate=10/1");
+    gst_harness_play(h.get());
+    std::vector<std::vector<uint8_t>> frames;
+    for (int i = 0; i < 20; ++i) {
+        auto [bytes, time] = pullFrame(h.get());
+        ASSERT_EQ(bytes.size(), 160u * 120u * 4u) << i;
+        EXPECT_EQ(time, GstClockTime(i) * 100 * GST_MSECOND);
+        frames.push_back(std::move(bytes));
+    }
+    EXPECT_NEAR(redCentre(frames[0]), 40, 1);
+    EXPECT_NEAR(redCentre(frames[10]), 80, 1);
+    EXPECT_TRUE(endsWithEos(h.get()));
+    EXPECT_EQ(gst_harness_buffers_in_queue(h.get()), 0u);
+
+    ASSERT_TRUE(gst_harness_push_upstream_event(h.get(), gst_event_new_seek(1.0, GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
+                                                                            GST_SEEK_TYPE_SET, GST_SECOND,
+                                                                            GST_SEEK_TYPE_NONE, GST_CLOCK_TIME_NONE)));
+    for (int i = 10; i < 13; ++i) {
+        auto [bytes, time] = pullFrame(h.get());
+        EXPECT_EQ(time, GstClockTime(i) * 100 * GST_MSECOND);
+        EXPECT_EQ(bytes, frames[size_t(i)]) << i;
+    }
+}
+
+TEST_F(Elements, AnimSourceWithoutCompositionFails)
+{
+    const SlideFolder folder;
+    const Harness h(gst_harness_new_with_padnames("qxanimsrc", nullptr, "src"));
+    g_object_set(h->element, "data-path", folder.path().c_str(), "composition", "missing.cpo", nullptr);
+    gst_harness_set_sink_caps_str(h.get(), "video/x-raw,format=BGRx,width=160,height=120,framerate=10/1");
+    gst_harness_play(h.get());
+    // The caps are refused, the stream ends without a frame.
+    EXPECT_TRUE(endsWithEos(h.get()));
+    EXPECT_EQ(gst_harness_buffers_in_queue(h.get()), 0u);
 }
 
 }  // namespace

@@ -6,7 +6,8 @@ usage: launch_test.py QXFX PLUGIN_DIR WORK_DIR
 
 - qxscenecut finds the cuts qxfx scenes finds, at the same frames and times;
 - qxcrop writes the same bytes as qxfx crop, anti-flicker included;
-- gst-inspect-1.0 describes the plugin and both elements without a warning;
+- qxanimsrc plays the pack's slideshow with three pictures as qxfx anim does, and ends;
+- gst-inspect-1.0 describes the plugin and its elements without a warning;
 - a format the elements do not take is refused when the pipeline links.
 """
 import json
@@ -98,8 +99,41 @@ def test_crop(qxfx, env, work):
           f"{len(theirs)} bytes from GStreamer, {len(ours)} from qxfx")
 
 
+def colour_bytes(raw):
+    """The blue, green and red bytes of BGRx samples, the fourth left out."""
+    return bytes(b for i, b in enumerate(raw) if i % 4 != 3)
+
+
+def test_anim(qxfx, env, work):
+    pictures = []
+    for i, source in enumerate(["testsrc2=size=400x300", "mandelbrot=size=320x240", "smptebars=size=400x300"]):
+        path = os.path.join(work, f"picture{i}.png")
+        ffmpeg("-f", "lavfi", "-i", source, "-frames:v", "1", "-update", "1", path)
+        pictures.append(path)
+    gst_raw = os.path.join(work, "anim.raw")
+    images = [f"image{i + 1}={p}" for i, p in enumerate(pictures)]
+    result = run(["gst-launch-1.0", "qxanimsrc", "composition=Compositions/Slideshow.cpo", *images, "duration=2",
+                  "!", "video/x-raw,width=320,height=180,framerate=5/1", "!", "filesink", f"location={gst_raw}"], env)
+    check("qxanimsrc runs in gst-launch-1.0 and ends", result.returncode == 0, result.stderr[-2000:])
+    frames = os.path.join(work, "anim-%02d.png")
+    command = [qxfx, "anim", "Compositions/Slideshow.cpo", "--duration", "2", "--size", "320x180", "--fps", "5",
+               "-o", frames]
+    for p in pictures:
+        command += ["--image", p]
+    result = run(command)
+    check("qxfx anim runs", result.returncode == 0, result.stderr)
+    ours = subprocess.run(["ffmpeg", "-v", "error", "-i", frames, "-f", "rawvideo", "-pix_fmt", "bgra", "-"],
+                          capture_output=True, timeout=120).stdout
+    with open(gst_raw, "rb") as f:
+        theirs = f.read()
+    check("qxanimsrc and qxfx anim make the same ten frames",
+          len(theirs) == 10 * 320 * 180 * 4 and colour_bytes(ours) == colour_bytes(theirs),
+          f"{len(theirs)} bytes from GStreamer, {len(ours)} from qxfx")
+    check("the frames are not black", max(theirs) > 200)
+
+
 def test_inspect(env):
-    for name in ("qxfx", "qxcrop", "qxscenecut"):
+    for name in ("qxfx", "qxcrop", "qxscenecut", "qxanimsrc"):
         result = run(["gst-inspect-1.0", name], env)
         check(f"gst-inspect-1.0 {name} is clean", result.returncode == 0 and result.stderr == "", result.stderr)
     listing = run(["gst-inspect-1.0", "qxfx"], env).stdout
@@ -125,6 +159,7 @@ def main():
     test_refusal(env)
     test_scene_cuts(qxfx, env, work)
     test_crop(qxfx, env, work)
+    test_anim(qxfx, env, work)
     if failures:
         sys.exit("\n".join(failures))
 

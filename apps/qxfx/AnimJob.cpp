@@ -1,0 +1,138 @@
+#include "apps/qxfx/AnimJob.h"
+
+#include "filters/Anim3DVideoSource.h"
+#include "platform/media/HostFilters.h"
+#include "platform/os/FilePath.h"
+#include "platform/os/WideText.h"
+#include "wrap3d/DataPath.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <mutex>
+
+namespace qx::qxfx {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kFrameTimeout = std::chrono::seconds(120);
+
+bool is3D(const std::string& path) { return os::asciiLower(os::extensionOf(os::fromUtf8(path))) == u".cpo3d"; }
+
+/// The composition as the source wants it: a ".cpo3d" under the pack's Scenes as named; a
+/// 2D composition file that exists anywhere as a path from the pack's Scenes folder.
+std::u16string sourceName(const AnimSettings& settings)
+{
+    if (is3D(settings.composition) || !fs::exists(settings.composition)) return os::fromUtf8(settings.composition);
+    const fs::path scenes = fs::path(settings.dataPath) / "Scenes";
+    return os::fromUtf8(fs::relative(fs::absolute(settings.composition), scenes).string());
+}
+
+void useDataPath(const std::string& dataPath)
+{
+    if (dataPath.empty()) throw CommandError("no content pack found (give --data PATH)");
+    // Process-wide, and read by the scene context when it starts: set before any frame.
+    SetDataPathBuffer(os::fromUtf8(dataPath));
+    SetDataPath(os::fromUtf8(dataPath));
+}
+
+com::ComPtr<CAnim3DVideoSource> makeSource(const AnimSettings& settings)
+{
+    auto source = CAnim3DVideoSource::Create();
+    if (!source) throw CommandError("not enough memory for the composition source");
+    Bstr composition(sourceName(settings));
+    source->put_Source(composition.get());
+    source->put_Width(settings.width);
+    source->put_Height(settings.height);
+    source->put_Fps(float(settings.fps));
+    source->put_Duration(settings.duration > 0.0 ? settings.duration : compositionDuration(settings));
+    source->put_StretchMode(BYTE(settings.stretchMode));
+    for (size_t i = 0; i < settings.images.size(); ++i) {
+        Bstr picture(os::fromUtf8(fs::absolute(settings.images[i]).string()));
+        source->PutImage(i, picture.get());
+    }
+    return source;
+}
+
+/// What the sink end shares with the waiting caller.
+struct Delivery {
+    std::mutex lock;
+    std::condition_variable changed;
+    long received = 0;
+    long wanted = 0;
+    std::exception_ptr failure;
+};
+
+}  // namespace
+
+double compositionDuration(const AnimSettings& settings)
+{
+    useDataPath(settings.dataPath);
+    auto source = CAnim3DVideoSource::Create();
+    if (!source) return 0.0;
+    Bstr composition(sourceName(settings));
+    float seconds = 0.0f;
+    source->GetSceneDuration(composition.get(), &seconds);
+    return seconds;
+}
+
+void renderComposition(const AnimSettings& settings, long frames,
+                       const std::function<void(const Frame&, long index)>& receive)
+{
+    useDataPath(settings.dataPath);
+    const auto source = makeSource(settings);
+    Frame frame = makeFrame(settings.width, settings.height);
+    Delivery delivery;
+    delivery.wanted = frames;
+    const auto takeSample = [&](media::IMediaSample& sample) -> HRESULT {
+        std::lock_guard guard(delivery.lock);
+        if (delivery.received >= delivery.wanted || delivery.failure) return S_FALSE;
+        BYTE* bytes = nullptr;
+        sample.GetPointer(&bytes);
+        const size_t row = size_t(frame.width);
+        for (int y = 0; y < frame.height; ++y) {
+            // Bottom-up rows in, top-down out; RGB32 carries no alpha.
+            const auto* in = reinterpret_cast<const uint32_t*>(bytes) + size_t(frame.height - 1 - y) * row;
+            uint32_t* out = frame.samples.data() + size_t(y) * row;
+            for (size_t x = 0; x < row; ++x) out[x] = in[x] | 0xFF000000u;
+        }
+        try {
+            receive(frame, delivery.received);
+        } catch (...) {
+            delivery.failure = std::current_exception();
+        }
+        ++delivery.received;
+        delivery.changed.notify_all();
+        return delivery.received >= delivery.wanted || delivery.failure ? S_FALSE : S_OK;
+    };
+    const auto sink = media::CHostSink::Create([](const media::CMediaType&) { return S_OK; }, takeSample);
+    if (!sink || FAILED(source->Stream().Connect(&sink->Input(), nullptr))) {
+        throw CommandError("the composition source cannot make frames of that size");
+    }
+    void* seeking = nullptr;
+    source->Stream().NonDelegatingQueryInterface(media::IMediaSeeking::iid, &seeking);
+    const auto positions = com::ComPtr<media::IMediaSeeking>::adopt(static_cast<media::IMediaSeeking*>(seeking));
+    media::LONGLONG start = media::LONGLONG(settings.start * 1e7);
+    if (positions) positions->SetPositions(&start, media::AM_SEEKING_AbsolutePositioning, nullptr, 0);
+    sink->Pause();
+    source->Pause();
+    bool stalled = false;
+    {
+        std::unique_lock wait(delivery.lock);
+        long seen = -1;
+        while (!stalled && delivery.received < frames && !delivery.failure) {
+            seen = delivery.received;
+            stalled = !delivery.changed.wait_for(wait, kFrameTimeout, [&] { return delivery.received != seen; });
+        }
+    }
+    source->Stop();
+    sink->Stop();
+    source->Stream().Disconnect();
+    if (delivery.failure) std::rethrow_exception(delivery.failure);
+    if (stalled) throw CommandError("the composition source stopped making frames");
+}
+
+}  // namespace qx::qxfx
