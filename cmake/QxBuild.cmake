@@ -53,7 +53,8 @@ function(qx_add_shared_library)
   target_link_libraries(qxdynamiceffects PRIVATE -Wl,--whole-archive ${layers} -Wl,--no-whole-archive)
   # Only the module's four entry points are exported. The library stays loaded once a
   # host loaded it (nodelete): its scene context is taken down at the process's end, never
-  # under the loader's lock of an unload.
+  # under the loader's lock of an unload, and the effects' worker threads, started on
+  # first use, live as long as the process.
   target_link_options(qxdynamiceffects PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/host/exports.map
                       -Wl,-z,nodelete -Wl,--no-undefined)
   set_property(TARGET qxdynamiceffects APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/host/exports.map)

@@ -2,6 +2,7 @@
 
 #include "effects/FastRand.h"
 #include "effects/FrameSize.h"
+#include "platform/os/WorkerPool.h"
 
 #include <algorithm>
 #include <bit>
@@ -116,11 +117,9 @@ LONG CVideoRipple::Start()
         vectorMap.dx.assign(cellCount + 1, 0);
         vectorMap.dy.assign(cellCount + 1, 0);
         blocksPerRow = (width + 1) / 2;
-        blockSources.assign(size_t(blocksPerRow) * 4, 0);
     } catch (const std::bad_alloc&) {
         cells.clear();
         vectorMap = {};
-        blockSources.clear();
         return -1;
     }
     map1 = cells.data();
@@ -197,33 +196,34 @@ void CVideoRipple::computeVectors()
         // The low byte of the squared slope, as a signed number: large slopes wrap.
         return int8_t(uint8_t(squareTable[size_t(slope & 255)] & 0xFF));
     };
-    for (LONG y = 0; y < mapHeight - 1; ++y) {
-        const int32_t* row = map1 + y * w;
-        int8_t* outX = vectorMap.dx.data() + y * w;
-        int8_t* outY = vectorMap.dy.data() + y * w;
-        for (LONG x = 0; x < w - 1; ++x) {
-            outX[x] = bend(row[x], row[x + 1]);
-            outY[x] = bend(row[x], row[x + w]);
+    // Each cell's vector depends on the surface alone: rows go to the shared workers.
+    os::parallelRows(mapHeight - 1, [&](int begin, int end) {
+        for (LONG y = begin; y < end; ++y) {
+            const int32_t* row = map1 + y * w;
+            int8_t* outX = vectorMap.dx.data() + y * w;
+            int8_t* outY = vectorMap.dy.data() + y * w;
+            for (LONG x = 0; x < w - 1; ++x) {
+                outX[x] = bend(row[x], row[x + 1]);
+                outY[x] = bend(row[x], row[x + w]);
+            }
         }
-    }
+    });
 }
 
-void CVideoRipple::findBlockSources(LONG blockRow)
+void CVideoRipple::findBlockSources(LONG blockRow, int32_t* upperLeft) const
 {
     // The last block of an odd width reads the cell after it in the map (one cell of
     // padding keeps that inside), and of an odd height the row below is held on the
     // map: those only place samples past the frame's edge, which are never written.
     const LONG below = std::min(blockRow + 1, mapHeight - 1);
-    int32_t* upperLeft = blockSources.data();
     placeBlocks({vectorMap.dx.data() + blockRow * mapWidth, vectorMap.dy.data() + blockRow * mapWidth,
                  vectorMap.dy.data() + below * mapWidth},
                 {upperLeft, upperLeft + blocksPerRow, upperLeft + 2 * blocksPerRow, upperLeft + 3 * blocksPerRow},
                 blocksPerRow, blockRow * 2, width, height);
 }
 
-void CVideoRipple::copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y) const
+void CVideoRipple::copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y, const int32_t* upperLeft) const
 {
-    const int32_t* upperLeft = blockSources.data();
     uint32_t* upper = dst + int64_t(y) * width;
     gatherRow(src, upperLeft, upperLeft + blocksPerRow, upper, width);
     if (y + 1 < height)
@@ -232,10 +232,17 @@ void CVideoRipple::copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y) cons
 
 void CVideoRipple::refract(const uint32_t* src, uint32_t* dst)
 {
-    for (LONG y = 0; y < height; y += 2) {
-        findBlockSources(y / 2);
-        copyBlockRow(src, dst, y);
-    }
+    // Block rows are independent once the vectors are known: they go to the shared
+    // workers, each placing its blocks' sources in a buffer of its own, kept from frame
+    // to frame so that a frame allocates nothing.
+    os::parallelRows((height + 1) / 2, [&](int begin, int end) {
+        thread_local std::vector<int32_t> sources;
+        sources.resize(size_t(blocksPerRow) * 4);
+        for (LONG blockRow = begin; blockRow < end; ++blockRow) {
+            findBlockSources(blockRow, sources.data());
+            copyBlockRow(src, dst, blockRow * 2, sources.data());
+        }
+    });
 }
 
 LONG CVideoRipple::ProcessFrame(const uint32_t* src, uint32_t* dst, float /*progress*/)

@@ -54,14 +54,12 @@ private:
     void fillSquareTable();
     void stepWater();
     void computeVectors();
-    void findBlockSources(LONG blockRow);
-    void copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y) const;
+    /// Where the blocks of one block row take their samples, into four runs of
+    /// `blocksPerRow` from `upperLeft`: upper left, upper right, lower left, lower right.
+    void findBlockSources(LONG blockRow, int32_t* upperLeft) const;
+    void copyBlockRow(const uint32_t* src, uint32_t* dst, LONG y, const int32_t* upperLeft) const;
     void refract(const uint32_t* src, uint32_t* dst);
 
-    /// Where the four samples of each 2 by 2 block of one block row come from, as
-    /// indexes into the input: upper left, upper right, lower left, lower right, each a
-    /// run of `blocksPerRow`. Kept between frames so that a frame allocates nothing.
-    std::vector<int32_t> blockSources;
     LONG blocksPerRow = 0;
 };
 

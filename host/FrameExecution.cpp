@@ -146,10 +146,22 @@ HRESULT CQXDynamicEffect::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, 
 
     const LONG width = workInfo.DoBnds.width();
     const LONG height = workInfo.DoBnds.height();
+    EffectRunner* path = standIn ? standIn.get() : runner.get();
+    if (path && path->readsInputOnly()) {
+        // Whole rows of an input that the output does not share (a host may wrap one
+        // buffer as both) are read where they are, which saves a frame's copy.
+        const auto inPlace = input->wholeRowsToRead();
+        const auto written = output->wholeRowsInPlace();
+        const bool shared = !written.empty() && inPlace.data() < written.data() + written.size() &&
+                            written.data() < inPlace.data() + inPlace.size();
+        if (inPlace.size() == size_t(width) * size_t(height) && !shared) {
+            FrameWork work{{}, width, height, progress(), paramValues(), *output, inPlace.data()};
+            return path->run(work);
+        }
+    }
     pixel::FrameMemory frame = allocateFrame(width, height);
     if (!frame) return E_OUTOFMEMORY;
     input->UnpackRect({frame.get(), false, {0, 0, width, height}, 0});
-    EffectRunner* path = standIn ? standIn.get() : runner.get();
     if (!path) return S_OK;
     FrameWork work{std::move(frame), width, height, progress(), paramValues(), *output};
     return path->run(work);

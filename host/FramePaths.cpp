@@ -44,9 +44,16 @@ HRESULT VideoEffectRunner::run(FrameWork& work)
     // The effect's buffers have the size of Setup; a part of the frame (Execute with
     // bounds) would be read and written past its end.
     if (work.width != width_ || work.height != height_) return E_INVALIDARG;
+    // The effect writes every sample of its output: straight into the output surface
+    // when the lock holds whole rows, which saves a frame's copy.
+    const std::span<uint32_t> inPlace = work.output.wholeRowsInPlace();
+    if (inPlace.size() == size_t(work.width) * size_t(work.height)) {
+        effect_->ProcessFrame(work.source(), inPlace.data(), work.progress);
+        return S_OK;
+    }
     const pixel::FrameMemory result = allocateFrame(work.width, work.height);
     if (!result) return E_FAIL;
-    effect_->ProcessFrame(work.frame.get(), result.get(), work.progress);
+    effect_->ProcessFrame(work.source(), result.get(), work.progress);
     work.output.PackRect(packedRect(result.get(), work.width, work.height));
     return S_OK;
 }

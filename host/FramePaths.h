@@ -24,12 +24,19 @@ struct FrameWork {
     float progress;
     ParamValues params;  ///< the host's list at this Execute
     transform::SurfaceLock& output;
+    /// The input's samples themselves, for a runner that only reads them (`frame` is then
+    /// null); null when `frame` holds a copy.
+    const uint32_t* input = nullptr;
+
+    const uint32_t* source() const { return input ? input : frame.get(); }
 };
 
 class EffectRunner {
 public:
     virtual ~EffectRunner() = default;
     virtual HRESULT run(FrameWork& work) = 0;
+    /// True for a runner that only reads the input frame, and may read it in place.
+    virtual bool readsInputOnly() const { return false; }
 };
 
 /// A frame buffer for one Execute, left uninitialised since it is filled at once; null
@@ -56,6 +63,7 @@ public:
     VideoEffectRunner(std::unique_ptr<CVideoEffect> effect, LONG width, LONG height);
     ~VideoEffectRunner() override;
     HRESULT run(FrameWork& work) override;
+    bool readsInputOnly() const override { return true; }
 
 private:
     std::unique_ptr<CVideoEffect> effect_;

@@ -5,6 +5,7 @@
 #include "apps/qxfx/ParamCheck.h"
 #include "apps/qxfx/RenderPipeline.h"
 #include "apps/session/ContentPack.h"
+#include "platform/os/WorkerPool.h"
 
 #include <cstdio>
 #include <string>
@@ -158,6 +159,8 @@ int runRender(std::span<const std::string_view> args)
         if (o.effectIndex) r.effect.effectId = effectIdOfIndex(*o.effectIndex);
         if (r.effect.source.empty()) r.effect.source = packSource(r.effect.effectId);
         if (r.effect.params && !o.rawParams) checkParamText(*r.effect.params, paramTableOf(r.effect.effectId));
+        // Before any frame: the effects' worker pool is sized once, on first use.
+        os::WorkerPool::setThreadCount(unsigned(o.output.encode.threads));
         return renderClip(r, o.output);
     } catch (const CommandError& error) {
         std::fprintf(stderr, "qxfx render: %s\n", error.what());

@@ -1,11 +1,13 @@
-// Feeds arbitrary bytes to the XML document and walks the tree it builds, parents and
-// children, so that a half-built tree can't hold a dangling link.
+// Feeds arbitrary bytes to the XML document and walks the whole tree it builds, parents
+// and children, so that a half-built tree can't hold a dangling link.
+#include "fuzz/FuzzCheck.h"
 #include "qx4d/core/XmlDocument.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -14,13 +16,25 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (size > 0) std::memcpy(bytes.get(), data, size);
     XmlDocument document;
     document.Parse(std::move(bytes), int64_t(size));
-    size_t attributes = 0;
-    for (const XmlNode* node = document.GetRoot(); node; node = node->parent) {
-        if (node->attributeNames.size() != node->attributeValues.size()) return 1;
+    // The document's element is an inner one when the text stops early: its parents lead
+    // to the top of the tree.
+    const XmlNode* current = document.GetRoot();
+    if (!current) return 0;
+    const XmlNode* top = current;
+    while (top->parent) top = top->parent;
+    // Depth first with a stack of its own: a deep document must not exhaust the fuzzer's.
+    std::vector<const XmlNode*> pending{top};
+    bool currentReached = false;
+    while (!pending.empty()) {
+        const XmlNode* node = pending.back();
+        pending.pop_back();
+        currentReached = currentReached || node == current;
+        QX_FUZZ_CHECK(node->attributeNames.size() == node->attributeValues.size());
         for (const auto& child : node->children) {
-            if (child->parent != node) return 1;
-            attributes += child->attributeNames.size();
+            QX_FUZZ_CHECK(child->parent == node);
+            pending.push_back(child.get());
         }
     }
-    return attributes == size_t(-1) ? 1 : 0;
+    QX_FUZZ_CHECK(currentReached);
+    return 0;
 }

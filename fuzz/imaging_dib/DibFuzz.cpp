@@ -1,5 +1,6 @@
 // Feeds arbitrary bytes, as a DIB header and its bits, to the bitmap handle, then runs
 // the operations that walk its pixels, so that no header can make them step outside.
+#include "fuzz/FuzzCheck.h"
 #include "platform/imaging/BitmapHandle.h"
 #include "platform/imaging/ColorOps.h"
 #include "platform/imaging/Filters.h"
@@ -26,5 +27,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     uint8_t row[64];
     bitmap.readRow(int32_t(header->xPelsPerMeter), row);
     const auto block = bitmap.toDib();
-    return block.size() == kDibHeaderSize + bitmap.stride() * size_t(bitmap.height()) ? 0 : 1;
+    QX_FUZZ_CHECK(block.size() == kDibHeaderSize + bitmap.stride() * size_t(bitmap.height()));
+    return 0;
 }

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 
 namespace {
@@ -85,9 +86,11 @@ bool outputTooLarge(const CMediaType& type, LONG width, LONG height)
 {
     const auto info = type.VideoInfo();
     if (!info) return false;
+    // Sides of 32 bits, either sign (a negative height is a top-down frame): their
+    // product holds in 64 bits, four bytes a sample might not.
     const int64_t w = width ? width : info->bmiHeader.biWidth;
     const int64_t h = height ? height : info->bmiHeader.biHeight;
-    return w * h * 4 > kMaxOutputBytes;
+    return std::abs(w) * std::abs(h) > kMaxOutputBytes / 4;
 }
 
 }  // namespace

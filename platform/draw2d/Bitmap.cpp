@@ -1,8 +1,10 @@
 #include "platform/draw2d/Bitmap.h"
 
+#include "platform/os/WorkerPool.h"
 #include "platform/pixel/Alpha.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace qx::draw2d {
 
@@ -41,9 +43,15 @@ std::unique_ptr<Bitmap> Bitmap::clone() const
     if (status_ != Status::Ok) return nullptr;
     std::unique_ptr<Bitmap> copy(new Bitmap(width_, height_, Uninitialised{}));
     if (copy->status() != Status::Ok) return nullptr;
-    bool opaque = true;
-    for (int y = 0; y < height_; ++y) opaque &= pixel::copyAndCheckOpaque(row(y), copy->row(y));
-    copy->opaque_ = opaque;  // learnt from the copy, which the drawing code asks next
+    // Slices of rows on the shared workers; any slice that meets a translucent sample
+    // makes the whole picture translucent.
+    std::atomic<bool> opaque = true;
+    os::parallelRows(height_, [&](int begin, int end) {
+        bool sliceOpaque = true;
+        for (int y = begin; y < end; ++y) sliceOpaque &= pixel::copyAndCheckOpaque(row(y), copy->row(y));
+        if (!sliceOpaque) opaque.store(false, std::memory_order_relaxed);
+    });
+    copy->opaque_ = opaque.load();  // learnt from the copy, which the drawing code asks next
     return copy;
 }
 
@@ -72,8 +80,13 @@ Status Bitmap::unlockBits()
 bool Bitmap::opaque() const
 {
     if (!opaque_) {
-        opaque_ = true;
-        for (int y = 0; y < height_ && *opaque_; ++y) opaque_ = pixel::allOpaque(row(y));
+        std::atomic<bool> opaque = true;
+        os::parallelRows(height_, [&](int begin, int end) {
+            for (int y = begin; y < end && opaque.load(std::memory_order_relaxed); ++y) {
+                if (!pixel::allOpaque(row(y))) opaque.store(false, std::memory_order_relaxed);
+            }
+        });
+        opaque_ = opaque.load();
     }
     return *opaque_;
 }

@@ -37,18 +37,30 @@ blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, std::sp
     }
 }
 
+namespace {
+
+/// All ones when `s` is not keyed, zero when it is.
+inline uint32_t unkeyedMask(uint32_t s, uint32_t low, uint32_t high)
+{
+    const auto inside = [](uint32_t sample, uint32_t lo, uint32_t hi, int shift) {
+        const uint32_t c = (sample >> shift) & 0xFF;
+        return uint32_t(c >= ((lo >> shift) & 0xFF)) & uint32_t(c <= ((hi >> shift) & 0xFF));
+    };
+    return (inside(s, low, high, 0) & inside(s, low, high, 8) & inside(s, low, high, 16)) - 1;
+}
+
+}  // namespace
+
 __attribute__((target_clones("avx2", "default"))) void
 clearKeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high)
 {
-    const auto inside = [](uint32_t s, uint32_t lo, uint32_t hi, int shift) {
-        const uint32_t c = (s >> shift) & 0xFF;
-        return uint32_t(c >= ((lo >> shift) & 0xFF)) & uint32_t(c <= ((hi >> shift) & 0xFF));
-    };
-    for (size_t i = 0; i < samples.size(); ++i) {
-        const uint32_t s = source[i];
-        const uint32_t keyed = inside(s, low, high, 0) & inside(s, low, high, 8) & inside(s, low, high, 16);
-        samples[i] &= keyed - 1;  // all ones when not keyed, zero when keyed
-    }
+    for (size_t i = 0; i < samples.size(); ++i) samples[i] &= unkeyedMask(source[i], low, high);
+}
+
+__attribute__((target_clones("avx2", "default"))) void
+copyUnkeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high)
+{
+    for (size_t i = 0; i < samples.size(); ++i) samples[i] = source[i] & unkeyedMask(source[i], low, high);
 }
 
 }  // namespace qx::draw2d

@@ -17,4 +17,8 @@ void blendSamples(std::span<uint32_t> row, std::span<const uint32_t> samples, st
 /// within the inclusive ranges of `low` to `high` (alpha is not compared).
 void clearKeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high);
 
+/// Copies `source` into `samples` with the keyed samples zeroed, in one pass: for opaque
+/// samples, which are their own premultiplied form.
+void copyUnkeyed(std::span<const uint32_t> source, std::span<uint32_t> samples, uint32_t low, uint32_t high);
+
 }  // namespace qx::draw2d

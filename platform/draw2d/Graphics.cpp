@@ -2,6 +2,7 @@
 
 #include "platform/draw2d/AffineDraw.h"
 #include "platform/draw2d/Blend.h"
+#include "platform/os/WorkerPool.h"
 #include "platform/pixel/Alpha.h"
 #include "platform/pixel/FrameMemory.h"
 
@@ -28,9 +29,51 @@ uint32_t premultipliedColor(Color color)
     return sample;
 }
 
+// Rows of a bitmap are independent in every loop here: they are cut into slices for the
+// shared worker threads, and the result is the same however they are cut.
+using os::parallelRows;
+
 void fill(Bitmap& bitmap, uint32_t sample)
 {
-    for (int y = 0; y < bitmap.height(); ++y) std::ranges::fill(bitmap.row(y), sample);
+    parallelRows(bitmap.height(), [&](int begin, int end) {
+        for (int y = begin; y < end; ++y) std::ranges::fill(bitmap.row(y), sample);
+    });
+}
+
+void premultiplyRows(Bitmap& bitmap)
+{
+    parallelRows(bitmap.height(), [&](int begin, int end) {
+        for (int y = begin; y < end; ++y) pixel::premultiply(bitmap.row(y));
+    });
+}
+
+void unpremultiplyRows(Bitmap& bitmap)
+{
+    parallelRows(bitmap.height(), [&](int begin, int end) {
+        for (int y = begin; y < end; ++y) pixel::unpremultiply(bitmap.row(y));
+    });
+}
+
+/// Premultiplies a row of an image draw into `out`, clearing the samples that `key` catches.
+/// Rows of an image known to be opaque are already premultiplied: copied and keyed at once.
+void premultiplyKeyed(std::span<const uint32_t> in, std::span<uint32_t> out, const ImageAttributes* key,
+                      bool opaqueImage)
+{
+    if (key && opaqueImage) {
+        copyUnkeyed(in, out, key->keyLow.argb, key->keyHigh.argb);
+        return;
+    }
+    pixel::premultiply(in, out);
+    if (key) clearKeyed(in, out, key->keyLow.argb, key->keyHigh.argb);
+}
+
+/// Fills the rows of `target` from a resampler of its whole width, one per slice.
+void resampleRows(const SampleGrid& source, const AxisMap& mapX, const AxisMap& mapY, Bitmap& target)
+{
+    parallelRows(target.height(), [&](int begin, int end) {
+        Resampler resampler(source, mapX, mapY, {0, target.width(), begin, end});
+        for (int y = begin; y < end; ++y) resampler.row(y, target.row(y));
+    });
 }
 
 // Where the edges of a destination cut pixels along one axis: the pixels touched and the
@@ -65,12 +108,13 @@ public:
         if (!key && image.opaque()) return;
         copy_ = pixel::allocateFrameMemory(size_t(image.width()) * size_t(image.height()));
         if (!copy_) return;  // out of memory: the image is drawn without its key
-        for (int y = 0; y < image.height(); ++y) {
-            const auto in = image.row(y);
-            const std::span<uint32_t> out(copy_.get() + size_t(y) * size_t(image.width()), in.size());
-            pixel::premultiply(in, out);
-            if (key) clearKeyed(in, out, key->keyLow.argb, key->keyHigh.argb);
-        }
+        const bool opaque = image.opaque();
+        parallelRows(image.height(), [&](int begin, int end) {
+            for (int y = begin; y < end; ++y) {
+                const auto in = image.row(y);
+                premultiplyKeyed(in, {copy_.get() + size_t(y) * size_t(image.width()), in.size()}, key, opaque);
+            }
+        });
         grid_ = {copy_.get(), image.width(), image.height(), image.width()};
     }
     const SampleGrid& grid() const { return grid_; }
@@ -116,9 +160,7 @@ Graphics::~Graphics()
     flushCairo();
     switch (content_) {
     case Content::Cleared: fill(target_, clearColor_.argb); break;
-    case Content::Premultiplied:
-        for (int y = 0; y < target_.height(); ++y) pixel::unpremultiply(target_.row(y));
-        break;
+    case Content::Premultiplied: unpremultiplyRows(target_); break;
     case Content::Straight:
     case Content::Opaque:
     case Content::OpaqueOrClear: break;
@@ -133,7 +175,7 @@ void Graphics::premultiplyContent()
             content_ = Content::Opaque;
             return;
         }
-        for (int y = 0; y < target_.height(); ++y) pixel::premultiply(target_.row(y));
+        premultiplyRows(target_);
         content_ = Content::Premultiplied;
         return;
     case Content::Cleared:
@@ -253,9 +295,7 @@ Status Graphics::drawAxisAligned(const Bitmap& image, const RectF& destination, 
 
     if (coversAll && !key && image.opaque()) {
         // Every pixel gets an opaque sample: the old contents, cleared or not, go.
-        Resampler resampler({image.data(), image.width(), image.height(), image.pitch()}, mapX, mapY,
-                            {0, width, 0, height});
-        for (int y = 0; y < height; ++y) resampler.row(y, target_.row(y));
+        resampleRows({image.data(), image.width(), image.height(), image.pitch()}, mapX, mapY, target_);
         content_ = Content::Opaque;
         return Status::Ok;
     }
@@ -268,8 +308,7 @@ Status Graphics::drawAxisAligned(const Bitmap& image, const RectF& destination, 
     const PremultipliedSource premultiplied(image, key);
     if (coversAll && (mode_ == CompositingMode::SourceCopy || overNothing)) {
         // Every pixel takes the source sample as it stands.
-        Resampler resampler(premultiplied.grid(), mapX, mapY, {0, width, 0, height});
-        for (int y = 0; y < height; ++y) resampler.row(y, target_.row(y));
+        resampleRows(premultiplied.grid(), mapX, mapY, target_);
         content_ = Content::Premultiplied;
         return Status::Ok;
     }
@@ -289,12 +328,13 @@ bool Graphics::transferRows(const Bitmap& image, const AxisMap& mapX, const Axis
         mapX.offset + width > image.width() || mapY.offset + height > image.height()) {
         return false;
     }
-    for (int y = 0; y < height; ++y) {
-        const auto source = image.row(y + int(mapY.offset)).subspan(size_t(mapX.offset), size_t(width));
-        const auto target = target_.row(y);
-        pixel::premultiply(source, target);
-        if (key) clearKeyed(source, target, key->keyLow.argb, key->keyHigh.argb);
-    }
+    const bool opaque = image.opaque();
+    parallelRows(height, [&](int begin, int end) {
+        for (int y = begin; y < end; ++y) {
+            const auto source = image.row(y + int(mapY.offset)).subspan(size_t(mapX.offset), size_t(width));
+            premultiplyKeyed(source, target_.row(y), key, opaque);
+        }
+    });
     return true;
 }
 
@@ -307,18 +347,21 @@ void Graphics::compositeImage(const SampleGrid& source, const AxisMap& mapX, con
     const size_t columns = size_t(across.end - across.first);
     std::vector<uint8_t> columnCover(columns);
     for (size_t i = 0; i < columns; ++i) columnCover[i] = across.at(across.first + int(i));
-    std::vector<uint8_t> cover(columns);
-    std::vector<uint32_t> samples(columns);
-    Resampler resampler(source, mapX, mapY, {across.first, across.end, down.first, down.end});
-    for (int y = down.first; y < down.end; ++y) {
-        resampler.row(y, samples);
-        const uint32_t rowCover = down.at(y);
-        if (rowCover != 255) {
-            for (size_t i = 0; i < columns; ++i) cover[i] = uint8_t((rowCover * columnCover[i] + 127) / 255);
+    const bool copy = mode_ == CompositingMode::SourceCopy;
+    parallelRows(down.end - down.first, [&](int begin, int end) {
+        std::vector<uint8_t> cover(columns);
+        std::vector<uint32_t> samples(columns);
+        Resampler resampler(source, mapX, mapY, {across.first, across.end, down.first + begin, down.first + end});
+        for (int y = down.first + begin; y < down.first + end; ++y) {
+            resampler.row(y, samples);
+            const uint32_t rowCover = down.at(y);
+            if (rowCover != 255) {
+                for (size_t i = 0; i < columns; ++i) cover[i] = uint8_t((rowCover * columnCover[i] + 127) / 255);
+            }
+            blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples,
+                         rowCover == 255 ? columnCover : cover, copy);
         }
-        blendSamples(target_.row(y).subspan(size_t(across.first), columns), samples,
-                     rowCover == 255 ? columnCover : cover, mode_ == CompositingMode::SourceCopy);
-    }
+    });
 }
 
 Status Graphics::combineTransform(const Matrix& change, MatrixOrder order)
@@ -382,14 +425,17 @@ Status Graphics::fillRectangle(Color color, int x, int y, int width, int height)
     premultiplyContent();
     drewWith(mode_ == CompositingMode::SourceOver || color.alpha() == 255);
     const uint32_t sample = premultipliedColor(color);
-    for (int row = y0; row < y1; ++row) {
-        const auto span = target_.row(row).subspan(size_t(x0), size_t(x1 - x0));
-        if (mode_ == CompositingMode::SourceCopy) {
-            std::ranges::fill(span, sample);
-        } else {
-            blendColor(span, sample);
+    const bool copy = mode_ == CompositingMode::SourceCopy;
+    parallelRows(y1 - y0, [&](int begin, int end) {
+        for (int row = y0 + begin; row < y0 + end; ++row) {
+            const auto span = target_.row(row).subspan(size_t(x0), size_t(x1 - x0));
+            if (copy) {
+                std::ranges::fill(span, sample);
+            } else {
+                blendColor(span, sample);
+            }
         }
-    }
+    });
     return Status::Ok;
 }
 

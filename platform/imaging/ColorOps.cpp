@@ -2,6 +2,7 @@
 
 #include "platform/imaging/Divider16.h"
 #include "platform/imaging/Samples.h"
+#include "platform/os/WorkerPool.h"
 
 #include <algorithm>
 #include <array>
@@ -143,6 +144,18 @@ void mapChannels(BitmapHandle& bitmap, const std::array<uint8_t, 256>& table)
     }
 }
 
+/// Runs a per-sample kernel over the picture in slices of rows on the shared worker
+/// threads: each sample's result depends on that sample alone.
+template <auto Kernel, class Arg>
+void runOnRows(BitmapHandle& bitmap, Arg argument)
+{
+    const std::span<uint32_t> samples = bitmap.pixels();
+    const size_t width = size_t(bitmap.width());
+    os::parallelRows(bitmap.height(), [&](int begin, int end) {
+        runVectorised<Kernel>(samples.subspan(size_t(begin) * width, size_t(end - begin) * width), argument);
+    });
+}
+
 }  // namespace
 
 bool changeHue(BitmapHandle& bitmap, int32_t degrees)
@@ -151,7 +164,7 @@ bool changeHue(BitmapHandle& bitmap, int32_t degrees)
     const int32_t turn = (degrees % 360 + 360) % 360;
     const float shift = float(turn) / 60.0f;
     // A whole turn gives every 24-bit colour back exactly, so the pixels are left alone.
-    if (turn != 0) runVectorised<rotateHues>(bitmap.pixels(), shift);
+    if (turn != 0) runOnRows<rotateHues>(bitmap, shift);
     return true;
 }
 
@@ -161,7 +174,7 @@ bool changeSaturation(BitmapHandle& bitmap, int32_t change)
     // Distance from the grey scaled by (1000 + change) / 1000, in 16-bit fixed point:
     // 65536 at 0 keeps every channel exactly, 0 at -1000 leaves only the luma.
     const int32_t factor = (1000 + std::clamp(change, -1000, 1000)) * 65536 / 1000;
-    if (factor != 65536) runVectorised<scaleSaturations>(bitmap.pixels(), factor);
+    if (factor != 65536) runOnRows<scaleSaturations>(bitmap, factor);
     return true;
 }
 
@@ -177,7 +190,7 @@ bool tint(BitmapHandle& bitmap, int32_t brightness, int32_t originalShare, int32
         .greenGain = filter * float(std::clamp(green, 0, 1000)) / 1000.0f,
         .blueGain = filter * float(std::clamp(blue, 0, 1000)) / 1000.0f,
     };
-    runVectorised<tintSamples>(bitmap.pixels(), mix);
+    runOnRows<tintSamples>(bitmap, mix);
     return true;
 }
 
@@ -195,7 +208,7 @@ bool posterize(BitmapHandle& bitmap, int32_t levels)
     const auto dividers = levelDividers(steps);
     if (activeVectorLevel() != VectorLevel::baseline && dividers &&
         std::ranges::equal(table, posterizedTable(*dividers)))
-        runVectorised<posterizeSamples>(bitmap.pixels(), *dividers);
+        runOnRows<posterizeSamples>(bitmap, *dividers);
     else
         mapChannels(bitmap, table);
     return true;

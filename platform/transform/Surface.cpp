@@ -101,6 +101,19 @@ HRESULT SurfaceLock::UnpackRect(const DXPACKEDRECTDESC& desc) const
     return S_OK;
 }
 
+std::span<uint32_t> SurfaceLock::wholeRowsInPlace()
+{
+    if (!writable_) return {};
+    const auto samples = wholeRowsToRead();
+    return {row(0), samples.size()};
+}
+
+std::span<const uint32_t> SurfaceLock::wholeRowsToRead() const
+{
+    if (bounds_.left != 0 || bounds_.width() != surface_->width_) return {};
+    return {row(0), size_t(bounds_.width()) * size_t(bounds_.height())};
+}
+
 HRESULT SurfaceLock::PackRect(const DXPACKEDRECTDESC& desc)
 {
     if (!writable_) return E_ACCESSDENIED;

@@ -92,6 +92,13 @@ public:
     /// Copies the caller's samples into `desc.rect` of the locked part (write locks only),
     /// taking premultiplied samples back to straight alpha when so described.
     HRESULT PackRect(const DXPACKEDRECTDESC& desc);
+    /// The locked samples themselves, rows one after the other, for a caller that writes a
+    /// whole frame in place of packing it: only for a write lock on whole rows of the
+    /// surface; empty otherwise.
+    std::span<uint32_t> wholeRowsInPlace();
+    /// The locked samples themselves for reading, rows one after the other, when the lock
+    /// holds whole rows of the surface; empty otherwise.
+    std::span<const uint32_t> wholeRowsToRead() const;
 
     /// The locked part's own samples, for work in place without a copy in and out (the
     /// platform's native access): straight B, G, R, A words, row y at `first + y * pitch`.

@@ -33,6 +33,38 @@ TEST(Surface, PacksAndUnpacksPartsOfTheLockedBounds)
     EXPECT_EQ(padded, (std::vector<uint32_t>{1, 2, 99, 3, 4}));
 }
 
+TEST(Surface, WholeRowsOfAWriteLockCanBeWrittenInPlace)
+{
+    auto surface = DXSurface::create(4, 3);
+    ASSERT_TRUE(surface);
+    // Rows 1 and 2, whole: their eight samples, in surface order.
+    const Bounds lowerRows{0, 1, 4, 3};
+    {
+        const auto held = lock(*surface, DXLOCKF_READWRITE, &lowerRows);
+        const auto samples = held->wholeRowsInPlace();
+        ASSERT_EQ(samples.size(), 8u);
+        for (size_t i = 0; i < samples.size(); ++i) samples[i] = uint32_t(i + 1);
+    }
+    std::vector<uint32_t> all(12);
+    lock(*surface, DXLOCKF_READ)->UnpackRect({all.data(), false, {0, 0, 4, 3}, 0});
+    EXPECT_EQ(all, (std::vector<uint32_t>{0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8}));
+
+    // Reading in place: the same samples, from a lock of either kind.
+    {
+        const auto reader = lock(*surface, DXLOCKF_READ, &lowerRows);
+        const auto read = reader->wholeRowsToRead();
+        EXPECT_EQ(std::vector<uint32_t>(read.begin(), read.end()), (std::vector<uint32_t>{1, 2, 3, 4, 5, 6, 7, 8}));
+    }
+
+    // Part of the rows, or a lock for reading: nothing to write in place.
+    const Bounds narrower{0, 0, 3, 3};
+    EXPECT_TRUE(lock(*surface, DXLOCKF_READWRITE, &narrower)->wholeRowsInPlace().empty());
+    EXPECT_TRUE(lock(*surface, DXLOCKF_READ, &narrower)->wholeRowsToRead().empty());
+    const Bounds shifted{1, 0, 4, 3};
+    EXPECT_TRUE(lock(*surface, DXLOCKF_READWRITE, &shifted)->wholeRowsInPlace().empty());
+    EXPECT_TRUE(lock(*surface, DXLOCKF_READ)->wholeRowsInPlace().empty());
+}
+
 TEST(Surface, NativeAccessWritesTheLockedPartInPlace)
 {
     auto surface = DXSurface::create(4, 3);
