@@ -14,7 +14,7 @@ gboolean pluginInit(GstPlugin* plugin)
     // All are put in pipelines by hand, never picked by autoplugging.
     return gst_element_register(plugin, "qxcrop", GST_RANK_NONE, GST_TYPE_QX_CROP) &&
            gst_element_register(plugin, "qxscenecut", GST_RANK_NONE, GST_TYPE_QX_SCENE_CUT) &&
-           gst_element_register(plugin, "qxanimsrc", GST_RANK_NONE, GST_TYPE_QX_ANIM_SRC);
+           gst_element_register(plugin, "qxanimsrc", GST_RANK_NONE, GST_TYPE_QX_ANIM_SRC) &&
            gst_element_register(plugin, "qxtransition", GST_RANK_NONE, GST_TYPE_QX_TRANSITION);
 }
 
