@@ -37,6 +37,7 @@ enum CompositeParam : int {
     kDuration,
     kMilliseconds,
     kMediaStart,
+    kSpan,
     kCount,
 };
 
@@ -60,6 +61,9 @@ constexpr std::array<ParamInfo, kCount> kParams = {{
      "Span of the clip in thousands of seconds (0.01 = 10 s); above 0 the progress follows the host's time"},
     {"milliseconds", F0R_PARAM_BOOL, "The host's time is in milliseconds (ffmpeg), not seconds (MLT, GStreamer)"},
     {"media start", F0R_PARAM_DOUBLE, "Where a movie overlay starts, in thousands of seconds"},
+    {"span", F0R_PARAM_STRING,
+     "Span of the clip in seconds, 0 to 86400 (\"10\", \"2.5\"); above 0 the progress follows the host's time "
+     "and duration is not used"},
 }};
 
 constexpr int kMaxSide = 16384;
@@ -125,7 +129,9 @@ public:
         std::memcpy(job_->first().samples.data(), in, samples * sizeof(uint32_t));
         putProperties();
         const auto& n = values_.numbers;
-        const float progress = qx::frei0r::progressAt(time, n[kMilliseconds] >= 0.5, n[kDuration], n[kProgress]);
+        // The host's unit is found from its first frame steps when the flag is not set.
+        const double seconds = clock_.seconds(time, n[kMilliseconds] >= 0.5);
+        const float progress = qx::frei0r::progressOver(seconds, span(), n[kProgress]);
         try {
             const auto& result = job_->run(progress, true);
             std::memcpy(out, result.samples.data(), samples * sizeof(uint32_t));
@@ -171,14 +177,17 @@ private:
         const qx::ULONG level = qx::ULONG(std::lround(unit(n[kSimilarity]) * 255.0));
         c.put_KeyColor(key);
         c.put_Similarity(key == kNoKey ? kNoKey : level | level << 8 | level << 16);
-        c.put_Duration(qx::frei0r::spanSeconds(n[kDuration]));
+        c.put_Duration(span());
         c.put_MediaStart(unit(n[kMediaStart]) * qx::frei0r::kDurationScale);
     }
+
+    double span() const { return qx::frei0r::spanOfText(values_.texts[kSpan], values_.numbers[kDuration]); }
 
     std::mutex lock_;  // hosts may call from several threads: one frame at a time
     int width_;
     int height_;
     qx::frei0r::InstanceValues values_;
+    qx::frei0r::HostClock clock_;
     bool changed_ = true;
     std::unique_ptr<qx::qxfx::OverlayFile> overlay_;
     std::unique_ptr<qx::qxfx::CompositeJob> job_;

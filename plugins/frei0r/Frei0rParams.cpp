@@ -152,15 +152,19 @@ float progressAt(double time, bool milliseconds, double durationValue, double pr
     return progressOver(milliseconds ? time / 1000.0 : time, spanSeconds(durationValue), progressValue);
 }
 
-double spanOfValues(const InstanceValues& values, const PluginKind& kind)
+double spanOfText(const std::string& text, double durationValue)
 {
-    const std::string& text = values.texts[size_t(kind.spanIndex)];
     double seconds = 0.0;
     const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     if (!text.empty() && ec == std::errc() && end == text.data() + text.size() && seconds > 0.0 &&
         seconds <= kMaxSpanSeconds)
         return seconds;
-    return spanSeconds(values.numbers[size_t(kind.durationIndex)]);
+    return spanSeconds(durationValue);
+}
+
+double spanOfValues(const InstanceValues& values, const PluginKind& kind)
+{
+    return spanOfText(values.texts[size_t(kind.spanIndex)], values.numbers[size_t(kind.durationIndex)]);
 }
 
 double HostClock::seconds(double time, bool millisecondsFlag)

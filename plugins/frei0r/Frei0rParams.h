@@ -95,8 +95,11 @@ double spanSeconds(double durationValue);
 /// The longest span the `span` text takes: a day.
 inline constexpr double kMaxSpanSeconds = 86400.0;
 
-/// The span in seconds that an instance's values give: its `span` text when that holds a
-/// number of seconds from 0 to a day ("10", "2.5"), else its duration value.
+/// The span in seconds that a `span` text gives when it holds a number of seconds from 0
+/// to a day ("10", "2.5"), else that of the duration value.
+double spanOfText(const std::string& spanText, double durationValue);
+
+/// The span in seconds that an instance's values give, by spanOfText.
 double spanOfValues(const InstanceValues& values, const PluginKind& kind);
 
 /// The progress of a frame `seconds` into the clip: seconds over `span` when the span is

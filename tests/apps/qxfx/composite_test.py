@@ -8,8 +8,11 @@ usage: composite_test.py QXFX SWF_SAMPLE PLUGIN_DIR WORK_DIR
 module the plain ffmpeg cannot load)
 
 The clip has 5 frames at 10 frames per second: ffmpeg hands the filter times 0 to 400
-ms, and a span of 0.4 s (0.0004 in thousands of seconds) puts the frames at progress 0,
-0.25 ... 1, as `qxfx composite` does over 5 frames with --duration 0.4.
+ms, and a span of 0.4 s puts the frames at progress 0, 0.25 ... 1, as `qxfx composite`
+does over 5 frames with --duration 0.4. The span is given both ways a user may give it:
+as the `span` text in seconds with the unit of the host's time left for the filter to
+find, and as the older duration in thousands of seconds (0.0004) with the milliseconds
+flag.
 """
 import os
 import shutil
@@ -59,8 +62,9 @@ def prepare(work, swf_sample):
     return clip, picture, animation, movie
 
 
-def composite_equal_to_frei0r(qxfx, work, clip, name, overlay, geometry):
-    """geometry: (x, y, width, height, angle in degrees, opacity, key RRGGBB or '', similarity 0..255)"""
+def composite_equal_to_frei0r(qxfx, work, clip, name, overlay, geometry, span_text=True):
+    """geometry: (x, y, width, height, angle in degrees, opacity, key RRGGBB or '', similarity 0..255);
+    span_text: the span as seconds in the `span` text, else as the duration with the milliseconds flag"""
     x, y, w, h, angle, opacity, key, similarity = geometry
     out = os.path.join(work, f"{name}-%02d.png")
     command = [qxfx, "composite", "-i", clip, "--overlay", overlay, "--x", str(x), "--y", str(y), "--width", str(w),
@@ -75,7 +79,8 @@ def composite_equal_to_frei0r(qxfx, work, clip, name, overlay, geometry):
     if "FREI0R_PATH" not in os.environ:
         return
     params = "|".join([overlay, str(x), str(y), str(w), str(h), "0", "0", "1", "1", repr(angle / 360.0),
-                       str(opacity), key, repr(similarity / 255.0), "0", "0.0004", "y", "0"])
+                       str(opacity), key, repr(similarity / 255.0), "0"]
+                      + (["0", "n", "0", "0.4"] if span_text else ["0.0004", "y", "0"]))
     theirs = os.path.join(work, f"{name}-ffmpeg.raw")
     run(["ffmpeg", "-v", "error", "-y", "-i", clip, "-vf", f"frei0r=qxfx-composite:{params}", "-f", "rawvideo",
          "-pix_fmt", "bgra", theirs])
@@ -131,7 +136,8 @@ def main():
     clip, picture, animation, movie = prepare(work, swf_sample)
     composite_equal_to_frei0r(qxfx, work, clip, "picture", picture, (0.5, 0.25, 0.4, 0.5, 30.0, 0.5, "FF00FF", 16))
     composite_equal_to_frei0r(qxfx, work, clip, "animation", animation, (0.25, 0.25, 0.5, 0.5, 0.0, 1.0, "", 0))
-    composite_equal_to_frei0r(qxfx, work, clip, "movie", movie, (0.1, 0.1, 0.5, 0.5, 345.0, 0.75, "", 0))
+    composite_equal_to_frei0r(qxfx, work, clip, "movie", movie, (0.1, 0.1, 0.5, 0.5, 345.0, 0.75, "", 0),
+                              span_text=False)
     test_swf(qxfx, work, animation)
     test_errors(qxfx, work, clip, picture)
     if failures:
