@@ -66,7 +66,6 @@ constexpr std::array<ParamInfo, kCount> kParams = {{
      "and duration is not used"},
 }};
 
-constexpr int kMaxSide = 16384;
 constexpr qx::ULONG kNoKey = qx::CQXCompositor::kNoKey;
 
 double unit(double value) { return std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 1.0); }
@@ -109,11 +108,7 @@ public:
     void get(int index, f0r_param_t param)
     {
         std::lock_guard guard(lock_);
-        if (kParams[size_t(index)].type == F0R_PARAM_STRING) {
-            *static_cast<const char**>(param) = values_.texts[size_t(index)].c_str();
-        } else {
-            *static_cast<double*>(param) = values_.numbers[size_t(index)];
-        }
+        qx::frei0r::readValue(values_, kParams, index, param);
     }
 
     // A frame the compositor cannot draw passes through: frei0r has no way to report it.
@@ -225,15 +220,12 @@ void f0r_get_plugin_info(f0r_plugin_info_t* info)
 
 void f0r_get_param_info(f0r_param_info_t* info, int param_index)
 {
-    if (!info || !validIndex(param_index)) return;
-    info->name = kParams[size_t(param_index)].name;
-    info->type = kParams[size_t(param_index)].type;
-    info->explanation = kParams[size_t(param_index)].explanation;
+    qx::frei0r::describeParam(kParams, info, param_index);
 }
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height)
 {
-    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) return nullptr;
+    if (!qx::frei0r::usableFrameSize(width, height)) return nullptr;
     try {
         return new CompositorFilter(int(width), int(height));
     } catch (const std::exception&) {

@@ -139,6 +139,24 @@ const PluginKind kRectanglePlugin = {
     kRectSpan,     rectangleSettings,
 };
 
+void describeParam(std::span<const ParamInfo> params, f0r_param_info_t* info, int index)
+{
+    if (!info || index < 0 || size_t(index) >= params.size()) return;
+    const ParamInfo& param = params[size_t(index)];
+    info->name = param.name;
+    info->type = param.type;
+    info->explanation = param.explanation;
+}
+
+void readValue(const InstanceValues& values, std::span<const ParamInfo> params, int index, f0r_param_t param)
+{
+    if (params[size_t(index)].type == F0R_PARAM_STRING) {
+        *static_cast<const char**>(param) = values.texts[size_t(index)].c_str();
+    } else {
+        *static_cast<double*>(param) = values.numbers[size_t(index)];
+    }
+}
+
 double spanSeconds(double durationValue) { return clampUnit(durationValue) * kDurationScale; }
 
 float progressOver(double seconds, double span, double progressValue)

@@ -27,6 +27,18 @@ struct ParamInfo {
     const char* defaultText = "";
 };
 
+/// The largest frame side any filter of the set renders.
+inline constexpr unsigned kMaxFrameSide = 16384;
+
+/// Whether a host's frame size can be rendered: neither side 0 nor past kMaxFrameSide.
+inline bool usableFrameSize(unsigned width, unsigned height)
+{
+    return width > 0 && height > 0 && width <= kMaxFrameSide && height <= kMaxFrameSide;
+}
+
+/// Describes `params[index]` to a host; an index outside the list leaves `info` as it was.
+void describeParam(std::span<const ParamInfo> params, f0r_param_info_t* info, int index);
+
 /// The values of one instance, by parameter index: `texts` for strings, `numbers` for the
 /// others (booleans as 0 or 1).
 struct InstanceValues {
@@ -88,6 +100,9 @@ inline constexpr double kDurationScale = 1000.0;
 /// The progress for a frame at host time `time`: time over the span when the duration
 /// value is above 0 (clamped to 0..1), else the explicit progress value (clamped too).
 float progressAt(double time, bool milliseconds, double durationValue, double progressValue);
+
+/// Hands value `index` to a host: a string as a pointer to its text, else the double.
+void readValue(const InstanceValues& values, std::span<const ParamInfo> params, int index, f0r_param_t param);
 
 /// The span in seconds of a duration value.
 double spanSeconds(double durationValue);

@@ -11,8 +11,6 @@ using qx::frei0r::Frei0rFilter;
 
 const qx::frei0r::PluginKind& kKind = qx::frei0r::QX_FREI0R_KIND;
 
-constexpr int kMaxSide = 16384;
-
 Frei0rFilter* filterOf(f0r_instance_t instance) { return static_cast<Frei0rFilter*>(instance); }
 
 bool validIndex(int index) { return index >= 0 && size_t(index) < kKind.params.size(); }
@@ -46,16 +44,12 @@ void f0r_get_plugin_info(f0r_plugin_info_t* info)
 
 void f0r_get_param_info(f0r_param_info_t* info, int param_index)
 {
-    if (!info || !validIndex(param_index)) return;
-    const auto& param = kKind.params[size_t(param_index)];
-    info->name = param.name;
-    info->type = param.type;
-    info->explanation = param.explanation;
+    qx::frei0r::describeParam(kKind.params, info, param_index);
 }
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height)
 {
-    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) return nullptr;
+    if (!qx::frei0r::usableFrameSize(width, height)) return nullptr;
     try {
         return new Frei0rFilter(kKind, int(width), int(height));
     } catch (const std::exception&) {

@@ -31,7 +31,6 @@ constexpr std::array<ParamInfo, kCount> kParams = {{
      "Folder of the content pack (empty: the pack installed with the plugin, or the build's)"},
 }};
 
-constexpr int kMaxSide = 16384;
 constexpr double kAspectScale = 4.0;
 
 class TransitionMixer {
@@ -63,11 +62,7 @@ public:
     void get(int index, f0r_param_t param)
     {
         std::lock_guard guard(lock_);
-        if (kParams[size_t(index)].type == F0R_PARAM_STRING) {
-            *static_cast<const char**>(param) = values_.texts[size_t(index)].c_str();
-        } else {
-            *static_cast<double*>(param) = values_.numbers[size_t(index)];
-        }
+        qx::frei0r::readValue(values_, kParams, index, param);
     }
 
     size_t frameBytes() const { return size_t(width_) * size_t(height_) * sizeof(uint32_t); }
@@ -145,15 +140,12 @@ void f0r_get_plugin_info(f0r_plugin_info_t* info)
 
 void f0r_get_param_info(f0r_param_info_t* info, int param_index)
 {
-    if (!info || !validIndex(param_index)) return;
-    info->name = kParams[size_t(param_index)].name;
-    info->type = kParams[size_t(param_index)].type;
-    info->explanation = kParams[size_t(param_index)].explanation;
+    qx::frei0r::describeParam(kParams, info, param_index);
 }
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height)
 {
-    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) return nullptr;
+    if (!qx::frei0r::usableFrameSize(width, height)) return nullptr;
     try {
         return new TransitionMixer(int(width), int(height));
     } catch (const std::exception&) {

@@ -96,7 +96,7 @@ enum Property {
     PROP_DATA_PATH,
 };
 
-void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec)
+void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec)
 {
     AnimSrcState& s = stateOf(object);
     std::lock_guard lock(s.lock);
@@ -116,11 +116,11 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
         s.fpsD = gst_value_get_fraction_denominator(value);
         break;
     case PROP_DATA_PATH: s.dataPath = text(); break;
-    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 
-void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
+void getProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec)
 {
     AnimSrcState& s = stateOf(object);
     std::lock_guard lock(s.lock);
@@ -136,7 +136,7 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     case PROP_HEIGHT: g_value_set_int(value, s.height); break;
     case PROP_FRAMERATE: gst_value_set_fraction(value, s.fpsN, s.fpsD); break;
     case PROP_DATA_PATH: g_value_set_string(value, s.dataPath.c_str()); break;
-    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 

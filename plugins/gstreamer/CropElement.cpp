@@ -78,7 +78,7 @@ namespace {
 
 CropState& stateOf(gpointer object) { return *GST_QX_CROP(object)->state; }
 
-void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec)
+void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec)
 {
     CropState& s = stateOf(object);
     {
@@ -96,13 +96,13 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
             s.antiFlicker = g_value_get_int(value);
             s.crop->SetAntiFlickeringLevel(int16_t(s.antiFlicker));
             return;
-        default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec); return;
+        default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec); return;
         }
     }
     gst_base_transform_reconfigure_src(GST_BASE_TRANSFORM(object));
 }
 
-void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
+void getProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec)
 {
     CropState& s = stateOf(object);
     std::lock_guard lock(s.lock);
@@ -110,7 +110,7 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     case PROP_WIDTH: g_value_set_int(value, s.width); break;
     case PROP_HEIGHT: g_value_set_int(value, s.height); break;
     case PROP_ANTI_FLICKER: g_value_set_int(value, s.antiFlicker); break;
-    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec); break;
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec); break;
     }
 }
 

@@ -234,7 +234,7 @@ GstFlowReturn aggregateFrames(GstVideoAggregator* vagg, GstBuffer* outbuf)
     return GST_FLOW_OK;
 }
 
-void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec)
+void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec)
 {
     TransitionState& s = stateOf(object);
     GST_OBJECT_LOCK(object);
@@ -253,12 +253,12 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
         break;
     case kPropProgress: s.progress = g_value_get_double(value); break;
     case kPropDuration: s.duration = g_value_get_uint64(value); break;
-    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
     GST_OBJECT_UNLOCK(object);
 }
 
-void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
+void getProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec)
 {
     TransitionState& s = stateOf(object);
     GST_OBJECT_LOCK(object);
@@ -268,7 +268,7 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     case kPropAspect: g_value_set_float(value, s.aspect); break;
     case kPropProgress: g_value_set_double(value, s.progress); break;
     case kPropDuration: g_value_set_uint64(value, s.duration); break;
-    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    default: G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
     GST_OBJECT_UNLOCK(object);
 }
