@@ -22,6 +22,14 @@ if(QX_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# Shared objects are linked with every symbol resolved, except where clang's sanitizers
+# and the fuzzer's coverage leave their runtime to the executable that loads them.
+if(QX_LIBFUZZER OR (QX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+  set(QX_NO_UNDEFINED "")
+else()
+  set(QX_NO_UNDEFINED -Wl,--no-undefined)
+endif()
+
 # The default content pack as the build assembles it, laid out as it is installed.
 set(QX_DATA_DIR ${PROJECT_BINARY_DIR}/share/qxdynamiceffects/data)
 
@@ -56,7 +64,7 @@ function(qx_add_shared_library)
   # under the loader's lock of an unload, and the effects' worker threads, started on
   # first use, live as long as the process.
   target_link_options(qxdynamiceffects PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/host/exports.map
-                      -Wl,-z,nodelete -Wl,--no-undefined)
+                      -Wl,-z,nodelete ${QX_NO_UNDEFINED})
   set_property(TARGET qxdynamiceffects APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/host/exports.map)
   set_target_properties(qxdynamiceffects PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 5)
   install(TARGETS qxdynamiceffects LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

@@ -2,6 +2,7 @@
 
 #include "apps/qxfx/AudioTrack.h"
 #include "apps/qxfx/EffectStage.h"
+#include "apps/qxfx/FramePipeline.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -196,23 +197,29 @@ int renderClip(RenderRequest r, const OutputOptions& output)
     }
     const InterruptGuard interruption;
     ProgressBar bar("render", timeline.frames);
-    TimedFrame frame;
-    long written = 0;
-    while (!InterruptGuard::raised() && frames.next(frame)) {
-        effect.apply(frame);
-        if (out) {
-            if (audio) audio->writeUntil(frame.seconds);
-            out->writer().write(frame.frame, frame.seconds);
-        }
-        bar.update(++written);
-    }
+    double lastShown = 0.0;
+    const FrameStages stages{
+        .source = frames,
+        .middle = [&effect](TimedFrame& frame) { effect.apply(frame); },
+        .sink =
+            [&, written = 0L](const TimedFrame& frame) mutable {
+                if (out) {
+                    if (audio) audio->writeUntil(frame.seconds);
+                    out->writer().write(frame.frame, frame.seconds);
+                }
+                lastShown = frame.seconds;
+                bar.update(++written);
+            },
+        .stopRequested = [] { return InterruptGuard::raised(); },
+    };
+    const long written = runFrameStages(stages, output.encode.threads != 1);
     if (written == 0) throw CommandError("'" + r.input + "': no frame could be decoded");
     warnOfWhatWasLost(effect, reader.get(), r.effect.effectId);
     const bool interrupted = InterruptGuard::raised();
     if (out) {
         // Sound goes on to its own end unless the picture was cut short.
         const bool cut = interrupted || r.pacing.count;
-        if (audio) audio->finish(cut ? frame.seconds + 1.0 / rate : INFINITY);
+        if (audio) audio->finish(cut ? lastShown + 1.0 / rate : INFINITY);
         out->finish();
     }
     if (!interrupted) return 0;
