@@ -147,17 +147,24 @@ HRESULT CQXDynamicEffect::WorkProc(const transform::CDXTWorkInfoNTo1& workInfo, 
     const LONG width = workInfo.DoBnds.width();
     const LONG height = workInfo.DoBnds.height();
     EffectRunner* path = standIn ? standIn.get() : runner.get();
-    if (path && path->readsInputOnly()) {
-        // Whole rows of an input that the output does not share (a host may wrap one
-        // buffer as both) are read where they are, which saves a frame's copy.
-        const auto inPlace = input->wholeRowsToRead();
-        const auto written = output->wholeRowsInPlace();
-        const bool shared = !written.empty() && inPlace.data() < written.data() + written.size() &&
-                            written.data() < inPlace.data() + inPlace.size();
-        if (inPlace.size() == size_t(width) * size_t(height) && !shared) {
-            FrameWork work{{}, width, height, progress(), paramValues(), *output, inPlace.data()};
-            return path->run(work);
-        }
+    const size_t frameSamples = size_t(width) * size_t(height);
+    // A host may wrap one buffer as both input and output: in-place work then needs a copy.
+    const auto inPlace = input->wholeRowsToRead();
+    const auto written = output->wholeRowsInPlace();
+    const bool shared = !written.empty() && inPlace.data() < written.data() + written.size() &&
+                        written.data() < inPlace.data() + inPlace.size();
+    if (path && path->readsInputOnly() && inPlace.size() == frameSamples && !shared) {
+        // Whole rows of the input are read where they are, which saves a frame's copy.
+        FrameWork work{{}, width, height, progress(), paramValues(), *output, inPlace.data()};
+        return path->run(work);
+    }
+    if (path && path->drawsOnTheFrame() && written.size() == frameSamples && !shared) {
+        // The input is unpacked straight into the output's samples and drawn on there,
+        // which saves packing a frame back.
+        input->UnpackRect({written.data(), false, {0, 0, width, height}, 0});
+        FrameWork work{{}, width, height, progress(), paramValues(), *output};
+        work.inOutput = written.data();
+        return path->run(work);
     }
     pixel::FrameMemory frame = allocateFrame(width, height);
     if (!frame) return E_OUTOFMEMORY;

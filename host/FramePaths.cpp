@@ -97,12 +97,12 @@ HRESULT FlashAnimationRunner::run(FrameWork& work)
 
 HRESULT FrameRoutineRunner::run(FrameWork& work)
 {
-    draw2d::Bitmap bitmap(work.width, work.height, work.width * 4, work.frame.get());
+    draw2d::Bitmap bitmap(work.width, work.height, work.width * 4, work.canvas());
     if (bitmap.status() != draw2d::Status::Ok) return S_OK;
     routine_->draw(bitmap, work.progress, work.params);
     draw2d::BitmapData bits;
     if (bitmap.lockBits(bits) != draw2d::Status::Ok || !bits.scan0) return E_FAIL;
-    work.output.PackRect(packedRect(bits.scan0, work.width, work.height));
+    if (!work.inOutput) work.output.PackRect(packedRect(bits.scan0, work.width, work.height));
     bitmap.unlockBits();
     return S_OK;
 }

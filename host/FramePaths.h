@@ -27,8 +27,13 @@ struct FrameWork {
     /// The input's samples themselves, for a runner that only reads them (`frame` is then
     /// null); null when `frame` holds a copy.
     const uint32_t* input = nullptr;
+    /// The output's own samples holding a copy of the input, for a runner that draws on
+    /// the frame: it draws there and packs nothing (`frame` is then null).
+    uint32_t* inOutput = nullptr;
 
     const uint32_t* source() const { return input ? input : frame.get(); }
+    /// The frame a runner draws on: the output's samples, or the copy to pack.
+    uint32_t* canvas() { return inOutput ? inOutput : frame.get(); }
 };
 
 class EffectRunner {
@@ -37,6 +42,9 @@ public:
     virtual HRESULT run(FrameWork& work) = 0;
     /// True for a runner that only reads the input frame, and may read it in place.
     virtual bool readsInputOnly() const { return false; }
+    /// True for a runner that draws on a copy of the input frame, and may draw on it in
+    /// the output's own samples.
+    virtual bool drawsOnTheFrame() const { return false; }
 };
 
 /// A frame buffer for one Execute, left uninitialised since it is filled at once; null
@@ -104,6 +112,7 @@ class FrameRoutineRunner final : public EffectRunner {
 public:
     explicit FrameRoutineRunner(std::unique_ptr<FrameRoutine> routine) : routine_(std::move(routine)) {}
     HRESULT run(FrameWork& work) override;
+    bool drawsOnTheFrame() const override { return true; }
 
 private:
     std::unique_ptr<FrameRoutine> routine_;

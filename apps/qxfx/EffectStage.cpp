@@ -30,14 +30,8 @@ float EffectStage::progressAt(double seconds) const
 void EffectStage::apply(TimedFrame& frame)
 {
     if (!covers(frame.seconds)) return;
-    std::copy(frame.frame.samples.begin(), frame.frame.samples.end(), session_.input().samples.begin());
-    session_.process(progressAt(frame.seconds));
     ++rendered_;
-    if (session_.output().samples == frame.frame.samples) {
-        ++unchanged_;
-        return;
-    }
-    std::copy(session_.output().samples.begin(), session_.output().samples.end(), frame.frame.samples.begin());
+    if (!session_.processInPlace(frame.frame, progressAt(frame.seconds))) ++unchanged_;
 }
 
 }  // namespace qx::qxfx

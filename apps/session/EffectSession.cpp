@@ -81,12 +81,36 @@ void EffectSession::select(const EffectSettings& settings)
     host_->put_AspectRatio(settings.aspectRatio);
 }
 
-void EffectSession::process(float progress)
+HRESULT EffectSession::execute(float progress)
 {
     host_->put_Progress(std::clamp(progress, 0.0f, 1.0f));
-    if (const HRESULT hr = host_->Execute(nullptr, nullptr, nullptr); FAILED(hr)) {
-        throw CommandError("Execute of " + effectName(effectId_) + " failed (" + hresultText(hr) + ")");
+    return host_->Execute(nullptr, nullptr, nullptr);
+}
+
+void EffectSession::checkExecuted(HRESULT hr) const
+{
+    if (FAILED(hr)) throw CommandError("Execute of " + effectName(effectId_) + " failed (" + hresultText(hr) + ")");
+}
+
+void EffectSession::process(float progress) { checkExecuted(execute(progress)); }
+
+bool EffectSession::processInPlace(Frame& frame, float progress)
+{
+    if (frame.samples.size() != input_.samples.size()) {
+        throw CommandError("a frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
+                           " for an effect set up at " + std::to_string(input_.width) + "x" +
+                           std::to_string(input_.height));
     }
+    // The host holds its surfaces from Setup on, as an editor's do; each frame's samples
+    // are put under them, and the session's own frames go back afterwards.
+    inputSurface_->rewrap(frame.samples);
+    const HRESULT hr = execute(progress);
+    inputSurface_->rewrap(input_.samples);
+    checkExecuted(hr);
+    const bool changed = output_.samples != frame.samples;
+    std::swap(frame.samples, output_.samples);
+    outputSurface_->rewrap(output_.samples);
+    return changed;
 }
 
 }  // namespace qx::qxfx

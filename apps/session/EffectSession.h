@@ -41,8 +41,15 @@ public:
     /// Renders the input at `progress` (0 at the first frame, 1 at the last) into the
     /// output; CommandError when Execute fails.
     void process(float progress);
+    /// Renders `frame` (of the session's size) at `progress` without copying it in or
+    /// out: the effect reads the frame's own samples, and its output then changes places
+    /// with them. True when the output differs from the frame that came in.
+    bool processInPlace(Frame& frame, float progress);
 
 private:
+    HRESULT execute(float progress);
+    void checkExecuted(HRESULT hr) const;
+
     void select(const EffectSettings& settings);
 
     LONG effectId_;

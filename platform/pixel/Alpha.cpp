@@ -91,6 +91,13 @@ __attribute__((target_clones("avx2", "default"))) bool copyAndCheckOpaque(std::s
     return (all & kAlphaMask) == kAlphaMask;
 }
 
+__attribute__((target_clones("avx2", "default"))) void copyOpaque(std::span<const uint32_t> source,
+                                                                  std::span<uint32_t> target)
+{
+    const size_t n = std::min(source.size(), target.size());
+    for (size_t i = 0; i < n; ++i) target[i] = source[i] | kAlphaMask;
+}
+
 // Opaque rows, the common case, are recognised by a vectorised scan and left alone.
 void premultiply(std::span<uint32_t> samples)
 {

@@ -17,6 +17,10 @@ bool allOpaque(std::span<const uint32_t> samples);
 /// whether every sample has alpha 255.
 bool copyAndCheckOpaque(std::span<const uint32_t> source, std::span<uint32_t> target);
 
+/// Copies `source` into `target` (at least as long) with every alpha set to 255, for
+/// pictures that have no alpha of their own.
+void copyOpaque(std::span<const uint32_t> source, std::span<uint32_t> target);
+
 /// Premultiplies each colour channel by alpha (rounded), in place or from `source`.
 void premultiply(std::span<uint32_t> samples);
 void premultiply(std::span<const uint32_t> source, std::span<uint32_t> target);

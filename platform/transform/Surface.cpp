@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <mutex>
 #include <new>
 
 namespace qx::transform {
@@ -28,6 +29,14 @@ std::shared_ptr<DXSurface> DXSurface::wrap(std::span<uint32_t> samples, LONG wid
 {
     if (width < 0 || height < 0 || samples.size() < size_t(width) * size_t(height)) return nullptr;
     return std::shared_ptr<DXSurface>(new DXSurface(samples, {}, width, height));
+}
+
+bool DXSurface::rewrap(std::span<uint32_t> samples)
+{
+    if (!storage_.empty() || samples.size() < size_t(width_) * size_t(height_)) return false;
+    const std::lock_guard hold(access_);
+    samples_ = samples;
+    return true;
 }
 
 HRESULT DXSurface::LockSurface(const Bounds* bounds, ULONG timeoutMs, DWORD flags, std::unique_ptr<SurfaceLock>& lock)

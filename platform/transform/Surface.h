@@ -57,6 +57,11 @@ public:
     /// A surface over caller memory of at least `width * height` samples, which must
     /// outlive it.
     static std::shared_ptr<DXSurface> wrap(std::span<uint32_t> samples, LONG width, LONG height);
+    /// Points a surface made by wrap() at other caller memory of at least its size, as a
+    /// host hands over each frame's own buffer rather than copying it in; waits for the
+    /// locks held to be released. False for a surface that owns its samples, or memory too
+    /// small.
+    bool rewrap(std::span<uint32_t> samples);
 
     Bounds GetBounds() const { return {0, 0, width_, height_}; }
 

@@ -1,5 +1,7 @@
 #include "platform/video/MovieReader.h"
 
+#include "platform/pixel/Alpha.h"
+
 #include <cstring>
 
 extern "C" {
@@ -301,7 +303,6 @@ bool MovieReader::convert(std::span<uint32_t> out)
         return false;
     }
     const bool opaque = !(format->flags & AV_PIX_FMT_FLAG_ALPHA);
-    const uint32_t alpha = opaque ? 0xFF000000u : 0u;
     const bool banded = in.width == width_ && in.height == height_ && !(format->flags & AV_PIX_FMT_FLAG_PAL);
     const int band = banded ? kBandRows : in.height;
     for (int top = 0; top < in.height; top += band) {
@@ -312,10 +313,15 @@ bool MovieReader::convert(std::span<uint32_t> out)
         const int first = banded ? top : 0;
         const int count = banded ? rows : height_;
         for (int y = first; y < first + count; ++y) {
-            const auto* row =
-                reinterpret_cast<const uint32_t*>(converted_->data[0] + ptrdiff_t(y) * converted_->linesize[0]);
-            uint32_t* target = out.data() + size_t(y) * size_t(width_);
-            for (int x = 0; x < width_; ++x) target[x] = row[x] | alpha;
+            const std::span row(
+                reinterpret_cast<const uint32_t*>(converted_->data[0] + ptrdiff_t(y) * converted_->linesize[0]),
+                size_t(width_));
+            const std::span target = out.subspan(size_t(y) * size_t(width_), size_t(width_));
+            if (opaque) {
+                pixel::copyOpaque(row, target);
+            } else {
+                std::copy(row.begin(), row.end(), target.begin());
+            }
         }
     }
     av_frame_unref(decoded_.get());

@@ -56,7 +56,8 @@ struct Seen {
     std::vector<double> times;
 };
 
-FrameStages stagesOf(CountingFrames& source, Seen& seen, const std::function<bool()>& stop = [] { return false; })
+FrameStages stagesOf(
+    CountingFrames& source, Seen& seen, const std::function<bool()>& stop = [] { return false; })
 {
     return {
         .source = source,
@@ -98,8 +99,8 @@ TEST_P(FrameStagesBothWays, AStopEndsTheRunAndKeepsWhatTheMiddleFinished)
 {
     CountingFrames source(1'000'000);
     Seen seen;
-    const long written = runFrameStages(stagesOf(source, seen, [&seen] { return seen.middle.size() >= 30; }),
-                                        GetParam());
+    const long written =
+        runFrameStages(stagesOf(source, seen, [&seen] { return seen.middle.size() >= 30; }), GetParam());
     EXPECT_EQ(written, 30);
     EXPECT_EQ(seen.sink.size(), 30u);
     // The reader stopped soon after, rather than reading the whole clip.
@@ -133,8 +134,14 @@ TEST_P(FrameStagesBothWays, AnErrorOfTheMiddleOrTheSinkStopsTheReader)
         };
         const FrameStages stages{
             .source = source,
-            .middle = [&](TimedFrame& frame) { if (!inSink) failAtTen(frame); },
-            .sink = [&](const TimedFrame& frame) { if (inSink) failAtTen(frame); },
+            .middle =
+                [&](TimedFrame& frame) {
+                    if (!inSink) failAtTen(frame);
+                },
+            .sink =
+                [&](const TimedFrame& frame) {
+                    if (inSink) failAtTen(frame);
+                },
             .stopRequested = [] { return false; },
         };
         EXPECT_THROW(runFrameStages(stages, GetParam()), std::runtime_error);

@@ -1,7 +1,9 @@
 // EffectSession, the driver that qxfx and the frei0r filter share: it selects and sets up
 // the effect as an editor does and renders frames the way the host renders them.
 #include "apps/session/EffectSession.h"
+#include "platform/os/WideText.h"
 #include "tests/host/EffectHarness.h"
+#include "tests/host/ProcessorEffects.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +74,45 @@ TEST(EffectSessionFrames, RenderAsTheHostDoes)
     const auto atEnd = session.output().samples;
     session.process(1.0f);
     EXPECT_EQ(session.output().samples, atEnd);
+}
+
+TEST(EffectSessionFrames, InPlaceFramesAreTheCopiedOnes)
+{
+    // Frames rendered in their own buffers (the surfaces put over each frame's samples,
+    // the output changing places with them) against frames copied in and out. An effect
+    // with state or random draws gives another frame at each Execute; only those that
+    // repeat themselves at one progress can be compared this way.
+    constexpr int kWidth = 61;
+    constexpr int kHeight = 40;
+    const auto gradient = test::gradientFrame(kWidth, kHeight);
+    int compared = 0;
+    for (const EffectDescriptor& effect : EffectTable) {
+        if (!test::computedOnTheProcessor(effect)) continue;
+        EffectSettings settings;
+        settings.effectId = effect.id;
+        settings.params = os::toUtf8(test::workingParams(effect));
+        EffectSession session(settings, kWidth, kHeight);
+        std::copy(gradient.begin(), gradient.end(), session.input().samples.begin());
+        bool repeats = true;
+        for (const float progress : {0.0f, 0.5f, 1.0f}) {
+            session.process(progress);
+            const std::vector<uint32_t> copied = session.output().samples;
+            session.process(progress);
+            repeats = session.output().samples == copied;
+            if (!repeats) break;
+            Frame frame{kWidth, kHeight, gradient};
+            const bool changed = session.processInPlace(frame, progress);
+            EXPECT_EQ(frame.samples, copied) << "effect " << effect.id << ", progress " << progress;
+            EXPECT_EQ(changed, copied != gradient) << "effect " << effect.id;
+        }
+        compared += repeats;
+    }
+    // The pans, zooms, fades and colour effects at least.
+    EXPECT_GE(compared, 12);
+
+    EffectSession session(EffectSettings{}, kWidth, kHeight);
+    Frame wrongSize = makeFrame(kWidth, kHeight + 1);
+    EXPECT_THROW(session.processInPlace(wrongSize, 0.0f), CommandError);
 }
 
 }  // namespace
