@@ -198,10 +198,10 @@ int renderClip(RenderRequest r, const OutputOptions& output)
     const InterruptGuard interruption;
     ProgressBar bar("render", timeline.frames);
     double lastShown = 0.0;
-    const FrameStages stages{
-        .source = frames,
+    const Stages<TimedFrame> stages{
+        .read = [&frames](TimedFrame& frame) { return frames.next(frame); },
         .middle = [&effect](TimedFrame& frame) { effect.apply(frame); },
-        .sink =
+        .write =
             [&, written = 0L](const TimedFrame& frame) mutable {
                 if (out) {
                     if (audio) audio->writeUntil(frame.seconds);
@@ -212,7 +212,7 @@ int renderClip(RenderRequest r, const OutputOptions& output)
             },
         .stopRequested = [] { return InterruptGuard::raised(); },
     };
-    const long written = runFrameStages(stages, output.encode.threads != 1);
+    const long written = runStages(stages, output.encode.threads != 1);
     if (written == 0) throw CommandError("'" + r.input + "': no frame could be decoded");
     warnOfWhatWasLost(effect, reader.get(), r.effect.effectId);
     const bool interrupted = InterruptGuard::raised();

@@ -1,6 +1,7 @@
 #include "apps/qxfx/TransitionCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/FramePipeline.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/RetimedClip.h"
 #include "apps/qxfx/VideoReader.h"
@@ -37,7 +38,8 @@ constexpr const char* kUsage =
     "                       number pattern (frames/f-%04d.png)\n"
     "      --discard        render and drop the frames (for timing)\n"
     "      --lossless       a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
-    "      --threads N      FFmpeg decoding and encoding threads (default 0: automatic)\n";
+    "      --threads N      FFmpeg decoding and encoding threads; reading, the transition\n"
+    "                       and writing run at once unless N is 1 (default 0: every core)\n";
 
 constexpr long kMaxFrames = 100'000'000;
 
@@ -122,6 +124,41 @@ Timeline timelineOf(long firstFrames, long secondFrames, double overlapSeconds, 
     return {firstFrames, secondFrames, std::clamp(wanted, 1L, std::min(firstFrames, secondFrames))};
 }
 
+/// One output frame of the transition: the frames of both clips at its time as read, and
+/// after the middle stage the frame shown in `first`.
+struct TransitionStep {
+    long index = 0;
+    Frame first;
+    Frame second;
+};
+
+// Reads the clips' frames for each output frame in turn: the first clip's while it lasts
+// (a first clip shorter than its count holds its last frame), the second's from the start
+// of the transition.
+std::function<bool(TransitionStep&)> readSteps(VideoReader& first, const std::string& firstPath, RetimedClip& second,
+                                               const Timeline& timeline)
+{
+    return
+        [&first, firstPath, &second, timeline, held = Frame{}, ended = false, next = 0L](TransitionStep& step) mutable {
+            if (next >= timeline.total()) return false;
+            step.index = next++;
+            const int width = first.width();
+            const int height = first.height();
+            if (step.index < timeline.firstFrames) {
+                fitFrame(held, width, height);
+                if (!ended && !first.read(held)) ended = true;
+                if (ended && step.index == 0) throw CommandError("'" + firstPath + "': no frame could be decoded");
+                fitFrame(step.first, width, height);
+                std::copy(held.samples.begin(), held.samples.end(), step.first.samples.begin());
+            }
+            if (step.index >= timeline.transitionStart()) {
+                fitFrame(step.second, width, height);
+                second.read(step.index - timeline.transitionStart(), step.second);
+            }
+            return true;
+        };
+}
+
 int transition(const TransitionOptions& o)
 {
     VideoReader first(o.first, o.threads);
@@ -138,19 +175,24 @@ int transition(const TransitionOptions& o)
                                                o.threads, o.lossless);
     }
     ProgressBar bar("transition", timeline.total());
-    bool firstEnded = false;
-    for (long i = 0; i < timeline.total(); ++i) {
-        // A first clip shorter than its count holds its last frame.
-        if (i < timeline.firstFrames && !firstEnded && !first.read(job.first())) firstEnded = true;
-        if (firstEnded && i == 0) throw CommandError("'" + o.first + "': no frame could be decoded");
-        const bool inSecond = i >= timeline.transitionStart();
-        if (inSecond) second.read(i - timeline.transitionStart(), job.second());
-        const Frame& shown = !inSecond                  ? job.first()
-                             : i < timeline.firstFrames ? job.run(timeline.progress(i))
-                                                        : job.second();
-        if (writer) writer->write(shown);
-        bar.update(i + 1);
-    }
+    const Stages<TransitionStep> stages{
+        .read = readSteps(first, o.first, second, timeline),
+        .middle =
+            [&](TransitionStep& step) {
+                if (step.index < timeline.transitionStart()) return;
+                if (step.index >= timeline.firstFrames) {
+                    std::swap(step.first, step.second);  // the second clip alone
+                    return;
+                }
+                job.runInPlace(step.first, step.second, timeline.progress(step.index));
+            },
+        .write =
+            [&](const TransitionStep& step) {
+                if (writer) writer->write(step.first);
+                bar.update(step.index + 1);
+            },
+    };
+    runStages(stages, o.threads != 1);
     if (writer) writer->finish();
     return 0;
 }

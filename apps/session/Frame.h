@@ -39,4 +39,11 @@ inline Frame makeFrame(int width, int height)
     }
 }
 
+/// Gives `frame` the size asked for, making it anew only when its size differs, so that a
+/// buffer that goes round keeps its samples.
+inline void fitFrame(Frame& frame, int width, int height)
+{
+    if (frame.width != width || frame.height != height || frame.samples.empty()) frame = makeFrame(width, height);
+}
+
 }  // namespace qx::qxfx

@@ -51,11 +51,30 @@ TransitionJob::TransitionJob(const TransitionSettings& settings, int width, int 
 
 const Frame& TransitionJob::run(float progress)
 {
-    if (FAILED(transform_->put_Progress(std::clamp(progress, 0.0f, 1.0f))) ||
-        FAILED(transform_->Execute(nullptr, nullptr, nullptr))) {
-        throw CommandError("the transition failed on a frame");
-    }
+    if (!execute(progress)) throw CommandError("the transition failed on a frame");
     return output_;
+}
+
+void TransitionJob::runInPlace(Frame& first, Frame& second, float progress)
+{
+    if (first.samples.size() != output_.samples.size() || second.samples.size() != output_.samples.size())
+        throw CommandError("a frame of another size than the transition's");
+    // The transform holds its surfaces from Setup on, as an editor's do; the frames'
+    // samples are put under them, and the job's own frames go back afterwards.
+    firstSurface_->rewrap(first.samples);
+    secondSurface_->rewrap(second.samples);
+    const bool executed = execute(progress);
+    firstSurface_->rewrap(first_.samples);
+    secondSurface_->rewrap(second_.samples);
+    if (!executed) throw CommandError("the transition failed on a frame");
+    std::swap(first.samples, output_.samples);
+    outputSurface_->rewrap(output_.samples);
+}
+
+bool TransitionJob::execute(float progress)
+{
+    return SUCCEEDED(transform_->put_Progress(std::clamp(progress, 0.0f, 1.0f))) &&
+           SUCCEEDED(transform_->Execute(nullptr, nullptr, nullptr));
 }
 
 std::string whyNoScene(const TransitionSettings& settings)

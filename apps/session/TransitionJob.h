@@ -37,8 +37,13 @@ public:
 
     /// The transition's frame at `progress` (0 to 1); CommandError when Execute fails.
     const Frame& run(float progress);
+    /// The transition's frame at `progress` between `first` and `second` (of the job's
+    /// size), rendered from their own samples without copying them in, into `first`.
+    void runInPlace(Frame& first, Frame& second, float progress);
 
 private:
+    bool execute(float progress);
+
     Frame first_;
     Frame second_;
     Frame output_;

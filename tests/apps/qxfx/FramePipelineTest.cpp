@@ -2,6 +2,7 @@
 // the caller's thread, buffers go round rather than being made per frame, and a stop or
 // an error in any stage ends the run without a hang and without losing processed frames.
 #include "apps/qxfx/FramePipeline.h"
+#include "apps/qxfx/FrameSource.h"
 
 #include <gtest/gtest.h>
 
@@ -52,123 +53,120 @@ void unevenDelay(uint32_t index)
 
 struct Seen {
     std::vector<uint32_t> middle;
-    std::vector<uint32_t> sink;
+    std::vector<uint32_t> written;
     std::vector<double> times;
 };
 
-FrameStages stagesOf(
+Stages<TimedFrame> stagesOf(
     CountingFrames& source, Seen& seen, const std::function<bool()>& stop = [] { return false; })
 {
     return {
-        .source = source,
+        .read = [&source](TimedFrame& frame) { return source.next(frame); },
         .middle =
             [&seen](TimedFrame& frame) {
                 seen.middle.push_back(frame.frame.samples[0]);
                 unevenDelay(frame.frame.samples[0]);
-                frame.frame.samples[0] += 1000;  // what the sink must see
+                frame.frame.samples[0] += 1000;  // what the writer must see
             },
-        .sink =
+        .write =
             [&seen](const TimedFrame& frame) {
                 unevenDelay(frame.frame.samples[0] / 3);
-                seen.sink.push_back(frame.frame.samples[0]);
+                seen.written.push_back(frame.frame.samples[0]);
                 seen.times.push_back(frame.seconds);
             },
         .stopRequested = stop,
     };
 }
 
-class FrameStagesBothWays : public ::testing::TestWithParam<bool> {};
+class StagesBothWays : public ::testing::TestWithParam<bool> {};
 
-TEST_P(FrameStagesBothWays, EveryFrameReachesTheSinkOnceInOrderWithTheMiddlesWork)
+TEST_P(StagesBothWays, EveryFrameIsWrittenOnceInOrderWithTheMiddlesWork)
 {
     CountingFrames source(400);
     Seen seen;
-    EXPECT_EQ(runFrameStages(stagesOf(source, seen), GetParam()), 400);
+    EXPECT_EQ(runStages(stagesOf(source, seen), GetParam()), 400);
     ASSERT_EQ(seen.middle.size(), 400u);
-    ASSERT_EQ(seen.sink.size(), 400u);
+    ASSERT_EQ(seen.written.size(), 400u);
     for (uint32_t i = 0; i < 400; ++i) {
         EXPECT_EQ(seen.middle[i], i);
-        EXPECT_EQ(seen.sink[i], i + 1000);
+        EXPECT_EQ(seen.written[i], i + 1000);
         EXPECT_DOUBLE_EQ(seen.times[i], double(i) / 25.0);
     }
     // Buffers go round: a handful are made for the whole run, not one a frame.
     EXPECT_LE(source.buffersMade(), 8);
 }
 
-TEST_P(FrameStagesBothWays, AStopEndsTheRunAndKeepsWhatTheMiddleFinished)
+TEST_P(StagesBothWays, AStopEndsTheRunAndKeepsWhatTheMiddleFinished)
 {
     CountingFrames source(1'000'000);
     Seen seen;
-    const long written =
-        runFrameStages(stagesOf(source, seen, [&seen] { return seen.middle.size() >= 30; }), GetParam());
+    const long written = runStages(stagesOf(source, seen, [&seen] { return seen.middle.size() >= 30; }), GetParam());
     EXPECT_EQ(written, 30);
-    EXPECT_EQ(seen.sink.size(), 30u);
+    EXPECT_EQ(seen.written.size(), 30u);
     // The reader stopped soon after, rather than reading the whole clip.
     EXPECT_LT(source.read(), 50);
 }
 
-TEST_P(FrameStagesBothWays, AnErrorOfTheSourceIsThrownToTheCaller)
+TEST_P(StagesBothWays, AnErrorOfTheSourceIsThrownToTheCaller)
 {
     CountingFrames source(1000, 57);
     Seen seen;
     EXPECT_THROW(
         {
             try {
-                runFrameStages(stagesOf(source, seen), GetParam());
+                runStages(stagesOf(source, seen), GetParam());
             } catch (const std::runtime_error& error) {
                 EXPECT_STREQ(error.what(), "damaged at frame 57");
                 throw;
             }
         },
         std::runtime_error);
-    EXPECT_LE(seen.sink.size(), 57u);
+    EXPECT_LE(seen.written.size(), 57u);
 }
 
-TEST_P(FrameStagesBothWays, AnErrorOfTheMiddleOrTheSinkStopsTheReader)
+TEST_P(StagesBothWays, AnErrorOfTheMiddleOrTheWriterStopsTheReader)
 {
-    for (const bool inSink : {false, true}) {
-        SCOPED_TRACE(inSink ? "sink" : "middle");
+    for (const bool inWriter : {false, true}) {
+        SCOPED_TRACE(inWriter ? "writer" : "middle");
         CountingFrames source(1'000'000);
         const auto failAtTen = [](const TimedFrame& frame) {
             if (frame.frame.samples[0] % 1000 == 10) throw std::runtime_error("disk full");
         };
-        const FrameStages stages{
-            .source = source,
+        const Stages<TimedFrame> stages{
+            .read = [&source](TimedFrame& frame) { return source.next(frame); },
             .middle =
                 [&](TimedFrame& frame) {
-                    if (!inSink) failAtTen(frame);
+                    if (!inWriter) failAtTen(frame);
                 },
-            .sink =
+            .write =
                 [&](const TimedFrame& frame) {
-                    if (inSink) failAtTen(frame);
+                    if (inWriter) failAtTen(frame);
                 },
-            .stopRequested = [] { return false; },
         };
-        EXPECT_THROW(runFrameStages(stages, GetParam()), std::runtime_error);
+        EXPECT_THROW(runStages(stages, GetParam()), std::runtime_error);
         EXPECT_LT(source.read(), 30);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Threads, FrameStagesBothWays, ::testing::Bool(),
+INSTANTIATE_TEST_SUITE_P(Threads, StagesBothWays, ::testing::Bool(),
                          [](const auto& run) { return run.param ? "Threaded" : "InTurn"; });
 
-TEST(FrameStages, TheMiddleStageRunsOnTheCallersThread)
+TEST(Stages, TheMiddleStageRunsOnTheCallersThread)
 {
     // The effect host is set up on the caller's thread, where a 3D effect's drawing
     // context is current: every Execute must come from there.
     CountingFrames source(50);
     const std::thread::id caller = std::this_thread::get_id();
     std::atomic<int> elsewhere = 0;
-    std::atomic<int> sinkOnCaller = 0;
-    const FrameStages stages{
-        .source = source,
+    std::atomic<int> writtenOnCaller = 0;
+    const Stages<TimedFrame> stages{
+        .read = [&source](TimedFrame& frame) { return source.next(frame); },
         .middle = [&](TimedFrame&) { elsewhere += std::this_thread::get_id() != caller; },
-        .sink = [&](const TimedFrame&) { sinkOnCaller += std::this_thread::get_id() == caller; },
-        .stopRequested = [] { return false; },
+        .write = [&](const TimedFrame&) { writtenOnCaller += std::this_thread::get_id() == caller; },
     };
-    EXPECT_EQ(runFrameStages(stages, true), 50);
+    EXPECT_EQ(runStages(stages, true), 50);
     EXPECT_EQ(elsewhere, 0);
-    EXPECT_EQ(sinkOnCaller, 0);  // writing runs beside it
+    EXPECT_EQ(writtenOnCaller, 0);  // writing runs beside it
 }
 
 }  // namespace
