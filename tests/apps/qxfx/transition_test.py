@@ -65,6 +65,8 @@ def transition(qxfx, work, first, second, overlap, name, *extra):
 def test_same_size(qxfx, work, first, second):
     a, b = frames_of(first, work), frames_of(second, work)
     out = transition(qxfx, work, first, second, 0.5, "same.mkv")
+    in_turn = transition(qxfx, work, first, second, 0.5, "same-in-turn.mkv", "--threads", "1")
+    check("the same frames in turn as in a pipeline", in_turn == out)
     check("frame count: both clips less the overlap", len(out) == 35, f"{len(out)} frames")
     check("the first clip plays unchanged before the transition", out[:15] == a[:15])
     check("the second clip plays on unchanged after it", out[20:] == b[5:])

@@ -155,6 +155,23 @@ def test_span(work):
           result.stderr if not ok else f"untouched {untouched}, fading {faded_in}")
 
 
+def test_threads(work):
+    # Reading, the effect and writing run at once by default; one thread runs them in
+    # turn. The frames and their times must not depend on it.
+    clip = os.path.join(work, "threads.mkv")
+    ffmpeg("-f", "lavfi", "-i", "testsrc2=size=160x90:rate=25", "-t", "4", "-c:v", "ffv1", clip)
+    outputs = []
+    for threads in ("1", "0", "3"):
+        out = os.path.join(work, f"threads-{threads}.mkv")
+        result = qxfx("render", "-i", clip, "-e", "0", "--start", "1", "--length", "2", "--lossless",
+                      "--threads", threads, "-o", out)
+        outputs.append((result.returncode, rgb_frames(out, 160, 90), frame_times(out)))
+    one = outputs[0]
+    check("frames and times are the same in turn and in a pipeline", one[0] == 0 and len(one[1]) == 100
+          and all(other == one for other in outputs[1:]),
+          f"exits {[o[0] for o in outputs]}, frames {[len(o[1]) for o in outputs]}")
+
+
 def test_params():
     cases = [("abc;", "slot 0 (left"), ("100 100 900 900", "no ';'"), ("", "slot 0 (left"),
              ("100;100;", "slot 2 (right"), ("100;100;900;2000;", "slot 3 (bottom"), ("1;2;3;4;5;", "5 values")]
@@ -288,6 +305,7 @@ def main():
     test_pattern_rate(work)
     test_rotation(work)
     test_span(work)
+    test_threads(work)
     test_params()
     test_safe_output(work, clip)
     test_interrupt(work)
