@@ -1,17 +1,17 @@
 #include "apps/qxfx/AnimJob.h"
 
+#include "apps/qxfx/StageQueue.h"
+
 #include "filters/Anim3DVideoSource.h"
 #include "platform/media/HostFilters.h"
 #include "platform/os/FilePath.h"
 #include "platform/os/WideText.h"
+#include "platform/pixel/Alpha.h"
 #include "wrap3d/DataPath.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <cstring>
 #include <exception>
 #include <filesystem>
-#include <mutex>
 
 namespace qx::qxfx {
 namespace {
@@ -57,14 +57,27 @@ com::ComPtr<CAnim3DVideoSource> makeSource(const AnimSettings& settings)
     return source;
 }
 
-/// What the sink end shares with the waiting caller.
+/// Frames between the source's stream thread, which renders them into spare buffers, and
+/// the caller, which hands each on (encodes it) while the next one is rendered.
 struct Delivery {
-    std::mutex lock;
-    std::condition_variable changed;
-    long received = 0;
+    // One frame rendered, one waiting, one handed on.
+    static constexpr int kBuffers = 3;
+
+    StageQueue<Frame> spare;
+    StageQueue<Frame> ready;
     long wanted = 0;
-    std::exception_ptr failure;
+    long delivered = 0;  // by the stream thread
 };
+
+// The sample's bottom-up rows, top-down; RGB32 carries no alpha.
+void copyUpright(const uint32_t* bottomUp, Frame& frame)
+{
+    const size_t row = size_t(frame.width);
+    for (int y = 0; y < frame.height; ++y) {
+        const std::span in(bottomUp + size_t(frame.height - 1 - y) * row, row);
+        pixel::copyOpaque(in, std::span(frame.samples).subspan(size_t(y) * row, row));
+    }
+}
 
 }  // namespace
 
@@ -84,29 +97,21 @@ void renderComposition(const AnimSettings& settings, long frames,
 {
     useDataPath(settings.dataPath);
     const auto source = makeSource(settings);
-    Frame frame = makeFrame(settings.width, settings.height);
     Delivery delivery;
     delivery.wanted = frames;
-    const auto takeSample = [&](media::IMediaSample& sample) -> HRESULT {
-        std::lock_guard guard(delivery.lock);
-        if (delivery.received >= delivery.wanted || delivery.failure) return S_FALSE;
+    for (int i = 0; i < Delivery::kBuffers; ++i) {
+        Frame buffer = makeFrame(settings.width, settings.height);
+        delivery.spare.give(buffer);
+    }
+    const auto takeSample = [&delivery](media::IMediaSample& sample) -> HRESULT {
+        Frame frame;
+        // No spare buffer comes back once the caller has stopped.
+        if (delivery.delivered >= delivery.wanted || !delivery.spare.take(frame)) return S_FALSE;
         BYTE* bytes = nullptr;
         sample.GetPointer(&bytes);
-        const size_t row = size_t(frame.width);
-        for (int y = 0; y < frame.height; ++y) {
-            // Bottom-up rows in, top-down out; RGB32 carries no alpha.
-            const auto* in = reinterpret_cast<const uint32_t*>(bytes) + size_t(frame.height - 1 - y) * row;
-            uint32_t* out = frame.samples.data() + size_t(y) * row;
-            for (size_t x = 0; x < row; ++x) out[x] = in[x] | 0xFF000000u;
-        }
-        try {
-            receive(frame, delivery.received);
-        } catch (...) {
-            delivery.failure = std::current_exception();
-        }
-        ++delivery.received;
-        delivery.changed.notify_all();
-        return delivery.received >= delivery.wanted || delivery.failure ? S_FALSE : S_OK;
+        copyUpright(reinterpret_cast<const uint32_t*>(bytes), frame);
+        delivery.ready.give(frame);
+        return ++delivery.delivered >= delivery.wanted ? S_FALSE : S_OK;
     };
     const auto sink = media::CHostSink::Create([](const media::CMediaType&) { return S_OK; }, takeSample);
     if (!sink || FAILED(source->Stream().Connect(&sink->Input(), nullptr))) {
@@ -120,18 +125,24 @@ void renderComposition(const AnimSettings& settings, long frames,
     sink->Pause();
     source->Pause();
     bool stalled = false;
-    {
-        std::unique_lock wait(delivery.lock);
-        long seen = -1;
-        while (!stalled && delivery.received < frames && !delivery.failure) {
-            seen = delivery.received;
-            stalled = !delivery.changed.wait_for(wait, kFrameTimeout, [&] { return delivery.received != seen; });
+    std::exception_ptr failure;
+    for (long index = 0; index < frames && !stalled && !failure; ++index) {
+        Frame frame;
+        stalled = !delivery.ready.takeWithin(frame, kFrameTimeout);
+        if (stalled) break;
+        try {
+            receive(frame, index);
+        } catch (...) {
+            failure = std::current_exception();
         }
+        delivery.spare.give(frame);
     }
+    // The stream thread, waiting for a buffer or about to, stops at its next sample.
+    delivery.spare.close();
     source->Stop();
     sink->Stop();
     source->Stream().Disconnect();
-    if (delivery.failure) std::rethrow_exception(delivery.failure);
+    if (failure) std::rethrow_exception(failure);
     if (stalled) throw CommandError("the composition source stopped making frames");
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 // A composition with the user's pictures played by the composition source, as an editor's
 // graph plays it: the source's stream thread renders the frames, and each one that reaches
-// the sink end of the graph goes to the caller, top-down.
+// the sink end of the graph goes to the caller, top-down, on the caller's thread while the
+// stream thread renders the next.
 #include "apps/session/Frame.h"
 
 #include <functional>

@@ -3,6 +3,7 @@
 // that gives and one that takes. Closing the queue is how either side says it is done:
 // the giver when it has no more, the taker when it wants no more (a stop, an error).
 // After it, gifts are refused and takes return what is left, then nothing.
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -31,6 +32,18 @@ public:
     {
         std::unique_lock hold(lock_);
         changed_.wait(hold, [this] { return closed_ || !items_.empty(); });
+        if (items_.empty()) return false;
+        out = std::move(items_.front());
+        items_.pop_front();
+        return true;
+    }
+
+    /// As take(), waiting at most `timeout`: false also when nothing came by then.
+    template <typename Rep, typename Period>
+    bool takeWithin(Item& out, std::chrono::duration<Rep, Period> timeout)
+    {
+        std::unique_lock hold(lock_);
+        changed_.wait_for(hold, timeout, [this] { return closed_ || !items_.empty(); });
         if (items_.empty()) return false;
         out = std::move(items_.front());
         items_.pop_front();
