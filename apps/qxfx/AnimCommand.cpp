@@ -2,8 +2,9 @@
 
 #include "apps/qxfx/AnimJob.h"
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/Messages.h"
+#include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
-#include "apps/qxfx/VideoWriter.h"
 #include "apps/session/ContentPack.h"
 
 #include <cmath>
@@ -20,10 +21,8 @@ constexpr const char* kUsage =
     "a 3D composition (.cpo3d, named under the pack's Scenes folder, e.g.\n"
     "Compositions/Carousel.cpo3d) or a 2D composition (a file of its own, or one under\n"
     "the pack's Scenes folder, e.g. Compositions/Slideshow.cpo). Pictures repeat when\n"
-    "the composition has more places than pictures.\n"
-    "  -o, --output PATH     video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
-    "                        number pattern (frames/f-%04d.png)\n"
-    "      --discard         render and drop the frames (for timing)\n"
+    "the composition has more places than pictures. A frame is written while the next\n"
+    "is rendered.\n"
     "      --image PATH      a picture (PNG, JPEG, BMP...); up to five, in order\n"
     "      --duration S      length of the video; the composition is played over it\n"
     "                        (default: the composition's own length)\n"
@@ -31,19 +30,14 @@ constexpr const char* kUsage =
     "      --size WxH        frame size (default 1280x720)\n"
     "      --fps RATE        frame rate (default 25)\n"
     "      --fit MODE        how pictures fill their places: crop (default), inside, stretch\n"
-    "      --data PATH       the content pack (default: the built or installed pack)\n"
-    "      --lossless        a lossless codec instead of H.264\n"
-    "      --threads N       FFmpeg encoding threads (default 0: automatic)\n";
+    "      --data PATH       the content pack (default: the built or installed pack)\n";
 
 constexpr size_t kMaxImages = 5;
 constexpr double kMaxSeconds = 24 * 3600.0;
 
 struct AnimOptions {
     AnimSettings settings;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
-    int threads = 0;
+    OutputOptions output;
     bool help = false;
 };
 
@@ -59,11 +53,7 @@ int fitMode(const std::string& text)
 void readOption(ArgReader& args, std::string_view option, AnimOptions& o)
 {
     AnimSettings& s = o.settings;
-    if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--image") {
+    if (option == "--image") {
         if (s.images.size() == kMaxImages) throw CommandError("at most five pictures");
         s.images.push_back(args.value(option));
     } else if (option == "--duration")
@@ -78,15 +68,11 @@ void readOption(ArgReader& args, std::string_view option, AnimOptions& o)
         s.stretchMode = fitMode(args.value(option));
     else if (option == "--data")
         s.dataPath = args.value(option);
-    else if (option == "--lossless")
-        o.lossless = true;
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
     else if (option == "-h" || option == "--help")
         o.help = true;
     else if (!option.starts_with("-") && s.composition.empty())
         s.composition = std::string(option);
-    else
+    else if (!readOutputOption(args, option, o.output))
         throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx anim --help')");
 }
 
@@ -99,9 +85,7 @@ AnimOptions parseOptions(std::span<const std::string_view> arguments)
     if (options.help) return options;
     if (options.settings.composition.empty()) throw CommandError("give the composition (see 'qxfx anim --help')");
     if (options.settings.images.empty()) throw CommandError("give at least one --image");
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx anim --help')");
-    }
+    checkOutputOptions(options.output, "anim");
     return options;
 }
 
@@ -118,18 +102,22 @@ int play(AnimOptions& o)
     }
     if (s.start >= s.duration) throw CommandError("--start lies beyond the composition's end");
     const long frames = std::max(1L, std::lround((s.duration - s.start) * s.fps));
-    std::unique_ptr<VideoWriter> writer;
-    if (!o.discard) {
-        writer =
-            std::make_unique<VideoWriter>(o.output, s.width, s.height, av_d2q(s.fps, 100000), o.threads, o.lossless);
+    std::unique_ptr<VideoOutput> out;
+    if (!o.output.discard) {
+        std::vector<std::string> inputs = s.images;
+        inputs.push_back(s.composition);
+        out = std::make_unique<VideoOutput>(o.output, inputs, s.width, s.height, constantRate(o.output.encode, s.fps));
     }
+    const InterruptGuard interruption;
     ProgressBar bar("anim", frames);
+    long written = 0;
     renderComposition(s, frames, [&](const Frame& frame, long index) {
-        if (writer) writer->write(frame);
-        bar.update(index + 1);
+        if (out) out->writer().write(frame);
+        bar.update(written = index + 1);
+        return !InterruptGuard::raised();
     });
-    if (writer) writer->finish();
-    return 0;
+    if (out) out->finish();
+    return exitCodeOfRun("anim", written, out ? out->target() : "");
 }
 
 }  // namespace
@@ -140,6 +128,7 @@ int runAnim(std::span<const std::string_view> args)
         auto options = parseOptions(args);
         if (options.help) {
             std::fputs(kUsage, stdout);
+            std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
         return play(options);

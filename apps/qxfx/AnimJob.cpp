@@ -93,7 +93,7 @@ double compositionDuration(const AnimSettings& settings)
 }
 
 void renderComposition(const AnimSettings& settings, long frames,
-                       const std::function<void(const Frame&, long index)>& receive)
+                       const std::function<bool(const Frame&, long index)>& receive)
 {
     useDataPath(settings.dataPath);
     const auto source = makeSource(settings);
@@ -125,13 +125,14 @@ void renderComposition(const AnimSettings& settings, long frames,
     sink->Pause();
     source->Pause();
     bool stalled = false;
+    bool goOn = true;
     std::exception_ptr failure;
-    for (long index = 0; index < frames && !stalled && !failure; ++index) {
+    for (long index = 0; index < frames && goOn && !stalled && !failure; ++index) {
         Frame frame;
         stalled = !delivery.ready.takeWithin(frame, kFrameTimeout);
         if (stalled) break;
         try {
-            receive(frame, index);
+            goOn = receive(frame, index);
         } catch (...) {
             failure = std::current_exception();
         }

@@ -27,8 +27,9 @@ struct AnimSettings {
 double compositionDuration(const AnimSettings& settings);
 
 /// Renders `frames` frames from `settings.start` on, handing each to `receive` with its
-/// number. CommandError when the composition can't be used or a frame does not come.
+/// number, until `receive` returns false. CommandError when the composition can't be
+/// used or a frame does not come.
 void renderComposition(const AnimSettings& settings, long frames,
-                       const std::function<void(const Frame&, long index)>& receive);
+                       const std::function<bool(const Frame&, long index)>& receive);
 
 }  // namespace qx::qxfx

@@ -57,6 +57,7 @@ std::array<Frame, 3> playComposition(const AnimSettings& settings, long frames, 
         }
         cairo_surface_flush(surface.get());
         video.write(shown);
+        return true;
     });
     return pictures;
 }

@@ -68,4 +68,12 @@ InterruptGuard::~InterruptGuard()
 
 bool InterruptGuard::raised() { return gRaised != 0; }
 
+int exitCodeOfRun(const char* command, long written, const std::string& target)
+{
+    if (!InterruptGuard::raised()) return 0;
+    std::fprintf(stderr, "qxfx %s: interrupted; %ld frames written%s\n", command, written,
+                 target.empty() ? "" : (" to '" + target + "'").c_str());
+    return 130;
+}
+
 }  // namespace qx::qxfx

@@ -29,4 +29,9 @@ public:
     static bool raised();
 };
 
+/// The exit code of a run that ends here: 0, or 130 after an interruption, which is said
+/// on standard error with the frames written and their file (`target`; empty when the
+/// frames were dropped).
+int exitCodeOfRun(const char* command, long written, const std::string& target);
+
 }  // namespace qx::qxfx

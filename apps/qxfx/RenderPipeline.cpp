@@ -222,10 +222,7 @@ int renderClip(RenderRequest r, const OutputOptions& output)
         if (audio) audio->finish(cut ? lastShown + 1.0 / rate : INFINITY);
         out->finish();
     }
-    if (!interrupted) return 0;
-    std::fprintf(stderr, "qxfx render: interrupted; %ld frames written%s\n", written,
-                 out ? (" to '" + out->target() + "'").c_str() : "");
-    return 130;
+    return exitCodeOfRun("render", written, out ? out->target() : "");
 }
 
 }  // namespace qx::qxfx

@@ -2,10 +2,11 @@
 
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/FramePipeline.h"
+#include "apps/qxfx/Messages.h"
+#include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/RetimedClip.h"
 #include "apps/qxfx/VideoReader.h"
-#include "apps/qxfx/VideoWriter.h"
 #include "apps/session/ContentPack.h"
 #include "apps/session/TransitionJob.h"
 
@@ -34,12 +35,7 @@ constexpr const char* kUsage =
     "      --data PATH      data path of the content pack (default: the built or\n"
     "                       installed pack)\n"
     "      --aspect RATIO   aspect ratio for the scene (default: the frame's)\n"
-    "  -o, --output PATH    video file (.mp4: H.264; .mkv, .mov) or PNG frames with a\n"
-    "                       number pattern (frames/f-%04d.png)\n"
-    "      --discard        render and drop the frames (for timing)\n"
-    "      --lossless       a lossless codec with alpha (FFV1 or PNG) instead of H.264\n"
-    "      --threads N      FFmpeg decoding and encoding threads; reading, the transition\n"
-    "                       and writing run at once unless N is 1 (default 0: every core)\n";
+    "Reading, the transition and writing run at once unless --threads is 1.\n";
 
 constexpr long kMaxFrames = 100'000'000;
 
@@ -48,10 +44,7 @@ struct TransitionOptions {
     std::string first;
     std::string second;
     std::optional<double> overlap;
-    std::string output;
-    bool discard = false;
-    bool lossless = false;
-    int threads = 0;
+    OutputOptions output;
     bool help = false;
 };
 
@@ -69,17 +62,9 @@ void readOption(ArgReader& args, std::string_view option, TransitionOptions& o)
         o.transition.dataPath = args.value(option);
     else if (option == "--aspect")
         o.transition.aspectRatio = float(args.number(option, 0.0, 1000.0));
-    else if (option == "-o" || option == "--output")
-        o.output = args.value(option);
-    else if (option == "--discard")
-        o.discard = true;
-    else if (option == "--lossless")
-        o.lossless = true;
-    else if (option == "--threads")
-        o.threads = int(args.integer(option, 0, 64));
     else if (option == "-h" || option == "--help")
         o.help = true;
-    else
+    else if (!readOutputOption(args, option, o.output))
         throw CommandError("unknown option '" + std::string(option) + "' (see 'qxfx transition --help')");
 }
 
@@ -94,9 +79,7 @@ TransitionOptions parseOptions(std::span<const std::string_view> arguments)
         throw CommandError("give both clips with -a and -b (see 'qxfx transition --help')");
     }
     if (!options.overlap) throw CommandError("give the transition's length with --overlap SECONDS");
-    if (options.discard == !options.output.empty()) {
-        throw CommandError("give either -o OUTPUT or --discard (see 'qxfx transition --help')");
-    }
+    checkOutputOptions(options.output, "transition");
     return options;
 }
 
@@ -161,19 +144,22 @@ std::function<bool(TransitionStep&)> readSteps(VideoReader& first, const std::st
 
 int transition(const TransitionOptions& o)
 {
-    VideoReader first(o.first, o.threads);
+    const int threads = o.output.encode.threads;
+    VideoReader first(o.first, threads);
     const double fps = first.frameRate();
-    RetimedClip second(o.second, fps, o.threads);
+    RetimedClip second(o.second, fps, threads);
     const long firstFrames = std::clamp<long>(long(VideoReader::countFrames(o.first)), 1L, kMaxFrames);
     const Timeline timeline = timelineOf(firstFrames, second.frameCount(), *o.overlap, fps);
 
     TransitionJob job(o.transition, first.width(), first.height());
     if (!job.playsScene()) throw CommandError(whyNoScene(o.transition));
-    std::unique_ptr<VideoWriter> writer;
-    if (!o.discard) {
-        writer = std::make_unique<VideoWriter>(o.output, first.width(), first.height(), first.frameRateRational(),
-                                               o.threads, o.lossless);
+    std::unique_ptr<VideoOutput> out;
+    if (!o.output.discard) {
+        const std::string inputs[] = {o.first, o.second};
+        out = std::make_unique<VideoOutput>(o.output, inputs, first.width(), first.height(),
+                                            constantRate(o.output.encode, fps));
     }
+    const InterruptGuard interruption;
     ProgressBar bar("transition", timeline.total());
     const Stages<TransitionStep> stages{
         .read = readSteps(first, o.first, second, timeline),
@@ -188,13 +174,14 @@ int transition(const TransitionOptions& o)
             },
         .write =
             [&](const TransitionStep& step) {
-                if (writer) writer->write(step.first);
+                if (out) out->writer().write(step.first);
                 bar.update(step.index + 1);
             },
+        .stopRequested = [] { return InterruptGuard::raised(); },
     };
-    runStages(stages, o.threads != 1);
-    if (writer) writer->finish();
-    return 0;
+    const long written = runStages(stages, threads != 1);
+    if (out) out->finish();
+    return exitCodeOfRun("transition", written, out ? out->target() : "");
 }
 
 }  // namespace
@@ -205,6 +192,7 @@ int runTransition(std::span<const std::string_view> args)
         const auto options = parseOptions(args);
         if (options.help) {
             std::fputs(kUsage, stdout);
+            std::fputs(kOutputOptionsHelp, stdout);
             return 0;
         }
         return transition(options);

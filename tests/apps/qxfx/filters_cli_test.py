@@ -183,6 +183,8 @@ def test_bad_input(qxfx, work):
          "no composition there"),
         ("anim with six pictures", ["anim", "x.cpo", *(["--image", text_file] * 6), "--discard"], "at most five"),
         ("anim fit unknown", ["anim", "x.cpo", "--image", text_file, "--fit", "zoom", "--discard"], "--fit"),
+        ("anim over its picture", ["anim", "Compositions/Slideshow.cpo", "--image", text_file, "--duration", "1",
+                                   "-o", text_file], "input"),
     ]
     for name, args, needle in cases:
         result = run([qxfx, *args])

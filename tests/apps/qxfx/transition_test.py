@@ -115,6 +115,14 @@ def test_short_and_bad_input(qxfx, work, first, second):
           "none.mkv")
     fails("the overlap is required", ["-a", first, "-b", second, "-o", out], "--overlap")
     check("nothing is written on an error", not os.path.exists(out))
+    # The output is written as render's is: never over a clip, an existing file only with -y.
+    fails("the output may not be a clip", ["-a", first, "-b", second, "--overlap", "0.2", "-o", second], "input")
+    existing = os.path.join(work, "same.mkv")
+    fails("an existing output needs -y", ["-a", first, "-b", second, "--overlap", "0.2", "-o", existing], "-y")
+    replaced = run([qxfx, "transition", "-a", first, "-b", second, "--overlap", "0.5", "-y", "--lossless", "-o",
+                    existing], expect_ok=False)
+    check("-y replaces it", replaced.returncode == 0 and len(frames_of(existing, work)) == 35, replaced.stderr)
+    check("no temporary file is left", not [n for n in os.listdir(work) if ".part" in n], os.listdir(work))
     usage = run([qxfx, "transition", "--help"])
     check("--help explains the options", "--overlap" in usage.stdout and "--scene" in usage.stdout)
 
