@@ -94,19 +94,29 @@ void EffectSession::checkExecuted(HRESULT hr) const
 
 void EffectSession::process(float progress) { checkExecuted(execute(progress)); }
 
-bool EffectSession::processInPlace(Frame& frame, float progress)
+void EffectSession::processBetween(std::span<const uint32_t> in, std::span<uint32_t> out, float progress)
 {
-    if (frame.samples.size() != input_.samples.size()) {
-        throw CommandError("a frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
-                           " for an effect set up at " + std::to_string(input_.width) + "x" +
-                           std::to_string(input_.height));
+    if (in.size() != input_.samples.size() || out.size() != output_.samples.size()) {
+        throw CommandError("frames of another size than the " + std::to_string(input_.width) + "x" +
+                           std::to_string(input_.height) + " the effect was set up for");
     }
-    // The host holds its surfaces from Setup on, as an editor's do; each frame's samples
-    // are put under them, and the session's own frames go back afterwards.
-    inputSurface_->rewrap(frame.samples);
+    // The host holds its surfaces from Setup on, as an editor's do; the caller's samples
+    // are put under them for this Execute, and the session's own frames go back after.
+    // The input is only ever locked for reading.
+    inputSurface_->rewrap({const_cast<uint32_t*>(in.data()), in.size()});
+    outputSurface_->rewrap(out);
     const HRESULT hr = execute(progress);
     inputSurface_->rewrap(input_.samples);
+    outputSurface_->rewrap(output_.samples);
     checkExecuted(hr);
+}
+
+bool EffectSession::processInPlace(Frame& frame, float progress)
+{
+    // Every frame path that a Setup leaves writes the whole output, so the session's
+    // output frame holds nothing that a later frame needs: it goes out with the result,
+    // and the frame that came in takes its place.
+    processBetween(frame.samples, output_.samples, progress);
     const bool changed = output_.samples != frame.samples;
     std::swap(frame.samples, output_.samples);
     outputSurface_->rewrap(output_.samples);

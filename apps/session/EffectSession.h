@@ -41,6 +41,9 @@ public:
     /// Renders the input at `progress` (0 at the first frame, 1 at the last) into the
     /// output; CommandError when Execute fails.
     void process(float progress);
+    /// Renders `in` into `out` (both of the session's size; they may be one buffer) at
+    /// `progress` where they lie, without copying them in or out.
+    void processBetween(std::span<const uint32_t> in, std::span<uint32_t> out, float progress);
     /// Renders `frame` (of the session's size) at `progress` without copying it in or
     /// out: the effect reads the frame's own samples, and its output then changes places
     /// with them. True when the output differs from the frame that came in.

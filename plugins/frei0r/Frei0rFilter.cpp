@@ -66,18 +66,18 @@ void Frei0rFilter::update(double time, const uint32_t* in, uint32_t* out)
 {
     std::lock_guard guard(lock_);
     if (changed_) setUp();
-    const size_t bytes = size_t(width_) * size_t(height_) * sizeof(uint32_t);
+    const size_t samples = size_t(width_) * size_t(height_);
     if (session_) {
-        std::memcpy(session_->input().samples.data(), in, bytes);
         try {
             const double* numbers = values_.numbers.data();
             const double seconds = clock_.seconds(time, numbers[kind_.millisecondsIndex] >= 0.5);
-            session_->process(progressOver(seconds, spanOfValues(values_, kind_), numbers[kind_.progressIndex]));
-            std::memcpy(out, session_->output().samples.data(), bytes);
+            // The host's frames themselves, read and written where they are.
+            session_->processBetween({in, samples}, {out, samples},
+                                     progressOver(seconds, spanOfValues(values_, kind_), numbers[kind_.progressIndex]));
             return;
         } catch (const std::exception&) {}
     }
-    if (out != in) std::memmove(out, in, bytes);
+    if (out != in) std::memmove(out, in, samples * sizeof(uint32_t));
 }
 
 }  // namespace qx::frei0r

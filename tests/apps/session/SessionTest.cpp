@@ -79,7 +79,8 @@ TEST(EffectSessionFrames, RenderAsTheHostDoes)
 TEST(EffectSessionFrames, InPlaceFramesAreTheCopiedOnes)
 {
     // Frames rendered in their own buffers (the surfaces put over each frame's samples,
-    // the output changing places with them) against frames copied in and out. An effect
+    // the output changing places with them, or one buffer as both) against frames
+    // copied in and out. An effect
     // with state or random draws gives another frame at each Execute; only those that
     // repeat themselves at one progress can be compared this way.
     constexpr int kWidth = 61;
@@ -104,6 +105,10 @@ TEST(EffectSessionFrames, InPlaceFramesAreTheCopiedOnes)
             const bool changed = session.processInPlace(frame, progress);
             EXPECT_EQ(frame.samples, copied) << "effect " << effect.id << ", progress " << progress;
             EXPECT_EQ(changed, copied != gradient) << "effect " << effect.id;
+            // A host that hands one buffer as both input and output, as some frei0r hosts do.
+            std::vector<uint32_t> shared = gradient;
+            session.processBetween(shared, shared, progress);
+            EXPECT_EQ(shared, copied) << "effect " << effect.id << ", one buffer, progress " << progress;
         }
         compared += repeats;
     }
