@@ -18,8 +18,10 @@ import json
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
+import time
 
 RATE = 25
 SEGMENT = 25
@@ -165,6 +167,22 @@ def test_anim(qxfx, work):
           max(frame[i] for i in range(0, len(frame), 4)) == 0, result.stderr)
 
 
+def test_anim_interrupted(qxfx, work):
+    # The first Ctrl-C finishes the file with the frames so far, as render does.
+    out = os.path.join(work, "interrupted.mkv")
+    process = subprocess.Popen([qxfx, "anim", "Compositions/Slideshow.cpo", "--image", os.path.join(work, "wide.png"),
+                                "--duration", "3600", "--size", "64x48", "-o", out],
+                               stderr=subprocess.PIPE, text=True)
+    time.sleep(2)
+    process.send_signal(signal.SIGINT)
+    _, stderr = process.communicate(timeout=120)
+    probe = subprocess.run(["ffprobe", "-v", "error", "-count_frames", "-show_entries", "stream=nb_read_frames",
+                            "-of", "csv=p=0", out], capture_output=True, text=True).stdout.strip()
+    check("Ctrl-C finishes an anim's file", process.returncode == 130 and probe.isdigit() and int(probe) > 0
+          and f"{probe} frames written" in stderr and not [n for n in os.listdir(work) if ".part" in n],
+          f"exit {process.returncode}, frames {probe!r}, {stderr}")
+
+
 def test_bad_input(qxfx, work):
     text_file = os.path.join(work, "notes.txt")
     with open(text_file, "w") as f:
@@ -199,6 +217,7 @@ def main():
     test_scenes(qxfx, work)
     test_crop(qxfx, work)
     test_anim(qxfx, work)
+    test_anim_interrupted(qxfx, work)
     test_bad_input(qxfx, work)
     if failures:
         sys.exit("\n".join(failures))
