@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 
 namespace qx::gpu {
@@ -97,6 +98,10 @@ bool readNumber(const std::vector<std::string>& tokens, bool asFloat, DWORD& val
     char* end = nullptr;
     if (asFloat || text.find('.') != std::string::npos) {
         const float number = std::strtof(text.c_str(), &end);
+        // An integer written with a fraction keeps its whole part; one beyond any integer
+        // (or infinite, or not a number) has none, and is no value.
+        constexpr float kBeyondIntegers = 9.2e18f;
+        if (!asFloat && !(std::fabs(number) < kBeyondIntegers)) return false;
         value = asFloat ? std::bit_cast<DWORD>(number) : DWORD(int64_t(number));
     } else {
         value = DWORD(std::strtoll(text.c_str(), &end, 0));

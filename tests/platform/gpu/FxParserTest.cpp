@@ -49,6 +49,22 @@ TEST(FxParser, ReadsPassStatesWithDirect3DNumbers)
     EXPECT_EQ(pass.states.size(), 8u);  // the two unknown states are skipped
 }
 
+TEST(FxParser, IntegerStatesWithFractionsKeepTheirWholePartOrAreSkipped)
+{
+    // A fraction of an integer state keeps its whole part; one beyond any integer has no
+    // whole part (a fuzzer found 1e20 and an overflow to infinity) and is skipped.
+    const std::string text = "technique t0\n{\n pass p0\n {\n"
+                             "  AlphaRef = 127.9; CullMode = 1.0e20; FogColor = 9" +
+                             std::string(60, '9') + ".0; ZEnable = -2.5;\n }\n}\n";
+    FxText parsed;
+    ASSERT_TRUE(parseEffectText(text, parsed));
+    const FxPass& pass = parsed.techniques.at(0).passes.at(0);
+    EXPECT_EQ(findState(pass, D3DRS_ALPHAREF)->value, 127u);
+    EXPECT_EQ(findState(pass, D3DRS_ZENABLE)->value, DWORD(-2));
+    EXPECT_EQ(findState(pass, D3DRS_CULLMODE), nullptr);
+    EXPECT_EQ(findState(pass, D3DRS_FOGCOLOR), nullptr);
+}
+
 TEST(FxParser, ReadsCompileStatementsAndCutsTheBlocksOutKeepingLines)
 {
     const std::string text =
