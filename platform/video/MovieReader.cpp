@@ -29,6 +29,18 @@ constexpr int kBandRows = 32;
 // rather than by decoding every frame between.
 constexpr double kSeekAheadSeconds = 1.0;
 
+// FFmpeg keeps whatever a stream declares, numbers that its enums do not name included:
+// the field is read as the number it holds, and one outside the enum's names counts as
+// `unnamed` (unspecified).
+template <typename Enum>
+int namedOr(const Enum& field, int count, int unnamed)
+{
+    static_assert(sizeof(Enum) == sizeof(int));
+    int value = 0;
+    std::memcpy(&value, &field, sizeof value);
+    return value >= 0 && value < count ? value : unnamed;
+}
+
 AVRational streamRate(const AVStream& stream)
 {
     for (const AVRational rate : {stream.avg_frame_rate, stream.r_frame_rate}) {
@@ -141,7 +153,10 @@ bool MovieReader::openStream(int threads, const InputFormat& format)
 void MovieReader::readStreamFacts(const AVStream& stream)
 {
     rate_ = streamRate(stream);
-    colour_ = {decoder_->color_primaries, decoder_->color_trc, decoder_->colorspace, decoder_->color_range};
+    colour_ = {namedOr(decoder_->color_primaries, AVCOL_PRI_NB, AVCOL_PRI_UNSPECIFIED),
+               namedOr(decoder_->color_trc, AVCOL_TRC_NB, AVCOL_TRC_UNSPECIFIED),
+               namedOr(decoder_->colorspace, AVCOL_SPC_NB, AVCOL_SPC_UNSPECIFIED),
+               namedOr(decoder_->color_range, AVCOL_RANGE_NB, AVCOL_RANGE_UNSPECIFIED)};
     uprightTurn_ = 0;
     if (const uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr)) {
         // The matrix turns counter-clockwise by this angle; showing it upright takes the

@@ -261,6 +261,16 @@ def test_colour_tags(work):
     check("colour tags are kept", result.returncode == 0 and sorted(tags.split(",")) == ["bt709"] * 3 + ["tv"],
           f"{tags} {result.stderr}")
     check("--size with an input says it is ignored", "--size is ignored" in result.stderr, result.stderr)
+    # A stream may declare colour numbers that FFmpeg has no names for (a fuzzer found it):
+    # they are taken as unspecified.
+    odd = os.path.join(work, "odd-tags.mp4")
+    ffmpeg("-f", "lavfi", "-i", "testsrc=size=160x90:rate=25", "-t", "0.4", "-c:v", "libx264", "-pix_fmt", "yuv420p",
+           "-bsf:v", "h264_metadata=colour_primaries=200:transfer_characteristics=100:matrix_coefficients=150", odd)
+    out = os.path.join(work, "odd-tags-out.mkv")
+    result = qxfx("render", "-i", odd, "-e", "3", "-o", out)
+    tags = probe(out, "color_space,color_transfer,color_primaries")
+    check("colour numbers without names are taken as unspecified", result.returncode == 0
+          and tags == "unknown,unknown,unknown", f"{tags} {result.stderr}")
 
 
 def test_damaged_input(work):
