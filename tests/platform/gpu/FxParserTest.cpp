@@ -53,9 +53,10 @@ TEST(FxParser, IntegerStatesWithFractionsKeepTheirWholePartOrAreSkipped)
 {
     // A fraction of an integer state keeps its whole part; one beyond any integer has no
     // whole part (a fuzzer found 1e20 and an overflow to infinity) and is skipped.
-    const std::string text = "technique t0\n{\n pass p0\n {\n"
-                             "  AlphaRef = 127.9; CullMode = 1.0e20; FogColor = 9" +
-                             std::string(60, '9') + ".0; ZEnable = -2.5;\n }\n}\n";
+    const std::string text =
+        "technique t0\n{\n pass p0\n {\n"
+        "  AlphaRef = 127.9; CullMode = 1.0e20; FogColor = 9" +
+        std::string(60, '9') + ".0; ZEnable = -2.5;\n }\n}\n";
     FxText parsed;
     ASSERT_TRUE(parseEffectText(text, parsed));
     const FxPass& pass = parsed.techniques.at(0).passes.at(0);
