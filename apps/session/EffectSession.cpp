@@ -11,11 +11,17 @@ namespace qx::qxfx {
 
 namespace {
 
+// The code, with what it means for the failures a user meets: the external filter names a
+// class that nothing registered, memory, a bad value.
 std::string hresultText(HRESULT hr)
 {
     char text[16];
     std::snprintf(text, sizeof text, "0x%08X", unsigned(hr));
-    return text;
+    const char* meaning = hr == REGDB_E_CLASSNOTREG ? "class not registered"
+                          : hr == E_OUTOFMEMORY     ? "out of memory"
+                          : hr == E_INVALIDARG      ? "invalid argument"
+                                                    : nullptr;
+    return meaning ? std::string(text) + ", " + meaning : std::string(text);
 }
 
 std::string effectName(LONG id) { return "effect " + std::to_string(id); }

@@ -49,6 +49,11 @@ TEST(EffectSessionSetup, RefusalsNameTheProblem)
     EXPECT_EQ(refusal(longSource), "");
 
     EXPECT_NE(refusal(EffectSettings{}, 0, 8).find("out of range"), std::string::npos);
+
+    // The external filter with its defaults names a filter class that nothing registered.
+    EffectSettings external;
+    external.effectId = 10000;
+    EXPECT_NE(refusal(external).find("(0x80040154, class not registered)"), std::string::npos) << refusal(external);
 }
 
 TEST(EffectSessionFrames, RenderAsTheHostDoes)
