@@ -2,6 +2,7 @@
 
 #include "apps/qxfx/AnimJob.h"
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -124,18 +125,8 @@ int play(AnimOptions& o)
 
 int runAnim(std::span<const std::string_view> args)
 {
-    try {
-        auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            std::fputs(kOutputOptionsHelp, stdout);
-            return 0;
-        }
-        return play(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx anim: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("anim", args, {kUsage, kOutputOptionsHelp}, parseOptions,
+                      [](auto& options) { return play(options); });
 }
 
 }  // namespace qx::qxfx

@@ -2,6 +2,7 @@
 
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/AudioTrack.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -243,18 +244,8 @@ int compose(const CompositeOptions& o)
 
 int runComposite(std::span<const std::string_view> args)
 {
-    try {
-        const auto o = parseOptions(args);
-        if (o.help) {
-            std::fputs(kUsage, stdout);
-            std::fputs(kOutputOptionsHelp, stdout);
-            return 0;
-        }
-        return compose(o);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx composite: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("composite", args, {kUsage, kOutputOptionsHelp}, parseOptions,
+                      [](auto& options) { return compose(options); });
 }
 
 }  // namespace qx::qxfx

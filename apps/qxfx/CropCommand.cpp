@@ -1,6 +1,7 @@
 #include "apps/qxfx/CropCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -184,18 +185,8 @@ int crop(const CropOptions& o)
 
 int runCrop(std::span<const std::string_view> args)
 {
-    try {
-        const auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            std::fputs(kOutputOptionsHelp, stdout);
-            return 0;
-        }
-        return crop(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx crop: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("crop", args, {kUsage, kOutputOptionsHelp}, parseOptions,
+                      [](auto& options) { return crop(options); });
 }
 
 }  // namespace qx::qxfx

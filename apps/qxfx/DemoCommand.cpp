@@ -2,6 +2,7 @@
 
 #include "apps/qxfx/ArgReader.h"
 #include "apps/qxfx/Catalogue.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/ContactSheet.h"
 #include "apps/qxfx/DemoCompositions.h"
 #include "apps/qxfx/FrameCanvas.h"
@@ -194,17 +195,7 @@ int renderDemo(const DemoOptions& o)
 
 int runDemo(std::span<const std::string_view> args)
 {
-    try {
-        const auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
-        return renderDemo(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx demo: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("demo", args, {kUsage}, parseOptions, [](auto& options) { return renderDemo(options); });
 }
 
 }  // namespace qx::qxfx

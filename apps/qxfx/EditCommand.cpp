@@ -1,6 +1,7 @@
 #include "apps/qxfx/EditCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/TestPattern.h"
 #include "apps/qxfx/VideoReader.h"
 #include "apps/session/ContentPack.h"
@@ -139,17 +140,7 @@ int edit(const EditOptions& o)
 
 int runEdit(std::span<const std::string_view> args)
 {
-    try {
-        const EditOptions options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
-        return edit(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx edit: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("edit", args, {kUsage}, parseOptions, [](auto& options) { return edit(options); });
 }
 
 }  // namespace qx::qxfx

@@ -1,6 +1,7 @@
 #include "apps/qxfx/ImportCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "tools/import/ModelImport.h"
 
@@ -78,24 +79,16 @@ void printSummary(const qx4d::tools::ImportOptions& options, const qx4d::tools::
 
 int runImport(std::span<const std::string_view> args)
 {
-    try {
-        ImportArguments parsed = parseArguments(args);
-        if (parsed.help) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
+    return runCommand("import", args, {kUsage}, parseArguments, [](ImportArguments& parsed) {
         ProgressBar bar("import", kProgressSteps);
         parsed.options.progress = [&bar](double done) { bar.update(long(done * kProgressSteps)); };
-        const qx4d::tools::ImportSummary summary = qx4d::tools::ImportModel(parsed.options);
-        printSummary(parsed.options, summary);
+        try {
+            printSummary(parsed.options, qx4d::tools::ImportModel(parsed.options));
+        } catch (const qx4d::tools::ImportError& error) {
+            throw CommandError(error.what());
+        }
         return 0;
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx import: %s\n", error.what());
-        return 1;
-    } catch (const qx4d::tools::ImportError& error) {
-        std::fprintf(stderr, "qxfx import: %s\n", error.what());
-        return 1;
-    }
+    });
 }
 
 }  // namespace qx::qxfx

@@ -1,6 +1,7 @@
 #include "apps/qxfx/RenderCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ParamCheck.h"
 #include "apps/qxfx/RenderPipeline.h"
@@ -138,23 +139,11 @@ LONG effectIdOfIndex(long index)
     return id;
 }
 
-void printUsage()
-{
-    std::fputs(kUsageHead, stdout);
-    std::fputs(kOutputOptionsHelp, stdout);
-    std::fputs(kUsageTail, stdout);
-}
-
 }  // namespace
 
 int runRender(std::span<const std::string_view> args)
 {
-    try {
-        auto o = parseOptions(args);
-        if (o.help) {
-            printUsage();
-            return 0;
-        }
+    return runCommand("render", args, {kUsageHead, kOutputOptionsHelp, kUsageTail}, parseOptions, [](auto& o) {
         RenderRequest& r = o.request;
         if (o.effectIndex) r.effect.effectId = effectIdOfIndex(*o.effectIndex);
         if (r.effect.source.empty()) r.effect.source = packSource(r.effect.effectId);
@@ -162,10 +151,7 @@ int runRender(std::span<const std::string_view> args)
         // Before any frame: the effects' worker pool is sized once, on first use.
         os::WorkerPool::setThreadCount(unsigned(o.output.encode.threads));
         return renderClip(r, o.output);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx render: %s\n", error.what());
-        return 1;
-    }
+    });
 }
 
 }  // namespace qx::qxfx

@@ -1,6 +1,7 @@
 #include "apps/qxfx/ScenesCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/ProgressBar.h"
 #include "apps/qxfx/VideoReader.h"
 #include "filters/SceneDetect.h"
@@ -182,21 +183,13 @@ void print(const ScenesOptions& o, const std::vector<Cut>& cuts, long frames, do
 
 int runScenes(std::span<const std::string_view> args)
 {
-    try {
-        const auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
+    return runCommand("scenes", args, {kUsage}, parseOptions, [](const auto& options) {
         long frames = 0;
         double fps = 0.0;
         const auto cuts = detect(options, frames, fps);
         print(options, cuts, frames, fps);
         return 0;
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx scenes: %s\n", error.what());
-        return 1;
-    }
+    });
 }
 
 }  // namespace qx::qxfx

@@ -1,6 +1,7 @@
 #include "apps/qxfx/SwfCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
 #include "apps/qxfx/ProgressBar.h"
@@ -129,18 +130,8 @@ int draw(const SwfOptions& o)
 
 int runSwf(std::span<const std::string_view> args)
 {
-    try {
-        const auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            std::fputs(kOutputOptionsHelp, stdout);
-            return 0;
-        }
-        return draw(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx swf: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("swf", args, {kUsage, kOutputOptionsHelp}, parseOptions,
+                      [](auto& options) { return draw(options); });
 }
 
 }  // namespace qx::qxfx

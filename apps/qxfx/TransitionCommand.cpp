@@ -1,6 +1,7 @@
 #include "apps/qxfx/TransitionCommand.h"
 
 #include "apps/qxfx/ArgReader.h"
+#include "apps/qxfx/CommandRun.h"
 #include "apps/qxfx/FramePipeline.h"
 #include "apps/qxfx/Messages.h"
 #include "apps/qxfx/OutputOptions.h"
@@ -188,18 +189,8 @@ int transition(const TransitionOptions& o)
 
 int runTransition(std::span<const std::string_view> args)
 {
-    try {
-        const auto options = parseOptions(args);
-        if (options.help) {
-            std::fputs(kUsage, stdout);
-            std::fputs(kOutputOptionsHelp, stdout);
-            return 0;
-        }
-        return transition(options);
-    } catch (const CommandError& error) {
-        std::fprintf(stderr, "qxfx transition: %s\n", error.what());
-        return 1;
-    }
+    return runCommand("transition", args, {kUsage, kOutputOptionsHelp}, parseOptions,
+                      [](auto& options) { return transition(options); });
 }
 
 }  // namespace qx::qxfx
