@@ -12,6 +12,7 @@ extern "C" {
 #include <frei0r.h>
 }
 
+#include <exception>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,6 +35,19 @@ inline constexpr unsigned kMaxFrameSide = 16384;
 inline bool usableFrameSize(unsigned width, unsigned height)
 {
     return width > 0 && height > 0 && width <= kMaxFrameSide && height <= kMaxFrameSide;
+}
+
+/// A new instance made from the frame size (and `rest`) for f0r_construct; null for an
+/// unusable size or when it cannot be made, since frei0r has no way to say why.
+template <typename Instance, typename... Rest>
+f0r_instance_t newInstance(unsigned width, unsigned height, const Rest&... rest)
+{
+    if (!usableFrameSize(width, height)) return nullptr;
+    try {
+        return new Instance(rest..., int(width), int(height));
+    } catch (const std::exception&) {
+        return nullptr;
+    }
 }
 
 /// Describes `params[index]` to a host; an index outside the list leaves `info` as it was.

@@ -49,12 +49,7 @@ void f0r_get_param_info(f0r_param_info_t* info, int param_index)
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height)
 {
-    if (!qx::frei0r::usableFrameSize(width, height)) return nullptr;
-    try {
-        return new Frei0rFilter(kKind, int(width), int(height));
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return qx::frei0r::newInstance<Frei0rFilter>(width, height, kKind);
 }
 
 void f0r_destruct(f0r_instance_t instance) { delete filterOf(instance); }

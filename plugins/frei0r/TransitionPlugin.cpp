@@ -145,12 +145,7 @@ void f0r_get_param_info(f0r_param_info_t* info, int param_index)
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height)
 {
-    if (!qx::frei0r::usableFrameSize(width, height)) return nullptr;
-    try {
-        return new TransitionMixer(int(width), int(height));
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return qx::frei0r::newInstance<TransitionMixer>(width, height);
 }
 
 void f0r_destruct(f0r_instance_t instance) { delete mixerOf(instance); }
