@@ -32,10 +32,7 @@ public:
     {
         std::unique_lock hold(lock_);
         changed_.wait(hold, [this] { return closed_ || !items_.empty(); });
-        if (items_.empty()) return false;
-        out = std::move(items_.front());
-        items_.pop_front();
-        return true;
+        return popFront(out);
     }
 
     /// As take(), waiting at most `timeout`: false also when nothing came by then.
@@ -44,10 +41,7 @@ public:
     {
         std::unique_lock hold(lock_);
         changed_.wait_for(hold, timeout, [this] { return closed_ || !items_.empty(); });
-        if (items_.empty()) return false;
-        out = std::move(items_.front());
-        items_.pop_front();
-        return true;
+        return popFront(out);
     }
 
     void close()
@@ -60,6 +54,15 @@ public:
     }
 
 private:
+    // Under the lock: the first item into `out`; false when there is none.
+    bool popFront(Item& out)
+    {
+        if (items_.empty()) return false;
+        out = std::move(items_.front());
+        items_.pop_front();
+        return true;
+    }
+
     std::mutex lock_;
     std::condition_variable changed_;
     std::deque<Item> items_;
